@@ -1,0 +1,56 @@
+// What a caller's record says about its picture: sample sizes, strides, buffer sizes, and the checks on them. Pure
+// functions; an answer is given for every pair of order and type, supported or not.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "plenar_sdk.h"
+
+namespace plenar {
+
+uint64_t SampleBytes(uint32_t componentType);             // 2 for a type outside the enumeration
+uint8_t BitDepth(uint32_t componentType);                 // 0 for a type outside the enumeration
+uint32_t SubsamplingClass(uint32_t colorComponentOrder);  // 444, 422, 420, 1 for alpha alone, 0 for an unknown order
+
+bool IsPlanarOrder(uint32_t colorComponentOrder);
+bool HasAlpha(uint32_t colorComponentOrder);
+
+// Orders that hold a picture plane and then an alpha plane of its own.
+bool HasAlphaPlaneApart(uint32_t colorComponentOrder);
+
+// Half a width or a height, rounded up.
+inline uint32_t HalfUp(uint32_t size) {
+    return (size >> 1) + (size & 1);
+}
+
+// The stride that a rowBytes of 0 stands for on an order that isn't planar. Packed10 is worked out in 32 bits and wraps
+// from a width of 2^28 up.
+uint64_t DefaultRowBytes(const UncompressedParams& params);
+
+// The bytes of the picture with its padding; wraps at 64 bits.
+uint64_t UncompressedBufSize(const UncompressedParams& params);
+
+// Where the planes of a caller's picture lie, in bytes. For orders with a single plane only `first` counts.
+struct PictureLayout {
+    uint64_t rowLength;     // bytes of a row of the first plane without padding
+    uint64_t stride;        // of the first plane, and of the alpha plane of planar orders
+    uint64_t chromaStride;  // of the Cb and Cr planes
+    uint64_t alphaStride;   // of an alpha plane
+    uint64_t cb;            // offsets of the further planes from the start of the picture
+    uint64_t cr;
+    uint64_t alpha;
+};
+
+PictureLayout LayOutPicture(const UncompressedParams& params);
+
+// Refuses strides that are too small for a row.
+void CheckRowBytes(const UncompressedParams& params);
+
+// Whether the whole picture lies within `size` bytes, with no arithmetic wrapping anywhere.
+bool PictureFits(const UncompressedParams& params, uint32_t size);
+
+// All that an encode asks of its parameters before it plans the frame.
+void CheckEncodeParams(const UncompressedParams& params, const CompressedParams& compressedParams, uint32_t srcSize);
+
+}  // namespace plenar
