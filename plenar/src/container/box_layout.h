@@ -1,0 +1,45 @@
+// The boxes of a payload: kinds and sizes shared by its writer, its reader and the planner. All numbers in a payload
+// are little-endian, as on the processors that this library is made for, and stand at any address.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "container/plane_type.h"
+
+namespace plenar {
+
+namespace box {
+inline constexpr uint32_t pack = FourCC("pack");  // the whole payload
+inline constexpr uint32_t icmp = FourCC("icmp");  // one plane of several: a sinf box, then an sdat box
+inline constexpr uint32_t sinf = FourCC("sinf");  // the description of a plane
+inline constexpr uint32_t sdat = FourCC("sdat");  // the data of a plane
+}  // namespace box
+
+inline constexpr uint32_t boxHeaderSize = 8;
+inline constexpr uint32_t sinfBoxSize = 21;
+inline constexpr uint32_t sinfBoxSizeWithoutLayout = 20;  // the least that a reader accepts
+
+// The bytes between the end of one plane's data and the start of the next plane's.
+constexpr uint32_t PlaneOverhead(bool multi) {
+    return (multi ? boxHeaderSize : 0) + sinfBoxSize + boxHeaderSize;
+}
+
+// The bytes ahead of the first plane's data.
+constexpr uint32_t HeadOverhead(bool multi) {
+    return boxHeaderSize + PlaneOverhead(multi);
+}
+
+struct BoxHeader {
+    uint32_t size;  // of the whole box, this header included
+    uint32_t kind;
+};
+
+template <class T>
+T LoadAt(const uint8_t* bytes) {
+    T value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+}  // namespace plenar

@@ -1,0 +1,47 @@
+// Reads the boxes of a payload into a FramePlan. Safe for any bytes: every field is read only after it was found to lie
+// within the payload. The data of planes is jumped over, never read.
+#pragma once
+
+#include <cstdint>
+
+#include "container/box_layout.h"
+#include "container/frame_plan.h"
+
+namespace plenar {
+
+class MetadataParser {
+public:
+    // The buffer is not owned. Throws invalid_buffer when it is null or too short for a box.
+    MetadataParser(const uint8_t* buffer, uint64_t size);
+
+    // The planes in payload order, with their stated offsets and sizes; each plane's data is known to lie within the
+    // payload as far as its width, height and type need it (not so for coded alpha, whose length nothing states but the
+    // box). Throws invalid_buffer for boxes that don't fit together, and invalid_argument for a set of planes that
+    // makes no frame. Call it once.
+    FramePlan ParseMetadata();
+
+private:
+    // What a sinf box says of its plane.
+    struct PlaneInfo {
+        PlaneType type = 0;
+        uint32_t width = 0;
+        uint32_t height = 0;
+        uint8_t frame_layout = 0;
+    };
+
+    BoxHeader ReadBoxHeader() const;
+    void ReadPackBox();
+    PlaneInfo ReadSinfBox();
+    void CheckSdatBox(const BoxHeader& header, const PlaneInfo& info) const;
+    void ReadPlane();
+    void ReadBarePlane();
+    void ReadPlaneInIcmp(uint32_t boxSize);
+    void ReadTopLevelBox();
+
+    const uint8_t* buffer;
+    uint64_t limit;  // bytes that may be read: the buffer's, then the pack box's
+    uint64_t position = 0;
+    PlaneRecordList planes;
+};
+
+}  // namespace plenar

@@ -1,0 +1,58 @@
+#include "container/box_writer.h"
+
+#include <cstring>
+
+#include "container/box_layout.h"
+#include "plenar/exceptions.h"
+
+namespace plenar {
+
+BoxWriter::BoxWriter(uint8_t* buffer, uint64_t capacity) : buffer(buffer), capacity(capacity) {
+    if (buffer == nullptr) {
+        throw invalid_buffer("buffer is null");
+    }
+}
+
+void BoxWriter::Put32(uint32_t value) {
+    std::memcpy(buffer + position, &value, sizeof value);
+    position += sizeof value;
+}
+
+void BoxWriter::Put8(uint8_t value) {
+    buffer[position++] = value;
+}
+
+namespace {
+
+void PutHeader(BoxWriter& writer, uint32_t size, uint32_t kind) {
+    writer.Put32(size);
+    writer.Put32(kind);
+}
+
+void WritePlaneBoxes(BoxWriter& writer, const PlaneRecord& plane, bool multi) {
+    if (multi) {
+        PutHeader(writer, plane.size + PlaneOverhead(multi), box::icmp);
+    }
+    PutHeader(writer, sinfBoxSize, box::sinf);
+    writer.Put32(plane.width);
+    writer.Put32(plane.height);
+    writer.Put32(plane.type);
+    writer.Put8(plane.frame_layout);
+    PutHeader(writer, plane.size + boxHeaderSize, box::sdat);
+    writer.Skip(plane.size);
+}
+
+}  // namespace
+
+uint32_t WriteFrameBoxes(BoxWriter writer, const FramePlan& plan) {
+    if (plan.total_size > writer.Capacity()) {
+        throw invalid_argument("buffer is too small");
+    }
+    PutHeader(writer, plan.total_size, box::pack);
+    for (const PlaneRecord& plane : plan.planes) {
+        WritePlaneBoxes(writer, plane, plan.planes.size() > 1);
+    }
+    return plan.total_size;
+}
+
+}  // namespace plenar

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "container/frame_plan.h"
+
+namespace plenar {
+
+// A cursor over the caller's buffer, not owned.
+class BoxWriter {
+public:
+    BoxWriter(uint8_t* buffer, uint64_t capacity);  // throws invalid_buffer for a null buffer
+
+    uint64_t Capacity() const { return capacity; }
+    void Put32(uint32_t value);
+    void Put8(uint8_t value);
+    void Skip(uint64_t bytes) { position += bytes; }
+
+private:
+    uint8_t* buffer;
+    uint64_t capacity;
+    uint64_t position = 0;
+};
+
+// Lays the box headers around plane data that already stands at the plan's offsets; doesn't touch the data. Returns the
+// payload's size. Throws invalid_argument, with nothing written, when the payload doesn't fit.
+uint32_t WriteFrameBoxes(BoxWriter writer, const FramePlan& plan);
+
+}  // namespace plenar

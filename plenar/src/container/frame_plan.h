@@ -1,0 +1,44 @@
+// The planes of a frame with their places in a payload, planned for an encode or read from a payload.
+#pragma once
+
+#include <cstdint>
+
+#include "container/fixed_list.h"
+#include "container/format_map.h"
+#include "container/plane_type.h"
+#include "plenar_sdk.h"
+
+namespace plenar {
+
+// One plane. Offsets and sizes are in bytes and wrap at 32 bits.
+struct PlaneRecord {
+    PlaneType type = 0;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    uint8_t frame_layout = 0;
+    uint32_t offset = 0;  // from the payload's first byte to the plane's data; 0: not assigned yet
+    uint32_t size = 0;    // of the plane's data; 0: not known yet
+};
+
+// One more than a legal frame has, so that a payload with too many planes shows.
+using PlaneRecordList = FixedList<PlaneRecord, maxFormatPlanes + 1>;
+
+struct FramePlan {
+    PlaneRecordList planes;
+    uint32_t total_size = 0;  // bytes up to the end of the last plane, the outer box included
+};
+
+// The plan of a frame to be encoded. A coded alpha plane gets the most it can take. Throws invalid_argument for an
+// unsupported pair; sizes beyond 32 bits wrap.
+FramePlan PlanFrame(const UncompressedParams& params, const CompressedParams& compressedParams);
+
+// total_size of PlanFrame without the wrap at 32 bits, for a picture that lies in memory.
+uint64_t PlannedSize(const UncompressedParams& params, const CompressedParams& compressedParams);
+
+// Throws invalid_argument unless the planes, in any order, are a set that a payload may hold.
+void CheckPlaneCombination(const PlaneRecordList& planes);
+
+// Fills in the sizes and offsets that are still 0.
+void AssignPlaneOffsets(PlaneRecordList& planes);
+
+}  // namespace plenar

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+
+namespace plenar {
+
+// One coded plane of samples, or one band of it.
+struct RleParams {
+    uint32_t width;      // samples in a row
+    uint32_t height;     // rows
+    uint32_t bitdepth;   // 8 or 16
+    uint8_t band_limit;  // the most bands that the encoder may use; 0 stands for 16; the decoder takes no notice
+    uint32_t row_bytes;  // bytes between the starts of two rows of the plain buffer; 0: rows without padding
+};
+
+// The most bands that a coded plane can have: their count is one byte.
+inline constexpr uint32_t RleMaxBands = 255;
+
+// Room kept free for the rle index table while the bands are being coded: the size of its largest form, a band count
+// of 8 bits and two lists of 255 entries at 26 bits.
+inline constexpr uint32_t RleHeadReserve = (8 + 2 * RleMaxBands * 26 + 7) / 8;
+
+// Refuses a plane that can't be coded. Throws invalid_argument.
+void RleCheckParams(const RleParams& params);
+
+// Bytes of the plain buffer by which callers size it. With row_bytes this is a product that wraps at 32 bits; what is
+// really read and written is RlePlainExtent.
+uint64_t RlePlainSize(const RleParams& params);
+
+// Bytes from the first sample to the end of the last, without the padding behind it. Never wraps.
+uint64_t RlePlainExtent(const RleParams& params);
+
+// Bytes of one row without padding.
+uint64_t RleTightRowBytes(const RleParams& params);
+
+// Bytes from the start of one row of the plain buffer to the start of the next.
+uint64_t RleRowStride(const RleParams& params);
+
+// Bands that the encoder makes: never more than rows, and 0 only for no rows.
+uint32_t RleBandCount(const RleParams& params);
+
+// Rows of one of the encoder's bands; the larger bands stand first. `band` is less than RleBandCount.
+uint32_t RleBandRows(const RleParams& params, uint32_t band);
+
+// The most bytes that a coded plane can take. Checks nothing. The samples of a band are counted in 32 bits, and wrap.
+uint64_t RleMaxCodedSize(const RleParams& params);
+
+// The most bytes that the stream of `samples` samples can take: each a token of its own, with a mode bit, a run length
+// of one bit, a flag bit and the raw value.
+uint64_t RleMaxStreamSize(const RleParams& params, uint64_t samples);
+
+}  // namespace plenar
