@@ -1,0 +1,173 @@
+// The kernels sample by sample: what all other sets must agree with, and what they use for the ends of rows.
+#include <cstring>
+
+#include "conversion/row_kernels.h"
+
+namespace plenar {
+
+namespace {
+
+template <class T>
+T Load(const uint8_t* bytes) {
+    T value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+template <class T>
+void Store(uint8_t* bytes, T value) {
+    std::memcpy(bytes, &value, sizeof value);
+}
+
+template <class Sample>
+void SplitSamples(const PixelLayout& layout, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
+    for (size_t pixel = 0; pixel < pixels; ++pixel) {
+        for (size_t i = 0; i < layout.colourSamples; ++i) {
+            Store(colour, Load<Sample>(src + layout.colour[i] * sizeof(Sample)));
+            colour += sizeof(Sample);
+        }
+        if (alpha != nullptr) {
+            Store(alpha, Load<Sample>(src + layout.alpha * sizeof(Sample)));
+            alpha += sizeof(Sample);
+        }
+        src += layout.samples * sizeof(Sample);
+    }
+}
+
+template <class Sample>
+void MergeSamples(const PixelLayout& layout, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst, size_t pixels) {
+    for (size_t pixel = 0; pixel < pixels; ++pixel) {
+        for (size_t i = 0; i < layout.colourSamples; ++i) {
+            Store(dst + layout.colour[i] * sizeof(Sample), Load<Sample>(colour));
+            colour += sizeof(Sample);
+        }
+        Store(dst + layout.alpha * sizeof(Sample), Load<Sample>(alpha));
+        alpha += sizeof(Sample);
+        dst += layout.samples * sizeof(Sample);
+    }
+}
+
+// Exchanges the first and the last sample of each group.
+template <size_t Group, class Sample>
+void ExchangeSamples(const uint8_t* src, uint8_t* dst, size_t groups) {
+    for (size_t i = 0; i < groups; ++i) {
+        Sample samples[Group];
+        std::memcpy(samples, src + i * sizeof samples, sizeof samples);
+        const Sample first = samples[0];
+        samples[0] = samples[Group - 1];
+        samples[Group - 1] = first;
+        std::memcpy(dst + i * sizeof samples, samples, sizeof samples);
+    }
+}
+
+// Calls the function object with a sample of the size that is asked for.
+template <class Function>
+void WithSampleOf(size_t sampleBytes, const Function& function) {
+    switch (sampleBytes) {
+        case 1:
+            return function(uint8_t{});
+        case 2:
+            return function(uint16_t{});
+        default:
+            return function(uint32_t{});
+    }
+}
+
+void Split(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
+           size_t pixels) {
+    WithSampleOf(sampleBytes, [&](auto sample) { SplitSamples<decltype(sample)>(layout, src, colour, alpha, pixels); });
+}
+
+void Merge(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
+           size_t pixels) {
+    WithSampleOf(sampleBytes, [&](auto sample) { MergeSamples<decltype(sample)>(layout, colour, alpha, dst, pixels); });
+}
+
+template <size_t Group>
+void ExchangeEnds(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t groups) {
+    WithSampleOf(sampleBytes, [&](auto sample) { ExchangeSamples<Group, decltype(sample)>(src, dst, groups); });
+}
+
+// The low part: each byte takes LowBits of each of as many samples as it holds.
+template <unsigned LowBits>
+void Pack(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
+    constexpr size_t perByte = 8 / LowBits;
+    constexpr unsigned unused = 8 - LowBits;
+    for (size_t i = 0; i < samples; ++i) {
+        const auto word = Load<uint16_t>(words + 2 * i);
+        high[i] = static_cast<uint8_t>(word >> 8);
+        const unsigned bits = (word & 0xFFU) >> unused << (i % perByte * LowBits);
+        uint8_t& target = low[i / perByte];
+        target = static_cast<uint8_t>(i % perByte == 0 ? bits : target | bits);
+    }
+}
+
+template <unsigned LowBits>
+void Unpack(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+    constexpr size_t perByte = 8 / LowBits;
+    constexpr unsigned unused = 8 - LowBits;
+    for (size_t i = 0; i < samples; ++i) {
+        const unsigned bits = static_cast<unsigned>(low[i / perByte]) >> (i % perByte * LowBits);
+        Store(words + 2 * i, static_cast<uint16_t>(static_cast<unsigned>(high[i]) << 8 | (((bits << unused) & 0xFFU))));
+    }
+}
+
+constexpr size_t fieldsInWord = 3;
+constexpr size_t wordsInGroup = 4;
+constexpr size_t samplesInGroup = fieldsInWord * wordsInGroup;
+constexpr size_t lowBytesInGroup = samplesInGroup / 4;
+constexpr unsigned fieldBits = 10;
+
+void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
+    for (size_t group = 0; group < groups; ++group) {
+        std::memset(low, 0, lowBytesInGroup);
+        for (size_t i = 0; i < samplesInGroup; ++i) {
+            const auto word = Load<uint32_t>(packed + i / fieldsInWord * sizeof(uint32_t));
+            const uint32_t field = word >> (i % fieldsInWord * fieldBits);
+            high[i] = static_cast<uint8_t>(field >> 2);
+            low[i / 4] = static_cast<uint8_t>(low[i / 4] | (field & 3) << (i % 4 * 2));
+        }
+        packed += wordsInGroup * sizeof(uint32_t);
+        high += samplesInGroup;
+        low += lowBytesInGroup;
+    }
+}
+
+void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed) {
+    for (size_t group = 0; group < groups; ++group) {
+        uint32_t words[wordsInGroup] = {};
+        for (size_t i = 0; i < samplesInGroup; ++i) {
+            const uint32_t field = high[i] * 4U + (static_cast<unsigned>(low[i / 4]) >> (i % 4 * 2) & 3U);
+            words[i / fieldsInWord] |= field << (i % fieldsInWord * fieldBits);
+        }
+        std::memcpy(packed, words, sizeof words);
+        packed += sizeof words;
+        high += samplesInGroup;
+        low += lowBytesInGroup;
+    }
+}
+
+void FixedToFloat(const uint8_t* fixed, size_t samples, uint8_t* floats) {
+    constexpr float one = 16384.0F;
+    for (size_t i = 0; i < samples; ++i) {
+        Store(floats + 4 * i, static_cast<float>(Load<int16_t>(fixed + 2 * i)) / one);
+    }
+}
+
+}  // namespace
+
+constinit const RowKernels plainRowKernels = {
+    .split = Split,
+    .merge = Merge,
+    .swapPairs = ExchangeEnds<2>,
+    .reverseTriples = ExchangeEnds<3>,
+    .pack10 = Pack<2>,
+    .pack12 = Pack<4>,
+    .unpack10 = Unpack<2>,
+    .unpack12 = Unpack<4>,
+    .packedGroupsToPlane = PackedGroupsToPlane,
+    .planeToPackedGroups = PlaneToPackedGroups,
+    .fixedToFloat = FixedToFloat,
+};
+
+}  // namespace plenar

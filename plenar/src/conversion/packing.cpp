@@ -1,0 +1,159 @@
+#include "conversion/packing.h"
+
+#include <cstring>
+
+#include "conversion/row_kernels.h"
+#include "plenar/exceptions.h"
+#include "plenar_sdk.h"
+
+namespace plenar {
+
+namespace {
+
+constexpr size_t wordBytes = 2;
+
+// Packed10: groups of 6 pixels, 12 samples, in 4 words of three fields.
+constexpr uint32_t groupPixels = 6;
+constexpr size_t groupBytes = 16;
+constexpr size_t groupSamples = 12;
+constexpr size_t groupLowBytes = 3;
+constexpr unsigned fieldBits = 10;
+
+uint32_t LoadWord(const uint8_t* packed, size_t index) {
+    uint32_t word;
+    std::memcpy(&word, packed + index * sizeof word, sizeof word);
+    return word;
+}
+
+void StoreWord(uint8_t* packed, size_t index, uint32_t word) {
+    std::memcpy(packed + index * sizeof word, &word, sizeof word);
+}
+
+// Sample `i` of a group, as a field of 10 bits.
+uint32_t FieldOf(const uint8_t* packed, size_t i) {
+    return LoadWord(packed, i / 3) >> (i % 3 * fieldBits);
+}
+uint32_t FieldOf(const uint8_t* high, const uint8_t* low, size_t i) {
+    return high[i] * 4U + (static_cast<uint32_t>(low[i / 4]) >> (i % 4 * 2) & 3U);
+}
+
+// Four samples of a group from `first` on: 4 bytes of the high part and one of the low part.
+void PackFour(const uint8_t* packed, size_t first, uint8_t* high, uint8_t* low) {
+    uint32_t bits = 0;
+    for (size_t i = 0; i < 4; ++i) {
+        const uint32_t field = FieldOf(packed, first + i);
+        high[first + i] = static_cast<uint8_t>(field >> 2);
+        bits |= (field & 3U) << (2 * i);
+    }
+    low[first / 4] = static_cast<uint8_t>(bits);
+}
+
+// The last pixels of a row go by twos.
+void PackedRowToPlane(uint32_t width, const uint8_t* src, uint8_t* dst) {
+    const size_t groups = width / groupPixels;
+    uint8_t* high = dst;
+    uint8_t* low = dst + size_t{2} * width;
+    ActiveRowKernels().packedGroupsToPlane(src, groups, high, low);
+    src += groups * groupBytes;
+    high += groups * groupSamples;
+    low += groups * groupLowBytes;
+    const uint32_t left = width % groupPixels;
+    if (left >= 2) {
+        PackFour(src, 0, high, low);
+    }
+    if (left >= 4) {
+        PackFour(src, 4, high, low);
+    }
+}
+
+// Up to three samples of a group from `first` on, in the fields of one word.
+uint32_t JoinFields(const uint8_t* high, const uint8_t* low, size_t first, size_t count) {
+    uint32_t word = 0;
+    for (size_t i = 0; i < count; ++i) {
+        word |= FieldOf(high, low, first + i) << (i * fieldBits);
+    }
+    return word;
+}
+
+// The words of an unfinished last group are as hosts have always got them: what isn't named here keeps the target's
+// bytes, and with 4 or 5 pixels left the second word is added to them, so that a cleared buffer gets the plain word.
+void PlaneRowToPacked(uint32_t width, const uint8_t* src, uint8_t* dst) {
+    const size_t groups = width / groupPixels;
+    const uint8_t* high = src;
+    const uint8_t* low = src + size_t{2} * width;
+    ActiveRowKernels().planeToPackedGroups(high, low, groups, dst);
+    high += groups * groupSamples;
+    low += groups * groupLowBytes;
+    dst += groups * groupBytes;
+    const uint32_t left = width % groupPixels;
+    if (left >= 2) {
+        StoreWord(dst, 0, JoinFields(high, low, 0, 3));
+    }
+    if (left == 2 || left == 3) {
+        StoreWord(dst, 1, JoinFields(high, low, 3, 1));
+    }
+    if (left >= 4) {
+        StoreWord(dst, 1, LoadWord(dst, 1) + JoinFields(high, low, 3, 3));
+        StoreWord(dst, 2, JoinFields(high, low, 6, 2));
+    }
+}
+
+[[noreturn]] void RefuseType() {
+    throw invalid_argument("component type is not supported");
+}
+
+struct SplitForm {
+    void (*pack)(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    void (*unpack)(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
+    size_t samplesInLowByte;
+};
+
+SplitForm SplitFormOf(uint32_t type) {
+    const RowKernels& kernels = ActiveRowKernels();
+    switch (type) {
+        case Uint10:
+            return {kernels.pack10, kernels.unpack10, 4};
+        case Uint12:
+            return {kernels.pack12, kernels.unpack12, 2};
+        default:
+            RefuseType();
+    }
+}
+
+void UnpackSplitRow(const SplitForm& form, const uint8_t* planeRow, const uint8_t* planeEnd, uint8_t* dst,
+                    size_t samples) {
+    const uint8_t* low = planeRow + samples;
+    const size_t lowBytes = (samples + form.samplesInLowByte - 1) / form.samplesInLowByte;
+    if (lowBytes <= static_cast<size_t>(planeEnd - planeRow) - samples) {
+        return form.unpack(planeRow, low, samples, dst);
+    }
+    // Only the last byte of the low part can be missing.
+    const size_t whole = (lowBytes - 1) * form.samplesInLowByte;
+    const uint8_t missing = 0;
+    form.unpack(planeRow, low, whole, dst);
+    form.unpack(planeRow + whole, &missing, samples - whole, dst + whole * wordBytes);
+}
+
+}  // namespace
+
+bool NeedsPacking(uint32_t componentType) {
+    return componentType == Uint10 || componentType == Uint12 || componentType == Packed10;
+}
+
+void PackRow(uint32_t type, uint32_t width, const uint8_t* src, size_t length, uint8_t* planeRow) {
+    if (type == Packed10) {
+        return PackedRowToPlane(width, src, planeRow);
+    }
+    const size_t samples = length / wordBytes;
+    SplitFormOf(type).pack(src, samples, planeRow, planeRow + samples);
+}
+
+void UnpackRow(uint32_t type, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd, uint8_t* dst,
+               size_t length) {
+    if (type == Packed10) {
+        return PlaneRowToPacked(width, planeRow, dst);
+    }
+    UnpackSplitRow(SplitFormOf(type), planeRow, planeEnd, dst, length / wordBytes);
+}
+
+}  // namespace plenar

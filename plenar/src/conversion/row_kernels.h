@@ -1,0 +1,51 @@
+// The kernels: the inner loops that move the samples of one row. Each does one job for one row, reads and writes just
+// the bytes that its lengths name, and looks at no other row. Rows may begin at any address. Source and target may be
+// the same row where the declaration says so, and must not overlap otherwise.
+//
+// A set of kernels is a table of functions. The plain set defines the results; the other sets give the same bytes
+// faster on processors that can run them. Which set runs is decided once, in row_kernels.cpp.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "conversion/pixel_layout.h"
+
+namespace plenar {
+
+struct RowKernels {
+    // Caller's pixels with alpha to plane pixels and alpha samples. alpha may be null: then alpha is dropped.
+    void (*split)(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
+                  size_t pixels);
+    // The way back.
+    void (*merge)(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha,
+                  uint8_t* dst, size_t pixels);
+    // Exchanges the two samples of each pair. In place too.
+    void (*swapPairs)(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pairs);
+    // Exchanges the first and the third sample of each pixel of three. In place too.
+    void (*reverseTriples)(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pixels);
+
+    // Words with the sample in their top bits to a high part of one byte a sample and a low part, in which a byte takes
+    // the remaining bits of 4 (10 bits) or 2 (12 bits) samples, first sample lowest; unused bits are zero.
+    void (*pack10)(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    void (*pack12)(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    void (*unpack10)(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
+    void (*unpack12)(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
+
+    // Whole groups of 12 samples: 4 words of three 10-bit fields to 12 bytes of the high part and 3 of the low part.
+    void (*packedGroupsToPlane)(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low);
+    void (*planeToPackedGroups)(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed);
+
+    // Signed fixed point with 14 fraction bits to single precision, exact.
+    void (*fixedToFloat)(const uint8_t* fixed, size_t samples, uint8_t* floats);
+};
+
+extern const RowKernels plainRowKernels;
+extern const RowKernels ssse3RowKernels;
+
+const RowKernels& ActiveRowKernels();
+
+// Makes `kernels` the active set; for tests, while no conversion runs. Null brings back the processor's own.
+void ForceRowKernels(const RowKernels* kernels);
+
+}  // namespace plenar
