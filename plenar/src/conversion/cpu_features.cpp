@@ -2,9 +2,19 @@
 
 namespace plenar {
 
+namespace {
+
+CpuFeatures Detect() {
+    __builtin_cpu_init();
+    return {.hasAvx2 = __builtin_cpu_supports("avx2") != 0};
+}
+
+const CpuFeatures detected = Detect();
+
+}  // namespace
+
 const CpuFeatures& DetectedCpuFeatures() {
-    static const CpuFeatures features = {.hasAvx2 = __builtin_cpu_supports("avx2") != 0};
-    return features;
+    return detected;
 }
 
 }  // namespace plenar

@@ -2,15 +2,21 @@
 
 #include <atomic>
 
+#include "conversion/cpu_features.h"
+
 namespace plenar {
 
 namespace {
+
 std::atomic<const RowKernels*> forced{nullptr};
+
 }  // namespace
 
 const RowKernels& ActiveRowKernels() {
-    const RowKernels* kernels = forced.load(std::memory_order_relaxed);
-    return kernels != nullptr ? *kernels : ssse3RowKernels;
+    if (const RowKernels* kernels = forced.load(std::memory_order_relaxed)) {
+        return *kernels;
+    }
+    return DetectedCpuFeatures().hasAvx2 ? avx2RowKernels : ssse3RowKernels;
 }
 
 void ForceRowKernels(const RowKernels* kernels) {

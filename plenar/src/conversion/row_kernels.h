@@ -42,6 +42,7 @@ struct RowKernels {
 
 extern const RowKernels plainRowKernels;
 extern const RowKernels ssse3RowKernels;
+extern const RowKernels avx2RowKernels;  // for processors with AVX2 alone
 
 const RowKernels& ActiveRowKernels();
 

@@ -1,0 +1,169 @@
+#include <memory>
+
+#include "container/frame_plan.h"
+#include "container/metadata_checks.h"
+#include "plenar/codec_state.h"
+#include "plenar/decode_driver.h"
+#include "plenar/encode_driver.h"
+#include "plenar/params.h"
+#include "plenar_sdk.h"
+#include "plenar_sdk/guard.h"
+
+namespace plenar {
+namespace {
+
+// Both kinds of object are alike.
+struct Codec {
+    CodecState state;
+    CreateParams createParams;
+
+    explicit Codec(const CreateParams& params) : state(params.numThreads), createParams(params) {}
+};
+
+}  // namespace
+}  // namespace plenar
+
+struct Encoder : plenar::Codec {
+    using Codec::Codec;
+};
+
+struct Decoder : plenar::Codec {
+    using Codec::Codec;
+};
+
+namespace plenar {
+namespace {
+
+constexpr CreateParams defaultCreateParams = {sizeof(CreateParams), 0, nullptr, nullptr};
+
+// The size functions have no object whose callback could take their messages.
+constexpr const CreateParams& noSink = defaultCreateParams;
+
+constexpr uint32_t versionMajor = 2;
+constexpr uint32_t versionMinor = 5;
+constexpr uint32_t versionPatch = 2;
+constexpr uint32_t versionBuild = 39;
+constexpr char versionStage = 'r';
+
+StatusWord compressedBufSizeStatus{0};
+StatusWord encodeFrameStatus{0};
+StatusWord uncompressedBufSizeStatus{0};
+StatusWord readMetadataStatus{0};
+StatusWord decodeFrameStatus{0};
+
+template <class... Pointers>
+bool AnyNull(const Pointers*... pointers) {
+    return (... || (pointers == nullptr));
+}
+
+template <class Record>
+bool HasWrongSize(const Record& record) {
+    return record.size != sizeof(Record);
+}
+
+template <class Object>
+uint32_t Create(const CreateParams* params, Object** object) {
+    if (object == nullptr) {
+        return ResultNullPointer;
+    }
+    if (params != nullptr && HasWrongSize(*params)) {
+        return ResultBadRecordSize;
+    }
+    *object = new Object(params != nullptr ? *params : defaultCreateParams);
+    return ResultOk;
+}
+
+template <class Value>
+void StoreIfWanted(Value* target, Value value) {
+    if (target != nullptr) {
+        *target = value;
+    }
+}
+
+}  // namespace
+}  // namespace plenar
+
+using namespace plenar;
+
+uint32_t Plenar_CreateEncoder(const CreateParams* params, Encoder** encoder) {
+    return Create(params, encoder);
+}
+
+uint32_t Plenar_CreateDecoder(const CreateParams* params, Decoder** decoder) {
+    return Create(params, decoder);
+}
+
+void Plenar_DestroyEncoder(Encoder* encoder) {
+    delete encoder;
+}
+
+void Plenar_DestroyDecoder(Decoder* decoder) {
+    delete decoder;
+}
+
+uint32_t Plenar_EncodeFrame(Encoder* encoder, const UncompressedParams* params,
+                            const CompressedParams* compressedParams, const void* src, uint32_t srcSize, void* dst,
+                            uint32_t dstSize, uint32_t* bytesWritten) {
+    if (AnyNull(encoder, params, compressedParams, src, dst)) {
+        return ResultNullPointer;
+    }
+    if (HasWrongSize(*params) || HasWrongSize(*compressedParams)) {
+        return ResultBadRecordSize;
+    }
+    return Guard(encodeFrameStatus, encoder->createParams, [&] {
+        const uint64_t written =
+            EncodeFrameBody(encoder->state, *params, *compressedParams, static_cast<const uint8_t*>(src), srcSize,
+                            static_cast<uint8_t*>(dst), dstSize);
+        StoreIfWanted(bytesWritten, static_cast<uint32_t>(written));
+    });
+}
+
+uint32_t Plenar_DecodeFrame(Decoder* decoder, const UncompressedParams* params, const void* src, uint32_t srcSize,
+                            void* dst, uint32_t dstSize, uint32_t* bytesWritten) {
+    if (AnyNull(decoder, params, src, dst)) {
+        return ResultNullPointer;
+    }
+    if (HasWrongSize(*params)) {
+        return ResultBadRecordSize;
+    }
+    return Guard(decodeFrameStatus, decoder->createParams, [&] {
+        const uint64_t written = DecodeFrameBody(decoder->state, *params, static_cast<const uint8_t*>(src), srcSize,
+                                                 static_cast<uint8_t*>(dst), dstSize);
+        StoreIfWanted(bytesWritten, static_cast<uint32_t>(written));
+    });
+}
+
+uint32_t Plenar_ReadMetadata(Decoder* decoder, const void* src, uint32_t srcSize, UncompressedParams* params) {
+    if (AnyNull(decoder, src, params)) {
+        return ResultNullPointer;
+    }
+    if (HasWrongSize(*params)) {
+        return ResultBadRecordSize;
+    }
+    return Guard(readMetadataStatus, decoder->createParams,
+                 [&] { *params = ReadFrameMetadata(static_cast<const uint8_t*>(src), srcSize); });
+}
+
+uint32_t Plenar_GetCompressedBufSize(const UncompressedParams* params, const CompressedParams* compressedParams) {
+    uint32_t size = 0;
+    if (!AnyNull(params, compressedParams) && !HasWrongSize(*params) && !HasWrongSize(*compressedParams)) {
+        Guard(compressedBufSizeStatus, noSink, [&] { size = PlanFrame(*params, *compressedParams).total_size; });
+    }
+    return size;
+}
+
+uint32_t Plenar_GetUncompressedBufSize(const UncompressedParams* params) {
+    uint32_t size = 0;
+    if (!AnyNull(params) && !HasWrongSize(*params)) {
+        Guard(uncompressedBufSizeStatus, noSink, [&] { size = static_cast<uint32_t>(UncompressedBufSize(*params)); });
+    }
+    return size;
+}
+
+void Plenar_GetVersion(uint32_t* major, uint32_t* minor, uint32_t* patch, uint32_t* build, char* stage) {
+    StoreIfWanted(major, versionMajor);
+    StoreIfWanted(minor, versionMinor);
+    StoreIfWanted(patch, versionPatch);
+    StoreIfWanted(build, versionBuild);
+    StoreIfWanted(stage, versionStage);
+}
