@@ -6,6 +6,7 @@
 #include "conversion/packing.h"
 #include "conversion/reorder.h"
 #include "conversion/row_kernels.h"
+#include "plenar/params.h"
 #include "pool/split_rows.h"
 
 namespace plenar {
@@ -45,94 +46,129 @@ void RunInBands(CodecState& state, uint32_t height, size_t rowBytes, size_t inte
              [&](uint32_t i) { runBand(bands[i], intermediate + i * intermediateBytes); });
 }
 
-// Rows of `length` bytes; rows without padding on either side are one copy.
-void CopyBand(const uint8_t* src, size_t srcStride, uint8_t* dst, size_t dstStride, size_t length, size_t rows) {
-    if (srcStride == length && dstStride == length) {
-        std::memcpy(dst, src, rows * length);
-        return;
-    }
-    for (size_t row = 0; row < rows; ++row) {
-        std::memcpy(dst + row * dstStride, src + row * srcStride, length);
-    }
-}
-
 // The bytes of a row between reordering and packing. Rows that need only one of the two go straight to their target.
 size_t IntermediateBytes(const UncompressedParams& params, size_t length) {
     return NeedsReorder(params.colorComponentOrder) && NeedsPacking(params.componentType) ? length : 0;
 }
 
-void EncodeRow(const EncodeRowsArgs& args, const uint8_t* src, uint8_t* dst, uint8_t* alphaDst,
+// Whether all rows are made of whole pixels and of bytes that are moved one by one, so that rows without padding can be
+// taken as one long row. A 4:2:2 row of odd width ends in a chroma sample of its own, and packed rows have two parts.
+bool CanJoinRows(const UncompressedParams& params) {
+    const bool wholePixels = params.width % 2 == 0 || SubsamplingClass(params.colorComponentOrder) != 422;
+    return wholePixels && !NeedsPacking(params.componentType);
+}
+
+EncodeRowsArgs BandOf(EncodeRowsArgs args, const Band& band) {
+    args.params.height = band.rows;
+    args.src += band.firstRow * args.srcStride;
+    args.dst += band.firstRow * args.dstStride;
+    args.alphaDst = args.alphaDst != nullptr ? args.alphaDst + band.firstRow * args.alphaStride : nullptr;
+    return args;
+}
+
+void JoinRows(EncodeRowsArgs& band) {
+    band.rowLength *= band.params.height;
+    band.dstStride *= band.params.height;
+    band.alphaStride *= band.params.height;
+    band.params.height = 1;
+}
+
+void EncodeRow(const EncodeRowsArgs& band, const uint8_t* src, uint8_t* dst, uint8_t* alphaDst,
                uint8_t* intermediateRow) {
-    const uint32_t order = args.params.colorComponentOrder;
-    const uint32_t type = args.params.componentType;
-    size_t length = args.rowLength;
-    if (NeedsReorder(order)) {
-        uint8_t* target = NeedsPacking(type) ? intermediateRow : dst;
-        ReorderRowToPlane(order, type, src, length, target, alphaDst);
-        src = target;
-        length -= args.alphaStride;
-    }
-    if (NeedsPacking(type)) {
-        PackRow(type, args.params.width, src, length, dst);
+    const uint32_t order = band.params.colorComponentOrder;
+    const uint32_t type = band.params.componentType;
+    const bool packs = NeedsPacking(type);
+    if (!packs && !NeedsReorder(order)) {
+        std::memcpy(dst, src, band.dstStride);
+    } else if (!packs) {
+        ReorderRowToPlane(order, type, src, band.rowLength, dst, alphaDst);
+    } else if (!NeedsReorder(order)) {
+        PackRow(type, band.params.width, src, band.rowLength, dst);
+    } else {
+        ReorderRowToPlane(order, type, src, band.rowLength, intermediateRow, alphaDst);
+        PackRow(type, band.params.width, intermediateRow, band.rowLength - band.alphaStride, dst);
     }
 }
 
-void EncodeBand(const EncodeRowsArgs& args, const Band& band, uint8_t* intermediateRow) {
-    const uint8_t* src = args.src + band.firstRow * args.srcStride;
-    uint8_t* dst = args.dst + band.firstRow * args.dstStride;
-    if (!NeedsReorder(args.params.colorComponentOrder) && !NeedsPacking(args.params.componentType)) {
-        return CopyBand(src, args.srcStride, dst, args.dstStride, args.dstStride, band.rows);
+void EncodeBand(EncodeRowsArgs band, uint8_t* intermediateRow) {
+    if (CanJoinRows(band.params) && band.srcStride == band.rowLength) {
+        JoinRows(band);
     }
-    uint8_t* alpha = args.alphaDst != nullptr ? args.alphaDst + band.firstRow * args.alphaStride : nullptr;
-    for (size_t row = 0; row < band.rows; ++row) {
-        EncodeRow(args, src + row * args.srcStride, dst + row * args.dstStride,
-                  alpha != nullptr ? alpha + row * args.alphaStride : nullptr, intermediateRow);
+    for (size_t row = 0; row < band.params.height; ++row) {
+        EncodeRow(band, band.src + row * band.srcStride, band.dst + row * band.dstStride,
+                  band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr, intermediateRow);
     }
+}
+
+DecodeRowsArgs BandOf(DecodeRowsArgs args, const Band& band) {
+    args.params.height = band.rows;
+    args.plane += band.firstRow * args.planeStride;
+    args.alpha = args.alpha != nullptr ? args.alpha + band.firstRow * args.alphaStride : nullptr;
+    args.dst += band.firstRow * args.dstStride;
+    return args;
+}
+
+void JoinRows(DecodeRowsArgs& band) {
+    band.planeStride *= band.params.height;
+    band.alphaStride *= band.params.height;
+    band.rowLength *= band.params.height;
+    band.params.height = 1;
 }
 
 // Widens the samples straight into the caller's row, which is twice as long, and orders them there.
-void DecodeFixedRow(const DecodeRowsArgs& args, const uint8_t* planeRow, uint8_t* dst) {
-    const uint32_t order = args.params.colorComponentOrder;
-    ActiveRowKernels().fixedToFloat(planeRow, args.planeStride / sizeof(int16_t), dst);
+void DecodeFixedRow(const DecodeRowsArgs& band, const uint8_t* planeRow, uint8_t* dst) {
+    const uint32_t order = band.params.colorComponentOrder;
+    ActiveRowKernels().fixedToFloat(planeRow, band.planeStride / sizeof(int16_t), dst);
     if (NeedsReorder(order)) {
-        ReorderRowInPlace(order, args.params.componentType, dst, args.rowLength);
+        ReorderRowInPlace(order, band.params.componentType, dst, band.rowLength);
     }
 }
 
-void DecodeRow(const DecodeRowsArgs& args, const uint8_t* planeRow, const uint8_t* alphaRow, uint8_t* dst,
+void DecodeRow(const DecodeRowsArgs& band, const uint8_t* planeRow, const uint8_t* alphaRow, uint8_t* dst,
                uint8_t* intermediateRow) {
-    const uint32_t order = args.params.colorComponentOrder;
-    const uint32_t type = args.params.componentType;
-    const uint8_t* colour = planeRow;
-    size_t colourLength = args.planeStride;
-    if (NeedsPacking(type)) {
-        uint8_t* target = NeedsReorder(order) ? intermediateRow : dst;
-        UnpackRow(type, args.params.width, planeRow, args.planeEnd, target, args.rowLength);
-        colour = target;
-        colourLength = args.rowLength;
-    }
-    if (NeedsReorder(order)) {
-        ReorderRowFromPlane(order, type, colour, colourLength, alphaRow, args.alphaStride, dst, args.rowLength);
+    const uint32_t order = band.params.colorComponentOrder;
+    const uint32_t type = band.params.componentType;
+    const auto reorder = [&](const uint8_t* colour, size_t length) {
+        ReorderRowFromPlane(order, type, colour, length, alphaRow, band.alphaStride, dst, band.rowLength);
+    };
+    const auto unpack = [&](uint8_t* target) {
+        UnpackRow(type, band.params.width, planeRow, band.planeEnd, target, band.rowLength);
+    };
+    if (band.fixedToFloat) {
+        DecodeFixedRow(band, planeRow, dst);
+    } else if (!NeedsPacking(type) && !NeedsReorder(order)) {
+        std::memcpy(dst, planeRow, band.planeStride);
+    } else if (!NeedsPacking(type)) {
+        reorder(planeRow, band.planeStride);
+    } else if (!NeedsReorder(order)) {
+        unpack(dst);
+    } else {
+        unpack(intermediateRow);
+        reorder(intermediateRow, band.rowLength);
     }
 }
 
-void DecodeBand(const DecodeRowsArgs& args, const Band& band, uint8_t* intermediateRow) {
-    const uint8_t* plane = args.plane + band.firstRow * args.planeStride;
-    uint8_t* dst = args.dst + band.firstRow * args.dstStride;
-    if (!NeedsReorder(args.params.colorComponentOrder) && !NeedsPacking(args.params.componentType) &&
-        !args.fixedToFloat) {
-        return CopyBand(plane, args.planeStride, dst, args.dstStride, args.planeStride, band.rows);
+void DecodeBand(DecodeRowsArgs band, uint8_t* intermediateRow) {
+    const bool reordersInPlace = band.fixedToFloat && NeedsReorder(band.params.colorComponentOrder);
+    if (CanJoinRows(band.params) && band.dstStride == band.rowLength && !reordersInPlace) {
+        JoinRows(band);
     }
-    const uint8_t* alpha = args.alpha != nullptr ? args.alpha + band.firstRow * args.alphaStride : nullptr;
+    for (size_t row = 0; row < band.params.height; ++row) {
+        DecodeRow(band, band.plane + row * band.planeStride,
+                  band.alpha != nullptr ? band.alpha + row * band.alphaStride : nullptr,
+                  band.dst + row * band.dstStride, intermediateRow);
+    }
+}
+
+void CopyBand(const CopyRowsArgs& args, const Band& band) {
+    const uint8_t* src = args.src + band.firstRow * args.srcStride;
+    uint8_t* dst = args.dst + band.firstRow * args.dstStride;
+    if (args.srcStride == args.rowLength && args.dstStride == args.rowLength) {
+        std::memcpy(dst, src, band.rows * args.rowLength);
+        return;
+    }
     for (size_t row = 0; row < band.rows; ++row) {
-        const uint8_t* planeRow = plane + row * args.planeStride;
-        uint8_t* dstRow = dst + row * args.dstStride;
-        if (args.fixedToFloat) {
-            DecodeFixedRow(args, planeRow, dstRow);
-        } else {
-            DecodeRow(args, planeRow, alpha != nullptr ? alpha + row * args.alphaStride : nullptr, dstRow,
-                      intermediateRow);
-        }
+        std::memcpy(dst + row * args.dstStride, src + row * args.srcStride, args.rowLength);
     }
 }
 
@@ -141,19 +177,16 @@ void DecodeBand(const DecodeRowsArgs& args, const Band& band, uint8_t* intermedi
 void EncodeRows(CodecState& state, const EncodeRowsArgs& args) {
     RunInBands(state, args.params.height, args.rowLength,
                IntermediateBytes(args.params, args.rowLength - args.alphaStride),
-               [&](const Band& band, uint8_t* intermediateRow) { EncodeBand(args, band, intermediateRow); });
+               [&](const Band& band, uint8_t* intermediateRow) { EncodeBand(BandOf(args, band), intermediateRow); });
 }
 
 void DecodeRows(CodecState& state, const DecodeRowsArgs& args) {
     RunInBands(state, args.params.height, args.rowLength, IntermediateBytes(args.params, args.rowLength),
-               [&](const Band& band, uint8_t* intermediateRow) { DecodeBand(args, band, intermediateRow); });
+               [&](const Band& band, uint8_t* intermediateRow) { DecodeBand(BandOf(args, band), intermediateRow); });
 }
 
 void CopyRows(CodecState& state, const CopyRowsArgs& args) {
-    RunInBands(state, args.rows, args.rowLength, 0, [&](const Band& band, uint8_t*) {
-        CopyBand(args.src + band.firstRow * args.srcStride, args.srcStride, args.dst + band.firstRow * args.dstStride,
-                 args.dstStride, args.rowLength, band.rows);
-    });
+    RunInBands(state, args.rows, args.rowLength, 0, [&](const Band& band, uint8_t*) { CopyBand(args, band); });
 }
 
 }  // namespace plenar

@@ -184,16 +184,16 @@ constexpr Shuffles<sampleSizes> ExchangeShuffles(size_t group, size_t bytes) {
 template <class V>
 void SwapPairs(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pairs) {
     static constexpr auto shuffles = ExchangeShuffles(2, chunkBytes);
-    constexpr size_t unitChunks = 4;
-    constexpr size_t roundBytes = V::lanes * unitChunks * chunkBytes;
+    constexpr size_t registers = 4;
+    constexpr size_t registerBytes = V::lanes * chunkBytes;
+    constexpr size_t roundBytes = registers * registerBytes;
     const auto pattern = V::Pattern(shuffles.of[SampleSizeIndex(sampleBytes)]);
     const size_t rounds = pairs * 2 * sampleBytes / roundBytes;
     for (size_t i = 0; i < rounds; ++i) {
-        auto chunks = V::template LoadChunks<unitChunks>(src + i * roundBytes);
-        for (auto& chunk : chunks.chunk) {
-            chunk = V::Shuffle(chunk, pattern);
+        for (size_t j = 0; j < registers; ++j) {
+            const size_t at = i * roundBytes + j * registerBytes;
+            V::Store(dst + at, V::Shuffle(V::Load(src + at), pattern));
         }
-        V::StoreChunks(dst + i * roundBytes, chunks);
     }
     const size_t done = rounds * roundBytes;
     V::Next().swapPairs(sampleBytes, src + done, dst + done, pairs - done / (2 * sampleBytes));

@@ -62,24 +62,22 @@ private:
     }
 
     void WriteInterleaved() {
+        const bool interleavedAlpha = HasInterleavedAlpha(params.colorComponentOrder);
         const PlaneRecord& picture = planes[roles.primary];
         DecodeRows(state, {.params = params,
                            .fixedToFloat = IsFixedPoint(picture.type) && params.componentType == Float32,
                            .plane = PlaneData(picture),
                            .planeStride = PlaneRowBytes(picture.type, picture.width),
                            .planeEnd = src + srcSize,
-                           .alpha = InterleavedAlpha(),
-                           .alphaStride = AlphaRowBytes(params),
+                           .alpha = interleavedAlpha ? InterleavedAlpha() : nullptr,
+                           .alphaStride = interleavedAlpha ? AlphaRowBytes(params) : 0,
                            .dst = dst,
                            .rowLength = layout.rowLength,
                            .dstStride = layout.stride});
     }
 
-    // The rows of alpha samples that go among the others, without padding; null when there are none.
+    // The rows of alpha samples that go among the others, without padding.
     const uint8_t* InterleavedAlpha() {
-        if (!HasInterleavedAlpha(params.colorComponentOrder)) {
-            return nullptr;
-        }
         const PlaneRecord& alpha = planes[roles.alpha];
         if (!IsCodedAlpha(alpha.type)) {
             return PlaneData(alpha);
