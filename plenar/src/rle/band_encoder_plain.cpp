@@ -1,0 +1,66 @@
+#include "rle/band_encoder_plain.h"
+
+#include <cstring>
+
+#include "rle/bit_writer.h"
+#include "rle/rle_codes.h"
+
+namespace plenar {
+namespace {
+
+struct SampleClass {
+    uint32_t value;
+    uint32_t mode;
+
+    bool operator==(const SampleClass&) const = default;
+};
+
+// The folded first or second difference, whichever is smaller; the second where both are the same, but for 0.
+template <class Sample>
+SampleClass ClassOf(Sample x, Sample prev1, Sample prev2) {
+    const Sample z1 = RleFold(static_cast<Sample>(x - prev1));
+    const Sample z2 = RleFold(static_cast<Sample>(x - 2 * prev1 + prev2));
+    return z1 != 0 && z1 >= z2 ? SampleClass{z2, 1} : SampleClass{z1, 0};
+}
+
+template <class Sample>
+void PutRun(RleBitWriter& writer, SampleClass run_class, uint32_t run) {
+    const RleToken token = RleMakeToken(run_class.mode, run, RleValueCode<Sample>(run_class.value));
+    writer.Put(token.bits, token.length);
+}
+
+}  // namespace
+
+template <class Sample>
+uint64_t RleEncodeBandPlain(const RleParams& band, const uint8_t* src, uint8_t* dst) {
+    RleBitWriter writer(dst);
+    Sample prev1 = RleSample<Sample>::kMiddle;
+    Sample prev2 = prev1;
+    SampleClass run_class{};
+    uint32_t run = 0;
+    for (uint32_t row = 0; row < band.height; ++row) {
+        const uint8_t* samples = src + row * RleRowStride(band);
+        for (uint32_t i = 0; i < band.width; ++i) {
+            Sample x;
+            std::memcpy(&x, samples + i * sizeof x, sizeof x);
+            const SampleClass x_class = ClassOf(x, prev1, prev2);
+            if (run != 0 && x_class != run_class) {
+                PutRun<Sample>(writer, run_class, run);
+                run = 0;
+            }
+            run_class = x_class;
+            ++run;
+            prev2 = prev1;
+            prev1 = x;
+        }
+    }
+    if (run != 0) {
+        PutRun<Sample>(writer, run_class, run);
+    }
+    return static_cast<uint64_t>(writer.Flush() - dst);
+}
+
+template uint64_t RleEncodeBandPlain<uint8_t>(const RleParams& band, const uint8_t* src, uint8_t* dst);
+template uint64_t RleEncodeBandPlain<uint16_t>(const RleParams& band, const uint8_t* src, uint8_t* dst);
+
+}  // namespace plenar

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace plenar {
+
+// The low `bits` bits set; `bits` from 0 to 64.
+static constexpr uint64_t RleBitMask(uint32_t bits) {
+    return bits == 0 ? 0 : ~uint64_t{0} >> (64 - bits);
+}
+
+// A number as it stands in memory with its most significant byte first, and back.
+static inline uint64_t RleBigEndian(uint64_t word) {
+    static_assert(std::endian::native == std::endian::little, "the library is made for little-endian processors");
+    return __builtin_bswap64(word);
+}
+
+// Appends bits, most significant first. The caller's buffer must be large enough for them; no byte is written that
+// holds none of them.
+class RleBitWriter {
+public:
+    explicit RleBitWriter(uint8_t* first) : out(first) {}
+
+    // Appends the low `n` bits of `value`; `n` from 1 to 64.
+    void Put(uint64_t value, uint32_t n) {
+        value &= RleBitMask(n);
+        const uint32_t t = used + n;
+        if (t > 64) {
+            const uint32_t over = t - 64;
+            StoreWord(acc | value >> over);
+            acc = value << (64 - over);
+            used = over;
+            return;
+        }
+        acc |= value << (64 - t);
+        used = t;
+        if (t == 64) {
+            StoreWord(acc);
+            acc = 0;
+            used = 0;
+        }
+    }
+
+    // Writes out what is left, with zero bits up to the next byte, and returns the place behind the last byte.
+    uint8_t* Flush() {
+        const uint64_t word = RleBigEndian(acc);
+        const uint32_t bytes = (used + 7) / 8;
+        std::memcpy(out, &word, bytes);
+        out += bytes;
+        acc = 0;
+        used = 0;
+        return out;
+    }
+
+private:
+    void StoreWord(uint64_t word) {
+        word = RleBigEndian(word);
+        std::memcpy(out, &word, sizeof word);
+        out += sizeof word;
+    }
+
+    uint8_t* out;
+    uint64_t acc = 0;   // filled from the most significant end
+    uint32_t used = 0;  // bits in acc, 0 to 63 between calls
+};
+
+}  // namespace plenar

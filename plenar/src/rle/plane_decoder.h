@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+#include "rle/rle_params.h"
+
+namespace plenar {
+
+class WorkPool;
+
+// Decodes a coded plane of `src_size` bytes and returns its plain size. With two workers or more each band is a job of
+// the pool; the result is the same without. With padded rows the bytes between them are left with parts of the rows or
+// as they were, and those behind the last row aren't touched.
+//
+// The coded plane is hostile: nothing is read outside it or written outside the rows of `dst`, and the time it takes is
+// bounded by its size and theirs. Throws invalid_argument for bad parameters and buffers, and out_of_range for a plane
+// that leaves its bounds; what `dst` holds is undefined then. A plane that states no bands is taken, and leaves `dst`
+// as it was; see RleStatedBands.
+uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t src_size, uint8_t* dst,
+                        uint64_t dst_size);
+
+// The number of bands that a coded plane states, 0 to 255; also 0 if it is empty. A caller that hands out `dst` must
+// know of a 0, as nothing is written then.
+uint32_t RleStatedBands(const uint8_t* src, uint64_t src_size);
+
+}  // namespace plenar

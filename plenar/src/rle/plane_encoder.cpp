@@ -1,0 +1,96 @@
+#include "rle/plane_encoder.h"
+
+#include <array>
+#include <cstring>
+
+#include "plenar/exceptions.h"
+#include "pool/work_pool.h"
+#include "rle/band_encoder.h"
+#include "rle/band_jobs.h"
+#include "rle/band_table.h"
+
+namespace plenar {
+namespace {
+
+struct EncodeJob {
+    RleParams params;
+    const uint8_t* src;
+    uint8_t* dst;  // the band's working place, far enough from the next one's for the worst of its samples
+    uint32_t coded_size;
+};
+
+using EncodeJobs = std::array<EncodeJob, RleMaxBands>;
+
+RleParams BandOf(const RleParams& params, uint32_t band) {
+    RleParams band_params = params;
+    band_params.height = RleBandRows(params, band);
+    band_params.band_limit = 1;
+    return band_params;
+}
+
+uint64_t SamplesOf(const RleParams& params) {
+    return uint64_t{params.width} * params.height;
+}
+
+// RleMaxCodedSize without its wrapping: what the band coders rely on.
+uint64_t RoomForBands(const RleParams& params) {
+    uint64_t size = RleHeadReserve;
+    for (uint32_t band = 0; band < RleBandCount(params); ++band) {
+        size += RleMaxStreamSize(params, SamplesOf(BandOf(params, band)));
+    }
+    return size;
+}
+
+void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t src_size, const uint8_t* dst,
+                  uint64_t dst_size) {
+    RleCheckParams(params);
+    if (src == nullptr || dst == nullptr) {
+        throw invalid_argument("src and buffers required to be non-null");
+    }
+    // The sizes that callers plan with wrap at 32 bits; the true ones must fit as well.
+    if (src_size < RlePlainSize(params) || src_size < RlePlainExtent(params)) {
+        throw invalid_argument("src buffer is too small according to metadata");
+    }
+    if (dst_size < RleMaxCodedSize(params) || dst_size < RoomForBands(params)) {
+        throw invalid_argument("dst buffer is too small according to metadata");
+    }
+}
+
+void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, EncodeJobs& jobs) {
+    dst += RleHeadReserve;
+    for (uint32_t band = 0; band < RleBandCount(params); ++band) {
+        const RleParams band_params = BandOf(params, band);
+        jobs[band] = {band_params, src, dst, 0};
+        src += RleRowStride(params) * band_params.height;
+        dst += RleMaxStreamSize(params, SamplesOf(band_params));
+    }
+}
+
+}  // namespace
+
+uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t src_size, uint8_t* dst,
+                        uint64_t dst_size) {
+    CheckBuffers(params, src, src_size, dst, dst_size);
+    RleBandTable table;
+    table.count = RleBandCount(params);
+    EncodeJobs jobs;
+    PlaceJobs(params, src, dst, jobs);
+    RleForEachBand(pool, table.count, [&jobs](uint32_t band) {
+        EncodeJob& job = jobs[band];
+        job.coded_size = static_cast<uint32_t>(RleEncodeBand(job.params, job.src, job.dst));
+    });
+
+    for (uint32_t band = 0; band < table.count; ++band) {
+        table.sizes[band] = jobs[band].coded_size;
+        table.rows[band] = jobs[band].params.height;
+    }
+    // The table and the streams never outgrow the reserve and the working places, so every stream moves down.
+    uint8_t* end = dst + RleWriteBandTable(table, dst);
+    for (uint32_t band = 0; band < table.count; ++band) {
+        std::memmove(end, jobs[band].dst, jobs[band].coded_size);
+        end += jobs[band].coded_size;
+    }
+    return static_cast<uint64_t>(end - dst);
+}
+
+}  // namespace plenar

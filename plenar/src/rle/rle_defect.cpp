@@ -1,0 +1,26 @@
+#include "rle/rle_defect.h"
+
+#include "plenar/exceptions.h"
+
+namespace plenar {
+
+void RleThrowDefect(RleDefect defect) {
+    switch (defect) {
+        case RleDefect::kNone:
+            return;
+        case RleDefect::kStreamPastEnd:
+            throw out_of_range("rle stream runs past the end of the coded plane");
+        case RleDefect::kRunPastBand:
+            throw out_of_range("rle run passes the end of its band");
+        case RleDefect::kEmptyRuns:
+            throw out_of_range("rle band has more empty runs than samples");
+        case RleDefect::kGroupPastList:
+            throw out_of_range("rle index list group passes the end of its list");
+        case RleDefect::kBandStartPastEnd:
+            throw out_of_range("rle band starts past the end of the coded plane");
+        case RleDefect::kRowSum:
+            throw out_of_range("rle band rows do not add up to the height of the plane");
+    }
+}
+
+}  // namespace plenar

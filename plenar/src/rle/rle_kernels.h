@@ -1,0 +1,34 @@
+// The band coders' inner parts in their versions, and the choice among them. All versions give the same bytes.
+#pragma once
+
+#include <cstdint>
+
+#include "rle/band_decoder_plain.h"
+#include "rle/rle_params.h"
+
+namespace plenar {
+
+struct RleKernels {
+    // Codes one band and returns the bytes of its stream; writes no more than RleMaxStreamSize.
+    uint64_t (*encode_band8)(const RleParams& band, const uint8_t* src, uint8_t* dst);
+    uint64_t (*encode_band16)(const RleParams& band, const uint8_t* src, uint8_t* dst);
+    // Decode tokens as long as they are sound and far enough from the end of what is readable; what is left then is for
+    // RleDecodeTokenPlain. The end of the stream goes unnoticed if more is readable.
+    void (*decode_tokens8)(RleDecodeState& state);
+    void (*decode_tokens16)(RleDecodeState& state);
+};
+
+// The bytes of a stream that must be readable for decode_tokens to decode something.
+inline constexpr uint32_t RleDecodeWindow = 24;
+
+enum class RleKernelSet { kPlain, kBaseline, kAvx2, kBest };
+
+// A set of kernels, or null if the processor can't run it.
+const RleKernels* RleFindKernels(RleKernelSet set);
+
+// The set in use: the best for the processor, unless tests choose another. The choice is one for the whole process, and
+// choosing what the processor can't run chooses the best.
+const RleKernels& RleActiveKernels();
+void RleChooseKernels(RleKernelSet set);
+
+}  // namespace plenar

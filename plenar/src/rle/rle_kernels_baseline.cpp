@@ -1,0 +1,10 @@
+#include "rle/band_decoder_kernel.h"
+#include "rle/band_encoder_kernel.h"
+#include "rle/rle_kernels_targets.h"
+
+namespace plenar {
+
+extern constexpr RleKernels RleBaselineKernels = {EncodeBand<uint8_t>, EncodeBand<uint16_t>, DecodeTokens<uint8_t>,
+                                                  DecodeTokens<uint16_t>};
+
+}  // namespace plenar
