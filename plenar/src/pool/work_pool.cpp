@@ -1,14 +1,23 @@
 #include "pool/work_pool.h"
 
-#include <utility>
+#include <chrono>
 
 namespace plenar {
+
+namespace {
+
+// How long a thread that waits goes on looking before it sleeps. A frame of several planes, or frames back to back,
+// find the workers awake; a host that pauses for longer gets its processors back.
+constexpr std::chrono::microseconds lookOutTime{50};
+
+}  // namespace
 
 // The delegated constructor makes the pool complete before the first thread starts, so that a thread that fails to
 // start brings the destructor, which stops and joins the others.
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
     queues.resize(workerCount);
     workers.reserve(workerCount);
+    looksOut = workerCount <= std::thread::hardware_concurrency();
     for (Queue& queue : queues) {
         workers.emplace_back([this, &queue] { Work(queue); });
     }
@@ -25,23 +34,27 @@ WorkPool::~WorkPool() {
     }
 }
 
+void WorkPool::DropBatch() {
+    for (Queue& queue : queues) {
+        queue.clear();
+    }
+    nextQueue = 0;
+    pending = 0;
+}
+
 void WorkPool::Wait() {
     if (pending == 0) {
         return;
     }
-    std::future<void> done;
     {
         const std::lock_guard lock(mutex);
-        OrDropBatch([&] {
-            finished = std::promise<void>();
-            done = finished.get_future();
-        });
         errors.clear();
         nextQueue = 0;
         running = true;
+        ++batches;
     }
     wakeup.notify_all();
-    done.wait();
+    AwaitFinish();
     const std::lock_guard lock(mutex);
     running = false;
     if (!errors.empty()) {
@@ -49,19 +62,46 @@ void WorkPool::Wait() {
     }
 }
 
-void WorkPool::Work(Queue& queue) {
-    for (;;) {
-        {
-            std::unique_lock lock(mutex);
-            wakeup.wait(lock, [&] { return stop || (running && !queue.empty()); });
-            if (stop) {
-                return;
-            }
+void WorkPool::AwaitFinish() {
+    const auto done = [this] { return pending == 0; };
+    if (!LookOutFor(done)) {
+        std::unique_lock lock(mutex);
+        finished.wait(lock, done);
+    }
+}
+
+// Waits for the condition for a short while, leaving the processor to whoever else can use it.
+template <class Condition>
+bool WorkPool::LookOutFor(const Condition& condition) const {
+    if (!looksOut) {
+        return condition();
+    }
+    const auto end = std::chrono::steady_clock::now() + lookOutTime;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) {
+            return false;
         }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+void WorkPool::Work(Queue& queue) {
+    uint32_t lastBatch = 0;
+    while (AwaitJobs(queue, lastBatch)) {
         const size_t taken = queue.size();
         RunJobs(queue);
         FinishJobs(taken);
     }
+}
+
+// Returns false when the pool is being destroyed.
+bool WorkPool::AwaitJobs(const Queue& queue, uint32_t& lastBatch) {
+    LookOutFor([&] { return batches != lastBatch || stop; });
+    std::unique_lock lock(mutex);
+    wakeup.wait(lock, [&] { return stop || (running && !queue.empty()); });
+    lastBatch = batches;
+    return !stop;
 }
 
 void WorkPool::RunJobs(Queue& queue) {
@@ -77,17 +117,11 @@ void WorkPool::RunJobs(Queue& queue) {
 }
 
 void WorkPool::FinishJobs(size_t count) {
-    if (pending.fetch_sub(count) != count) {
-        return;
+    if (pending.fetch_sub(count) == count) {
+        // Taking the lock makes sure that the owner has either seen the count at 0 or sleeps by now.
+        { const std::lock_guard lock(mutex); }
+        finished.notify_one();
     }
-    // The promise is taken out before it is fulfilled: the next Wait may put a new one in its place while this thread
-    // is still inside set_value.
-    std::promise<void> batch;
-    {
-        const std::lock_guard lock(mutex);
-        batch = std::move(finished);
-    }
-    batch.set_value();
 }
 
 uint32_t WorkerCountFor(uint32_t numThreads) {

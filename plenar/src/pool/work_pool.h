@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <future>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -15,7 +14,8 @@
 namespace plenar {
 
 // The worker threads of one encoder or decoder. The owner's thread fills a batch with Enqueue and runs it with Wait;
-// between batches the workers sleep. Enqueue and Wait belong to one thread at a time.
+// between batches the workers sleep, after a short while of looking out for the next one. Enqueue and Wait belong to
+// one thread at a time.
 class WorkPool {
 public:
     using Job = std::function<void()>;
@@ -45,49 +45,42 @@ private:
     using Queue = std::vector<Job>;
 
     void Work(Queue& queue);
+    bool AwaitJobs(const Queue& queue, uint32_t& lastBatch);
     void RunJobs(Queue& queue);
     void FinishJobs(size_t count);
-    template <class Step>
-    void OrDropBatch(const Step& step);
+    void AwaitFinish();
+    template <class Condition>
+    bool LookOutFor(const Condition& condition) const;
+    void DropBatch();
 
     std::vector<std::thread> workers;
     std::vector<Queue> queues;  // one for each worker; during a batch only its worker touches it
     size_t nextQueue = 0;
-    std::promise<void> finished;
-    std::atomic<size_t> pending{0};
+    std::atomic<size_t> pending{0};    // jobs of the batch that no worker has accounted for yet
+    std::atomic<uint32_t> batches{0};  // released so far; wraps
     std::vector<std::exception_ptr> errors;
     std::mutex mutex;
     std::condition_variable wakeup;
-    bool stop = false;
+    std::condition_variable finished;
+    bool looksOut = false;  // whether threads that wait keep their processor for a while
+    std::atomic<bool> stop{false};
     bool running = false;
 };
 
 template <class Callable>
 void WorkPool::Enqueue(Callable&& job) {
     const std::lock_guard lock(mutex);
-    OrDropBatch([&] {
+    try {
         // Room for every job's failure is made here, so that a worker never has to allocate to report one.
         errors.reserve(pending + 1);
         queues[nextQueue].emplace_back(std::forward<Callable>(job));
-    });
-    nextQueue = (nextQueue + 1) % queues.size();
-    ++pending;
-}
-
-// A step of the calling thread that may run out of memory between the first Enqueue and the release of the batch. The
-// jobs refer to locals of the frame that such a failure unwinds, so they must not stay behind.
-template <class Step>
-void WorkPool::OrDropBatch(const Step& step) {
-    try {
-        step();
     } catch (...) {
-        for (Queue& queue : queues) {
-            queue.clear();
-        }
-        nextQueue = 0;
-        pending = 0;
+        // The jobs refer to locals of the frame that this failure unwinds, so they must not stay behind.
+        DropBatch();
         throw;
     }
+    nextQueue = (nextQueue + 1) % queues.size();
+    ++pending;
 }
 
 // Runs job(0) to job(count - 1) as one batch.
