@@ -1,0 +1,35 @@
+# Checks the shared library's symbols and what it needs: cmake -DLIBRARY=... -DNM=... -DREADELF=... -DSANITIZED=... -P
+set(expected
+    Plenar_CreateDecoder Plenar_CreateEncoder Plenar_DecodeFrame Plenar_DestroyDecoder Plenar_DestroyEncoder
+    Plenar_EncodeFrame Plenar_GetCompressedBufSize Plenar_GetUncompressedBufSize Plenar_GetVersion
+    Plenar_ReadMetadata)
+
+execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
+set(found)
+foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^[^ ]* +. +" "" name "${line}")
+    list(APPEND found "${name}")
+endforeach()
+list(SORT found)
+if(NOT "${found}" STREQUAL "${expected}")
+    message(FATAL_ERROR "exported symbols are\n  ${found}\nand should be\n  ${expected}")
+endif()
+
+execute_process(COMMAND ${READELF} -d ${LIBRARY} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+if(NOT dynamic MATCHES "SONAME[^\n]*\\[libPlenarSDK\\.so\\.2\\]")
+    message(FATAL_ERROR "the library's name is not libPlenarSDK.so.2:\n${dynamic}")
+endif()
+set(allowed "stdc\\+\\+|gcc_s|m|c")
+if(SANITIZED)
+    set(allowed "${allowed}|asan|ubsan|tsan")
+endif()
+string(REGEX MATCHALL "NEEDED[^\n]*" needed "${dynamic}")
+if(NOT needed)
+    message(FATAL_ERROR "no needed libraries found in\n${dynamic}")
+endif()
+foreach(entry IN LISTS needed)
+    if(NOT entry MATCHES "\\[(lib(${allowed})\\.so\\.[0-9]+|ld-linux[^]]*)\\]")
+        message(FATAL_ERROR "the library needs more than the C++ runtime: ${entry}")
+    endif()
+endforeach()

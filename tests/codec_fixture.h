@@ -1,0 +1,171 @@
+// Encoders and decoders with their messages, and buffers that show what was written where.
+#ifndef PLENAR_TESTS_CODEC_FIXTURE_H
+#define PLENAR_TESTS_CODEC_FIXTURE_H
+
+#include <gtest/gtest.h>
+#include <plenar_sdk.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "payload_builder.h"
+#include "sample_model.h"
+
+namespace plenar_test {
+
+// A picture or a payload at any alignment, with marked bytes on both sides. Without a tail the memory ends where the
+// content does, for the address sanitizer to see.
+class Buffer {
+public:
+    Buffer(const Bytes& content, size_t lead, size_t tail)
+        : lead_(lead), size_(content.size()), bytes_(join({Bytes(lead, kMark), content, Bytes(tail, kMark)})) {}
+
+    uint8_t* data() { return bytes_.data() + lead_; }
+    uint32_t size() const { return static_cast<uint32_t>(size_); }
+    Bytes content() const {
+        return {bytes_.begin() + static_cast<std::ptrdiff_t>(lead_),
+                bytes_.begin() + static_cast<std::ptrdiff_t>(lead_ + size_)};
+    }
+    bool guardsIntact() const {
+        const auto marked = [](uint8_t byte) { return byte == kMark; };
+        const auto end = bytes_.begin() + static_cast<std::ptrdiff_t>(lead_ + size_);
+        return std::all_of(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(lead_), marked) &&
+               std::all_of(end, bytes_.end(), marked);
+    }
+
+private:
+    static constexpr uint8_t kMark = 0xA5;
+    size_t lead_;
+    size_t size_;
+    Bytes bytes_;
+};
+
+// "" for equal buffers; says where two differ instead of printing them.
+inline std::string difference(const Bytes& actual, const Bytes& expected) {
+    if (actual.size() != expected.size()) {
+        return "size " + std::to_string(actual.size()) + ", expected " + std::to_string(expected.size());
+    }
+    const auto [a, e] = std::mismatch(actual.begin(), actual.end(), expected.begin());
+    if (a == actual.end()) {
+        return "";
+    }
+    return "byte " + std::to_string(a - actual.begin()) + " of " + std::to_string(actual.size()) + " is " +
+           std::to_string(*a) + ", expected " + std::to_string(*e);
+}
+
+// An object and what its callback was told.
+template <typename Object, auto create, auto destroy>
+class Codec {
+public:
+    explicit Codec(uint32_t threads = 1) {
+        const CreateParams params{sizeof(CreateParams), threads, this, &Codec::take};
+        EXPECT_EQ(create(&params, &object_), 0U);
+    }
+    ~Codec() { destroy(object_); }
+    Codec(const Codec&) = delete;
+    Codec& operator=(const Codec&) = delete;
+
+    Object* get() { return object_; }
+
+    // What came of the call that just returned `code`: "" for success without a message, or its one message, given on
+    // this thread.
+    std::string outcome(uint32_t code) {
+        const std::vector<std::string> messages = std::move(messages_);
+        messages_.clear();
+        if (code == 0 && messages.empty()) {
+            return "";
+        }
+        if (code != 1 || messages.size() != 1) {
+            return "code " + std::to_string(code) + " with " + std::to_string(messages.size()) + " messages";
+        }
+        return thread_ == std::this_thread::get_id() ? messages[0] : "message from another thread";
+    }
+
+private:
+    static void take(const char* message, void* userData) {
+        auto* self = static_cast<Codec*>(userData);
+        self->messages_.emplace_back(message);
+        self->thread_ = std::this_thread::get_id();
+    }
+
+    Object* object_ = nullptr;
+    std::vector<std::string> messages_;
+    std::thread::id thread_;
+};
+
+using TestEncoder = Codec<Encoder, Plenar_CreateEncoder, Plenar_DestroyEncoder>;
+using TestDecoder = Codec<Decoder, Plenar_CreateDecoder, Plenar_DestroyDecoder>;
+
+// One object for each number of workers that the tests use, made when first asked for.
+constexpr std::array<uint32_t, 5> kWorkerCounts{1, 2, 3, 8, 64};
+
+template <typename TestCodec>
+TestCodec& withWorkers(size_t index) {
+    static std::array<std::unique_ptr<TestCodec>, kWorkerCounts.size()> codecs;
+    std::unique_ptr<TestCodec>& codec = codecs.at(index % kWorkerCounts.size());
+    if (!codec) {
+        codec = std::make_unique<TestCodec>(kWorkerCounts.at(index % kWorkerCounts.size()));
+    }
+    return *codec;
+}
+
+struct Frame {
+    std::string message;
+    Bytes bytes = {};
+};
+
+// Encodes into a buffer of the size that the library asks for; on success the payload, cut to what was written.
+inline Frame encode(TestEncoder& encoder, const UncompressedParams& params, const Bytes& picture,
+                    const CompressedParams& compressed = makeCompressed(), uint32_t seed = 1) {
+    Buffer src(picture, 1 + seed % 5, 0);
+    Buffer dst(noise(Plenar_GetCompressedBufSize(&params, &compressed), seed), 1 + seed % 7, seed % 3 * 32);
+    uint32_t written = 0;
+    const uint32_t code = Plenar_EncodeFrame(encoder.get(), &params, &compressed, src.data(), src.size(), dst.data(),
+                                             dst.size(), &written);
+    EXPECT_TRUE(dst.guardsIntact());
+    EXPECT_EQ(difference(src.content(), picture), "");
+    Frame frame{encoder.outcome(code)};
+    if (code == 0) {
+        EXPECT_LE(written, dst.size());
+        frame.bytes = dst.content();
+        frame.bytes.resize(std::min(written, dst.size()));
+    }
+    return frame;
+}
+
+// Decodes over `before`; on success the whole target buffer.
+inline Frame decode(TestDecoder& decoder, const UncompressedParams& params, const Bytes& payload, const Bytes& before,
+                    uint32_t seed = 1) {
+    Buffer src(payload, 1 + seed % 3, 0);
+    Buffer dst(before, 1 + seed % 5, seed % 2 * 48);
+    uint32_t written = 0;
+    const uint32_t code =
+        Plenar_DecodeFrame(decoder.get(), &params, src.data(), src.size(), dst.data(), dst.size(), &written);
+    EXPECT_TRUE(dst.guardsIntact());
+    EXPECT_EQ(difference(src.content(), payload), "");
+    Frame frame{decoder.outcome(code)};
+    if (code == 0) {
+        EXPECT_EQ(written, Plenar_GetUncompressedBufSize(&params));
+        frame.bytes = dst.content();
+    }
+    return frame;
+}
+
+inline Frame readMetadata(TestDecoder& decoder, const Bytes& payload, UncompressedParams& params) {
+    Buffer src(payload, 3, 0);
+    return {decoder.outcome(Plenar_ReadMetadata(decoder.get(), src.data(), src.size(), &params))};
+}
+
+inline Bytes recordBytes(const UncompressedParams& params) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(&params);
+    return {bytes, bytes + sizeof(params)};
+}
+
+}  // namespace plenar_test
+
+#endif

@@ -1,0 +1,330 @@
+// Arguments, sizes and the checks at the head of an encode and a decode.
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <future>
+#include <limits>
+
+#include "codec_fixture.h"
+
+namespace plenar_test {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
+
+constexpr char kOddWidth[] = "Width must be multiple of 2 for 422 and 420 subsampling";
+constexpr char kOddHeight[] = "Height must be multiple of 2 for 420 subsampling";
+constexpr char kAlphaDepth[] = "Only 8 and 16 bit alpha supported for RLE compression";
+constexpr char kSmallSrc[] = "src size is too small";
+constexpr char kSmallDst[] = "dst size is too small";
+constexpr char kUnsupported[] = "combination of color component order and component type is not supported";
+
+std::string smallStride(const std::string& field, uint64_t minimum) {
+    return field + " is too small, it should be at least " + std::to_string(minimum) +
+           " according to uncompressed params";
+}
+
+ptrdiff_t threadCount() {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+}
+
+TEST(Version, GoesToEachPointerAlone) {
+    Plenar_GetVersion(nullptr, nullptr, nullptr, nullptr, nullptr);
+    uint32_t major = 0, minor = 0, patch = 0, build = 0;
+    char stage = 0;
+    Plenar_GetVersion(nullptr, nullptr, &patch, nullptr, nullptr);
+    EXPECT_EQ(patch, 2U);
+    Plenar_GetVersion(&major, &minor, nullptr, &build, &stage);
+    EXPECT_EQ((std::array<uint32_t, 3>{major, minor, build}), (std::array<uint32_t, 3>{2, 5, 39}));
+    EXPECT_EQ(stage, 'r');
+}
+
+TEST(Objects, OwnAsManyThreadsAsAskedFor) {
+    // The thread sanitizer starts a thread of its own with the first one: let that be this.
+    std::promise<void> done;
+    std::thread first([&done] { done.get_future().wait(); });
+    const uint32_t processors = std::thread::hardware_concurrency();
+    const std::pair<uint32_t, uint32_t> counts[] = {{1, 0}, {2, 2}, {5, 5}, {0, processors == 1 ? 0 : processors}};
+    for (const auto& [asked, expected] : counts) {
+        const ptrdiff_t before = threadCount();
+        {
+            TestEncoder encoder(asked);
+            EXPECT_EQ(threadCount() - before, expected);
+            TestDecoder decoder(asked);
+            EXPECT_EQ(threadCount() - before, 2 * expected);
+        }
+        // A joined thread's entry may outlive it by a moment.
+        for (int tries = 0; tries < 1000 && threadCount() != before; ++tries) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        EXPECT_EQ(threadCount(), before);
+    }
+    done.set_value();
+    first.join();
+}
+
+// Pointers first, then the sizes of records; nothing is done, no message given, and no output touched.
+TEST(Arguments, AreCheckedBeforeAnythingElse) {
+    TestEncoder encoder;
+    TestDecoder decoder;
+    const UncompressedParams good = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
+    const CompressedParams goodCompressed = makeCompressed();
+    UncompressedParams unsized = good;
+    unsized.size = (uint64_t{1} << 32) + 36;
+    CompressedParams compressedUnsized = goodCompressed;
+    compressedUnsized.size = 11;
+    const Bytes src = payloadOf(noisePlanes(good, 1));
+    const auto size = static_cast<uint32_t>(src.size());
+    Bytes dst(64, 0x77);
+    uint32_t written = 0x77777777;
+    enum Pointer { Object, Params, Compressed, Src, Dst, None };
+    struct Case {
+        Pointer null;
+        uint32_t encode, decode, metadata;
+    };
+    for (const Case& c : {Case{Object, 2, 2, 2}, Case{Params, 2, 2, 2}, Case{Compressed, 2, 3, 3}, Case{Src, 2, 2, 2},
+                          Case{Dst, 2, 2, 3}, Case{None, 3, 3, 3}}) {
+        SCOPED_TRACE(c.null);
+        Encoder* e = c.null == Object ? nullptr : encoder.get();
+        Decoder* d = c.null == Object ? nullptr : decoder.get();
+        UncompressedParams* u = c.null == Params ? nullptr : &unsized;
+        const CompressedParams* w = c.null == Compressed ? nullptr : &compressedUnsized;
+        const void* s = c.null == Src ? nullptr : src.data();
+        void* t = c.null == Dst ? nullptr : dst.data();
+        EXPECT_EQ(Plenar_EncodeFrame(e, u, w, s, size, t, 64, &written), c.encode);
+        EXPECT_EQ(Plenar_DecodeFrame(d, u, s, size, t, 64, &written), c.decode);
+        EXPECT_EQ(Plenar_ReadMetadata(d, s, size, u), c.metadata);
+    }
+    EXPECT_EQ(Plenar_EncodeFrame(encoder.get(), &good, &compressedUnsized, src.data(), 4, dst.data(), 64, &written),
+              3U);
+    EXPECT_EQ(Plenar_EncodeFrame(encoder.get(), &unsized, &goodCompressed, src.data(), 4, dst.data(), 64, &written),
+              3U);
+    EXPECT_EQ(Plenar_GetCompressedBufSize(nullptr, &goodCompressed), 0U);
+    EXPECT_EQ(Plenar_GetCompressedBufSize(&good, nullptr), 0U);
+    EXPECT_EQ(Plenar_GetCompressedBufSize(&unsized, &goodCompressed), 0U);
+    EXPECT_EQ(Plenar_GetCompressedBufSize(&good, &compressedUnsized), 0U);
+    EXPECT_EQ(Plenar_GetUncompressedBufSize(nullptr), 0U);
+    EXPECT_EQ(Plenar_GetUncompressedBufSize(&unsized), 0U);
+    EXPECT_EQ(dst, Bytes(64, 0x77));
+    EXPECT_EQ(written, 0x77777777U);
+    EXPECT_EQ(encoder.outcome(0), "");
+    EXPECT_EQ(decoder.outcome(0), "");
+
+    const CreateParams create{27, 1, nullptr, nullptr};
+    Encoder* noEncoder = nullptr;
+    Decoder* noDecoder = nullptr;
+    EXPECT_EQ(Plenar_CreateEncoder(&create, nullptr), 2U);
+    EXPECT_EQ(Plenar_CreateDecoder(&create, nullptr), 2U);
+    EXPECT_EQ(Plenar_CreateEncoder(&create, &noEncoder), 3U);
+    EXPECT_EQ(Plenar_CreateDecoder(&create, &noDecoder), 3U);
+    EXPECT_EQ(noEncoder, nullptr);
+    EXPECT_EQ(noDecoder, nullptr);
+    Plenar_DestroyEncoder(nullptr);
+    Plenar_DestroyDecoder(nullptr);
+}
+
+TEST(Arguments, CallbackAndByteCountMayBeLeftOut) {
+    const UncompressedParams params = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
+    const CompressedParams compressed = makeCompressed();
+    const Bytes picture = noise(4, 1);
+    Bytes payload(41);
+    Bytes back(4);
+    Encoder* encoder = nullptr;
+    Decoder* decoder = nullptr;
+    ASSERT_EQ(Plenar_CreateEncoder(nullptr, &encoder), 0U);
+    ASSERT_EQ(Plenar_CreateDecoder(nullptr, &decoder), 0U);
+    EXPECT_EQ(Plenar_EncodeFrame(encoder, &params, &compressed, picture.data(), 3, payload.data(), 41, nullptr), 1U);
+    EXPECT_EQ(Plenar_EncodeFrame(encoder, &params, &compressed, picture.data(), 4, payload.data(), 41, nullptr), 0U);
+    EXPECT_EQ(Plenar_DecodeFrame(decoder, &params, payload.data(), 40, back.data(), 4, nullptr), 1U);
+    EXPECT_EQ(Plenar_DecodeFrame(decoder, &params, payload.data(), 41, back.data(), 4, nullptr), 0U);
+    EXPECT_EQ(back, picture);
+    Plenar_DestroyEncoder(encoder);
+    Plenar_DestroyDecoder(decoder);
+}
+
+TEST(Sizes, OfPicturesAndPayloads) {
+    struct Case {
+        UncompressedParams params;
+        uint32_t uncompressed, compressed;
+        CompressedParams wish = makeCompressed();
+    };
+    const uint32_t half = 0x80000000;
+    const Case cases[] = {
+        {makeParams(2, 1, 1920, 1080), 4147200, 4147237},
+        {makeParams(2, 3, 1920, 1080), 8294400, 5184037},
+        {makeParams(13, 1, 1920, 1080), 5184000, 5184156},
+        {makeParams(1, 1, 3, 1), 8, 44},
+        {makeParams(2, 1, 3, 1), 7, 44},
+        {makeParams(11, 1, 3, 1), 10, 45 + 7 + 37 + 3},
+        {makeParams(2, 5, 1920, 1), 5120, 4837},
+        {makeParams(2, 5, 1921, 1), 5136, 37 + 4804},
+        {makeParams(10, 1, 5, 3), 27, 45 + 15 + 2 * (37 + 6)},
+        {makeParams(13, 2, 4, 4), 80, 45 + 80 + 3 * 37},
+        {makeParams(16, 1, 4, 2, 100, 10), 220, 45 + 16 + 37 + 8},
+        {makeParams(14, 1, 4, 2, 0, 3), 8, 45},
+        {makeParams(2, 1, 0, 5), 0, 37},
+        // What isn't supported has no payload, but a picture of some size.
+        {makeParams(1, 5, 6, 2), 32, 0},
+        {makeParams(15, 5, 6, 2), 56, 0},
+        {makeParams(10, 214, 6, 2), 36, 0},
+        {makeParams(14, 3, 6, 2), 24, 0},
+        {makeParams(0, 1, 6, 2), 0, 0},
+        {makeParams(17, 1, 6, 2, 5), 10, 0},
+        {makeParams(5, 99, 6, 2), 72, 0},
+        {makeParams(half + 5, 1, 6, 2), 0, 0},
+        // Coded alpha takes its bound; other planes aren't affected.
+        {makeParams(14, 1, 4, 4), 16, 37 + 22 + 1659, makeCompressed(1, 1)},
+        {makeParams(14, 1, 4, 4, 7), 28, 37 + 4 * 6 + 1659, makeCompressed(1)},
+        {makeParams(14, 2, 3, 5), 30, 37 + 22 + 15 + 1659, makeCompressed(255, 2)},
+        {makeParams(14, 1, 4, 0), 0, 37 + 1659, makeCompressed(1)},
+        {makeParams(3, 2, 4, 0), 0, 45 + 37 + 1659, makeCompressed(1, 255)},
+        {makeParams(5, 1, 4, 1), 12, 49, makeCompressed(1)},
+        {makeParams(7, 3, 4, 1), 32, 37 + 15, makeCompressed(1)},
+        {makeParams(14, 1, half, 2), 0, 37 + 1659, makeCompressed(1, 1)},
+        // Sums and products that don't fit are cut to 32 bits.
+        {makeParams(2, 5, 1U << 28, 1), 5, 671088677},
+        {makeParams(2, 5, kMax - 1, 7), 0, 37 + 7 * 1073741819U},
+        {makeParams(14, 1, kMax, kMax), 1, 38},
+        {makeParams(14, 1, kMax - 20, 1), kMax - 20, 16},
+        {makeParams(7, 7, 1U << 30, 1U << 30), 0, 37},
+        {makeParams(2, 1, half, 5), 0, 37},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - std::begin(cases));
+        EXPECT_EQ(Plenar_GetUncompressedBufSize(&c.params), c.uncompressed);
+        EXPECT_EQ(Plenar_GetCompressedBufSize(&c.params, &c.wish), c.compressed);
+    }
+}
+
+// The checks come in this order: each case breaks the named rule and others that come later.
+TEST(Encode, RefusesWithTheFirstBrokenRule) {
+    struct Case {
+        UncompressedParams params;
+        uint32_t srcSize, dstSize;
+        std::string message;
+        CompressedParams wish = makeCompressed();
+    };
+    const CompressedParams coded = makeCompressed(1);
+    const Case cases[] = {
+        {makeParams(11, 3, 3, 2), 0, 0, kAlphaDepth, coded},
+        {makeParams(14, 7, 3, 2), 0, 0, kAlphaDepth, coded},
+        {makeParams(16, 214, 3, 2), 0, 0, kAlphaDepth, makeCompressed(128)},
+        {makeParams(1, 1, 3, 2, 1), 0, 0, kOddWidth},
+        {makeParams(2, 1, 3, 2, 1), 0, 0, kOddWidth, coded},
+        {makeParams(10, 1, 3, 3, 1), 0, 0, kOddWidth},
+        {makeParams(11, 1, 3, 2), 0, 0, kOddWidth},
+        {makeParams(15, 1, 3, 2), 0, 0, kOddWidth},
+        {makeParams(16, 3, 3, 2), 0, 0, kOddWidth},
+        {makeParams(13, 99, 4, 3, 1), 0, 0, kOddHeight},
+        {makeParams(10, 5, 4, 3), 0, 0, kOddHeight},
+        {makeParams(7, 7, 3, 3, 47), 0, 0, smallStride("rowBytes", 48)},
+        {makeParams(2, 5, 8, 2, 31), 0, 0, smallStride("rowBytes", 32)},
+        {makeParams(13, 2, 4, 2, 7, 3), 0, 0, smallStride("rowBytes", 8)},
+        {makeParams(13, 2, 4, 2, 8, 3), 0, 0, smallStride("rowBytes2", 4)},
+        {makeParams(14, 99, 4, 2, 7), 0, 0, smallStride("rowBytes", 8)},
+        {makeParams(15, 2, 4, 2, 0, 7), 0, 0, smallStride("rowBytes2", 8)},
+        {makeParams(7, 7, kMax, 1, kMax), 0, 0, smallStride("rowBytes", uint64_t{16} * kMax)},
+        {makeParams(14, 1, 4, 2, 9, 1), 17, 0, kSmallSrc},
+        {makeParams(17, 1, 4, 2, 9), 17, 0, kSmallSrc},
+        {makeParams(17, 1, 4, 2), 0, 0, kUnsupported},
+        {makeParams(0, 1, 4, 2), 0, 0, kUnsupported},
+        {makeParams(1, 0, 4, 2), 32, 0, kUnsupported},
+        {makeParams(1, 5, 4, 2), 64, 0, kUnsupported},
+        {makeParams(10, 214, 4, 2), 64, 0, kUnsupported},
+        {makeParams(14, 3, 4, 2), 64, 0, kUnsupported},
+        {makeParams(2, 1, 4, 2), 16, 52, kSmallDst},
+        {makeParams(14, 1, 4, 4), 16, 37 + 22 + 1658, kSmallDst, makeCompressed(1, 1)},
+        // Pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
+        {makeParams(2, 5, 1U << 28, 1), 64, 64, kSmallSrc},
+        {makeParams(2, 5, 1U << 28, 1, 64), 64, 64, kSmallSrc},
+        {makeParams(2, 5, kMax - 1, 7), 64, 64, kSmallSrc},
+        {makeParams(14, 1, kMax, kMax), 64, 64, kSmallSrc},
+        {makeParams(7, 7, 1U << 30, 1U << 30), 64, 64, kSmallSrc},
+        {makeParams(13, 7, kMax - 1, kMax - 1), kMax, kMax, kSmallSrc},
+        {makeParams(14, 1, kMax - 20, 1), kMax, kMax, kSmallDst},
+        {makeParams(7, 1, 1073741804, 1), kMax, kMax, kSmallDst},
+        {makeParams(7, 1, 32768, 32767), kMax, kMax, kSmallDst, coded},
+    };
+    TestEncoder encoder(2);
+    Bytes memory(4096, 0x77);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - std::begin(cases));
+        uint32_t written = 7;
+        // The largest sizes are claims: a refused frame's memory isn't touched.
+        EXPECT_EQ(encoder.outcome(Plenar_EncodeFrame(encoder.get(), &c.params, &c.wish, memory.data(), c.srcSize,
+                                                     memory.data() + 2048, c.dstSize, &written)),
+                  c.message);
+        EXPECT_EQ(written, 7U);
+        EXPECT_EQ(memory, Bytes(4096, 0x77));
+        EXPECT_EQ(encode(encoder, makeParams(1, 1, 4, 2), noise(16, 1)).message, "");
+    }
+}
+
+TEST(Decode, RefusesWithTheFirstBrokenRule) {
+    struct Case {
+        UncompressedParams params;
+        uint32_t dstSize;
+        std::string message;
+        bool badPayload = false;
+    };
+    const Case cases[] = {
+        {makeParams(2, 1, 4, 2, 7), 0, smallStride("rowBytes", 8), true},
+        {makeParams(1, 1, 3, 2, 7), 0, smallStride("rowBytes", 8), true},
+        {makeParams(10, 1, kMax, kMax, 0, 1), 0, smallStride("rowBytes2", 0x80000000), true},
+        {makeParams(16, 1, 4, 2, 0, 3), 0, smallStride("rowBytes2", 4), true},
+        {makeParams(2, 1, 4, 2), 15, kSmallDst, true},
+        {makeParams(16, 1, 4, 2), 23, kSmallDst, true},
+        {makeParams(13, 1, 5, 3), 41, kSmallDst, true},
+        {makeParams(2, 5, 1U << 28, 1), 64, kSmallDst, true},
+        {makeParams(14, 1, kMax, kMax), 64, kSmallDst, true},
+        {makeParams(7, 7, 1U << 30, 1U << 30), 64, kSmallDst, true},
+        {makeParams(2, 3, 5, 3), 128, "buffer size should be at least 8", true},
+        {makeParams(2, 3, 5, 3), 128, "width in src metadata is different than width in uncompressed params"},
+        {makeParams(14, 1, 4, 3), 64, "height in src metadata is different than height in uncompressed params"},
+        {makeParams(17, 3, 4, 2), 64, "bit depth in src metadata is different than bit depth in uncompressed params"},
+        {makeParams(2, 1, 4, 2), 64, ""},
+        {makeParams(2, 1, 4, 2), 16, ""},
+    };
+    TestDecoder decoder(2);
+    const Bytes payload = payloadOf(noisePlanes(makeParams(11, 1, 4, 2), 1));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - std::begin(cases));
+        EXPECT_EQ(decode(decoder, c.params, c.badPayload ? Bytes(7) : payload, Bytes(c.dstSize)).message, c.message);
+        EXPECT_EQ(decode(decoder, makeParams(2, 1, 4, 2), payload, Bytes(16)).message, "");
+    }
+}
+
+// A frame without rows has no samples, however wide it is and however many workers wait for some.
+TEST(EmptyFrames, PassForAnyWidthAndWorkerCount) {
+    for (size_t workers = 0; workers < kWorkerCounts.size(); ++workers) {
+        for (const auto& [order, type] : allPairs()) {
+            for (const uint32_t width : {0U, 6U, kMax - 1}) {
+                const UncompressedParams params = makeParams(order, type, width, 0);
+                const Bytes expected = payloadOf(noisePlanes(params, 0));
+                SCOPED_TRACE(::testing::Message() << "order " << order << " type " << type << " width " << width);
+                const Frame payload = encode(withWorkers<TestEncoder>(workers), params, {});
+                EXPECT_EQ(payload.message, "");
+                EXPECT_EQ(difference(payload.bytes, expected), "");
+                EXPECT_EQ(decode(withWorkers<TestDecoder>(workers), params, expected, {}).message,
+                          decodeRefusal(noisePlanes(params, 0), order, type));
+            }
+        }
+    }
+}
+
+TEST(WorkedExample, ComesOutByteForByte) {
+    const UncompressedParams params = makeParams(plenar::CbYACrYA, plenar::Uint8, 4, 2);
+    const Bytes picture{1, 2, 91, 3, 4, 92, 5, 6, 93, 7, 8, 94, 11, 12, 95, 13, 14, 96, 15, 16, 97, 17, 18, 98};
+    const Bytes expected = letters(
+        "\x6A\0\0\0pack"
+        "\x35\0\0\0icmp\x15\0\0\0sinf\4\0\0\0\2\0\0\0y208\0\x18\0\0\0sdat\1\2\3\4\5\6\7\10\13\14\15\16\17\20\21\22"
+        "\x2D\0\0\0icmp\x15\0\0\0sinf\4\0\0\0\2\0\0\0 a08\0\x10\0\0\0sdat[\\]^_`ab"s);
+    EXPECT_EQ(encode(withWorkers<TestEncoder>(0), params, picture).bytes, expected);
+    EXPECT_EQ(decode(withWorkers<TestDecoder>(0), params, expected, Bytes(24)).bytes, picture);
+}
+
+}  // namespace
+}  // namespace plenar_test

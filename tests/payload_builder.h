@@ -1,0 +1,87 @@
+// Builds payloads by hand, box by box, right ones and wrong ones.
+#ifndef PLENAR_TESTS_PAYLOAD_BUILDER_H
+#define PLENAR_TESTS_PAYLOAD_BUILDER_H
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace plenar_test {
+
+using Bytes = std::vector<uint8_t>;
+
+inline Bytes join(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+inline Bytes littleEndian(uint32_t value) {
+    return {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value >> 16),
+            static_cast<uint8_t>(value >> 24)};
+}
+
+inline Bytes letters(const std::string& code) {
+    return {code.begin(), code.end()};
+}
+
+// A box with its true size, or with the one that is stated for it.
+inline Bytes box(const std::string& kind, const Bytes& content, std::optional<uint32_t> size = {}) {
+    return join({littleEndian(size.value_or(static_cast<uint32_t>(content.size()) + 8)), letters(kind), content});
+}
+
+struct Plane {
+    std::string code;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    uint8_t layout = 0;
+    Bytes data = {};
+};
+
+// The description of a plane; 20 bytes leave the layout out, more than 21 add bytes that mean nothing.
+inline Bytes sinf(const Plane& plane, uint32_t size = 21) {
+    Bytes content = join({littleEndian(plane.width), littleEndian(plane.height), letters(plane.code), {plane.layout}});
+    content.resize(size - 8, 0xEE);
+    return box("sinf", content);
+}
+
+inline Bytes sdat(const Plane& plane) {
+    return box("sdat", plane.data);
+}
+
+inline Bytes icmp(const Plane& plane, const Bytes& tail = {}) {
+    return box("icmp", join({sinf(plane), sdat(plane), tail}));
+}
+
+inline Bytes pack(std::initializer_list<Bytes> boxes) {
+    return box("pack", join(boxes));
+}
+
+// The payload as an encoder lays it out.
+inline Bytes payloadOf(const std::vector<Plane>& planes) {
+    if (planes.size() == 1) {
+        return pack({sinf(planes[0]), sdat(planes[0])});
+    }
+    Bytes boxes;
+    for (const Plane& plane : planes) {
+        boxes = join({boxes, icmp(plane)});
+    }
+    return box("pack", boxes);
+}
+
+// Where the data of a plane begins in that payload.
+inline size_t dataOffset(const std::vector<Plane>& planes, size_t index) {
+    size_t offset = planes.size() == 1 ? 37 : 45;
+    for (size_t k = 0; k < index; ++k) {
+        offset += planes[k].data.size() + 37;
+    }
+    return offset;
+}
+
+}  // namespace plenar_test
+
+#endif

@@ -1,0 +1,324 @@
+// Payloads built by hand: what is refused and with which words, and what is read all the same.
+#include <algorithm>
+#include <numeric>
+
+#include "codec_fixture.h"
+
+namespace plenar_test {
+namespace {
+
+constexpr char kNoPlanes[] = "at least one 'sinf' and one 'sdat' box expected";
+constexpr char kBadSet[] = "Invalid combination of planes";
+constexpr char kSecondBare[] = "only single 'sinf' box allowed outside of 'icmp' box";
+constexpr char kDepths[] = "planes with different bitdepth is not supported by this decoder";
+constexpr char kLayouts[] = "planes with different frame layout is not supported by this decoder";
+constexpr char kAlphaSize[] = "Alpha plane with different width or height is not supported by this decoder";
+constexpr char kCbSize[] = "Cb plane width and hight should be half of luma";
+constexpr char kCrSize[] = "Cr plane width and hight should be half of luma";
+
+std::string noHeaderAt(uint64_t offset) {
+    return "can't read box header(8 bytes) at offset " + std::to_string(offset);
+}
+
+// A plane with enough data for every code that stands for no more than 4 bytes a pixel.
+Plane plane(const std::string& code, uint32_t width = 4, uint32_t height = 2, uint8_t layout = 0) {
+    return {code, width, height, layout, Bytes(size_t{4} * width * height, 0x5C)};
+}
+
+// Both readers refuse the payload with these words, and the object reads a good one after it.
+void expectRefused(TestDecoder& decoder, const Bytes& payload, const std::string& message) {
+    const UncompressedParams wanted = makeParams(plenar::CbYCrY, plenar::Uint8, 4, 2);
+    const Bytes good = payloadOf(noisePlanes(wanted, 3));
+    UncompressedParams read = makeParams(9, 9, 9, 9, 9, 9, 9);
+    EXPECT_EQ(readMetadata(decoder, payload, read).message, message);
+    EXPECT_EQ(recordBytes(read), recordBytes(makeParams(9, 9, 9, 9, 9, 9, 9)));
+    EXPECT_EQ(decode(decoder, wanted, payload, Bytes(64)).message, message);
+    EXPECT_EQ(readMetadata(decoder, good, read).message, "");
+    EXPECT_EQ(decode(decoder, wanted, good, Bytes(16)).message, "");
+}
+
+TEST(Reader, RefusesWithTheExactMessage) {
+    const Plane y208{"y208", 4, 2, 0, Bytes(16, 0x11)};
+    const Plane wide{"y208", 0xFFFFFFFF, 0xFFFFFFFF, 0, Bytes(16)};
+    const Bytes good = payloadOf({y208});
+    const Bytes pair = join({sinf(y208), sdat(y208)});
+    const Bytes described = sinf(y208);
+    const Bytes fields(described.begin() + 8, described.end());
+    const Bytes twelve(fields.begin(), fields.begin() + 12);
+    Plane shortData = y208;
+    shortData.data.pop_back();
+    struct Case {
+        std::string name;
+        Bytes payload;
+        std::string message;
+    };
+    const Case cases[] = {
+        {"nothing", {}, "buffer size should be at least 8"},
+        {"half a header", Bytes(good.begin(), good.begin() + 7), "buffer size should be at least 8"},
+        {"another box first", pair, "'pack' box expected at offset 4"},
+        {"pack beyond the buffer", box("pack", pair, 54), "pack box size(54) is greater than buffer size(53)"},
+        {"largest pack", box("pack", pair, 0xFFFFFFFF), "pack box size(4294967295) is greater than buffer size(53)"},
+        {"empty pack", box("pack", {}), kNoPlanes},
+        {"pack of size 0", box("pack", pair, 0), kNoPlanes},
+        {"pack too short for a box", box("pack", pair, 15), kNoPlanes},
+        {"unknown boxes only", pack({box("junk", Bytes(20)), box("pack", {}), sdat(y208)}), kNoPlanes},
+        {"unknown box without end", pack({box("junk", {}, 0xFFFFFFFF), pair}), kNoPlanes},
+        {"empty icmp at the end", pack({box("icmp", {})}), noHeaderAt(16)},
+        {"sdat first in icmp", pack({box("icmp", join({sdat(y208), sinf(y208)}))}), "'sinf' box expected at offset 20"},
+        {"unknown box in icmp", pack({box("icmp", join({box("junk", {}), pair}))}), "'sinf' box expected at offset 20"},
+        {"short sinf", pack({box("sinf", fields, 19), sdat(y208)}),
+         "sinf box size expected to be at least 20 bytes at offset 8"},
+        {"short sinf in icmp", pack({box("icmp", join({box("sinf", fields, 0), sdat(y208)}))}),
+         "sinf box size expected to be at least 20 bytes at offset 16"},
+        {"layout 2", payloadOf({plane("y208", 4, 2, 2)}), "Undefined value of frame layout: 2"},
+        {"layout 255", payloadOf({plane("y208", 4, 2, 255)}), "Undefined value of frame layout: 255"},
+        {"sinf fields beyond the pack", pack({box("sinf", {}, 21)}), noHeaderAt(29)},
+        {"sinf fields outside the pack", box("pack", pair, 16), noHeaderAt(29)},
+        {"sinf layout outside the pack", box("pack", pair, 28), noHeaderAt(29)},
+        {"20 bytes of sinf outside the pack", box("pack", join({box("sinf", twelve, 20), sdat(y208)}), 27),
+         noHeaderAt(28)},
+        {"long sinf cut off", pack({box("sinf", {}, 1000)}), noHeaderAt(1008)},
+        {"sinf at the end", pack({sinf(y208)}), noHeaderAt(29)},
+        {"20 bytes of sinf at the end", pack({sinf(y208, 20)}), noHeaderAt(28)},
+        {"sinf past the end", pack({box("sinf", fields, 0xFFFFFFFF), sdat(y208)}), noHeaderAt(4294967303)},
+        {"no sdat behind sinf", pack({sinf(y208), box("junk", Bytes(24)), sdat(y208)}),
+         "'sdat' box expected at offset 33"},
+        {"two sinf", pack({sinf(y208), sinf(y208), sdat(y208)}), "'sdat' box expected at offset 33"},
+        {"sdat too small", payloadOf({shortData}), "'sdat' box size expected to be at least 24 at offset 29"},
+        {"sdat of size 0", pack({sinf(y208), box("sdat", y208.data, 0)}),
+         "'sdat' box size expected to be at least 24 at offset 29"},
+        {"sdat far too small", payloadOf({wide}),
+         "'sdat' box size expected to be at least 18446744065119617033 at offset 29"},
+        {"empty coded plane", payloadOf({{"rl08", 4, 2}}), "'sdat' box size expected to be at least 9 at offset 29"},
+        {"sdat cut off", pack({sinf(y208), box("sdat", shortData.data, 24)}), "can't read 24 bytes at offset 37"},
+        {"empty coded plane cut off", pack({sinf({"rl16", 4, 2}), box("sdat", {}, 9)}),
+         "can't read 9 bytes at offset 37"},
+        {"two bare pairs", pack({pair, pair}), kSecondBare},
+        {"bare pair behind icmp", pack({icmp(y208), pair}), kSecondBare},
+        {"unknown code", payloadOf({plane("y209")}), kBadSet},
+        {"unknown code without data", payloadOf({{"    ", 9, 9}}), kBadSet},
+        {"code backwards", payloadOf({plane("h2y ")}), kBadSet},
+        {"a code twice", payloadOf({y208, y208}), kBadSet},
+        {"two pictures", payloadOf({plane("y208"), plane("rg08")}), kBadSet},
+        {"chroma alone", payloadOf({plane("cb08")}), kBadSet},
+        {"luma alone", payloadOf({plane(" y08")}), kBadSet},
+        {"no Cr", payloadOf({plane(" y08"), plane("cb08", 2, 1), plane(" a08")}), kBadSet},
+        {"two alphas", payloadOf({y208, plane(" a08"), plane("rl08")}), kBadSet},
+        {"five planes", payloadOf({plane(" y08"), plane("cb08"), plane("cr08"), plane(" a08"), plane("rl08")}),
+         kBadSet},
+        {"icmp below 8 ends the walk",
+         pack({box("icmp", join({sinf(plane(" y08")), sdat(plane(" y08"))}), 7), icmp(plane("cb08", 2, 1)),
+               icmp(plane("cr08", 2, 1))}),
+         kBadSet},
+        {"alpha of another depth", payloadOf({y208, plane(" a16")}), kDepths},
+        {"chroma of another layout", payloadOf({plane(" y08"), plane("cb08", 2, 1, 1), plane("cr08", 2, 1)}), kLayouts},
+        {"alpha of another layout", payloadOf({y208, plane(" a08", 4, 2, 1)}), kLayouts},
+        {"alpha of another width", payloadOf({y208, plane(" a08", 3, 2)}), kAlphaSize},
+        {"alpha of another height, in front", payloadOf({plane(" a08", 4, 3), y208}), kAlphaSize},
+        {"Cb width", payloadOf({plane(" y08"), plane("cb08", 4, 1), plane("cr08", 2, 1)}), kCbSize},
+        {"Cb height", payloadOf({plane("cr08", 2, 1), plane("cb08", 2, 2), plane(" y08")}), kCbSize},
+        {"Cr width, rounded down", payloadOf({plane(" y08", 5, 3), plane("cb08", 3, 2), plane("cr08", 2, 2)}), kCrSize},
+        {"Cr height", payloadOf({plane(" y08"), plane("cb08", 2, 1), plane("cr08", 2, 3), plane(" a08")}), kCrSize},
+        {"planar alpha", payloadOf({plane(" y08"), plane("cb08", 2, 1), plane("cr08", 2, 1), plane(" a08", 2, 1)}),
+         kAlphaSize},
+    };
+    TestDecoder decoder(2);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        expectRefused(decoder, c.payload, c.message);
+    }
+}
+
+// An alpha plane fits every integer picture's set of planes, but only one of the same depth can be read.
+TEST(Reader, TakesAlphaOfThePicturesOwnDepthAlone) {
+    TestDecoder decoder;
+    for (const auto& [order, type] : allPairs()) {
+        if (hasAlpha(order)) {
+            continue;
+        }
+        const bool integer = type != plenar::Half16 && type != plenar::Float32 && type != plenar::Fixed2p14;
+        for (const std::string code : {" a08", " a16", "rl08", "rl16"}) {
+            std::vector<Plane> planes = noisePlanes(makeParams(order, type, 4, 2), 1);
+            planes.push_back(plane(code));
+            UncompressedParams read = makeParams(0, 0, 0, 0);
+            const bool sameDepth = typeBits(type) == (code[3] == '8' ? 8 : 16);
+            EXPECT_EQ(readMetadata(decoder, payloadOf(planes), read).message, !integer    ? kBadSet
+                                                                              : sameDepth ? ""
+                                                                                          : kDepths)
+                << planes[0].code << " with " << code;
+        }
+    }
+    for (const std::string code : {"rl08", "rl16"}) {
+        UncompressedParams read = makeParams(0, 0, 0, 0);
+        EXPECT_EQ(readMetadata(decoder, payloadOf({plane(code)}), read).message, "");
+        EXPECT_EQ(recordBytes(read), recordBytes(makeParams(plenar::AlphaOnly, code == "rl08" ? 1 : 2, 4, 2)));
+    }
+}
+
+class TolerantReader : public ::testing::Test {
+protected:
+    UncompressedParams params_ = makeParams(plenar::YCbCrA420Planar, plenar::Uint8, 6, 4);
+    std::vector<Plane> planes_ = noisePlanes(params_, 11);
+    TestDecoder decoder_{3};
+
+    // The payload gives the same metadata and the same picture as one that an encoder would have laid out.
+    void expectSameAs(const UncompressedParams& params, const std::vector<Plane>& planes, const Bytes& payload) {
+        Bytes expected(pictureSize(params));
+        decodeInto(params, planes, payloadOf(planes), expected);
+        UncompressedParams read = makeParams(0, 0, 0, 0);
+        EXPECT_EQ(readMetadata(decoder_, payload, read).message, "");
+        EXPECT_EQ(recordBytes(read), recordBytes(params));
+        const Frame picture = decode(decoder_, params, payload, Bytes(expected.size()));
+        EXPECT_EQ(picture.message, "");
+        EXPECT_EQ(difference(picture.bytes, expected), "");
+    }
+    void expectSame(const Bytes& payload) { expectSameAs(params_, planes_, payload); }
+};
+
+TEST_F(TolerantReader, TakesPlanesInAnyOrder) {
+    std::array<size_t, 4> order{0, 1, 2, 3};
+    do {
+        SCOPED_TRACE(::testing::PrintToString(order));
+        expectSame(payloadOf({planes_[order[0]], planes_[order[1]], planes_[order[2]], planes_[order[3]]}));
+    } while (std::next_permutation(order.begin(), order.end()));
+}
+
+TEST_F(TolerantReader, TakesTheAlternativeSpellings) {
+    struct Spelling {
+        uint32_t order, type;
+        std::vector<std::string> codes;
+    };
+    const Spelling spellings[] = {
+        {plenar::CbYCrY, plenar::Half16, {"  h2"}},
+        {plenar::CbYCrY, plenar::Float32, {"  f2"}},
+        {plenar::CbYCr, plenar::Half16, {"  h4"}},
+        {plenar::CbYCr, plenar::Float32, {"  f4"}},
+        {plenar::RGB, plenar::Half16, {"rg h"}},
+        {plenar::RGB, plenar::Float32, {"rg f"}},
+        {plenar::YCbCr420Planar, plenar::Half16, {"  yh", "cb h", "cr h"}},
+        {plenar::YCbCr420Planar, plenar::Float32, {"  yf", "cb f", "cr f"}},
+    };
+    for (const Spelling& spelling : spellings) {
+        const UncompressedParams params = makeParams(spelling.order, spelling.type, 6, 4);
+        const std::vector<Plane> planes = noisePlanes(params, 5);
+        std::vector<Plane> spelled = planes;
+        for (size_t k = 0; k < planes.size(); ++k) {
+            spelled[k].code = spelling.codes[k];
+        }
+        SCOPED_TRACE(spelling.codes[0]);
+        expectSameAs(params, planes, payloadOf(spelled));
+    }
+}
+
+TEST_F(TolerantReader, TakesBoxesThatNoEncoderWrites) {
+    const Bytes junk = box("junk", Bytes(13, 0x73));
+    const Bytes stopped = box("\1\2\3\4", {}, 0);
+    const Bytes y = icmp(planes_[0]);
+    const Bytes cb = icmp(planes_[1]);
+    const Bytes cr = icmp(planes_[2]);
+    const Bytes a = icmp(planes_[3]);
+    const Bytes alphaPair = join({sinf(planes_[3]), sdat(planes_[3])});
+    Plane longer = planes_[1];
+    longer.data.resize(longer.data.size() + 5, 0xEE);
+    const Bytes whole = payloadOf(planes_);
+    struct Case {
+        std::string name;
+        Bytes payload;
+    };
+    const Case cases[] = {
+        {"unknown boxes all around", pack({junk, y, stopped, cb, junk, junk, cr, a, junk})},
+        {"planes in a second pack are none", pack({y, cb, cr, a, box("pack", a)})},
+        {"sdat without sinf", pack({sdat(planes_[2]), y, cb, cr, a})},
+        {"less than a header behind the planes", pack({y, cb, cr, a, Bytes(7, 0xEE)})},
+        {"box without end behind the planes", pack({y, cb, cr, a, box("junk", {}, 0xFFFFFFF0)})},
+        {"tails in icmp", pack({icmp(planes_[0], junk), icmp(planes_[1], {1}), icmp(planes_[2], a), a})},
+        {"sinf of 20 bytes", pack({box("icmp", join({sinf(planes_[0], 20), sdat(planes_[0])})), cb, cr, a})},
+        {"sinf of 40 bytes", pack({y, cb, box("icmp", join({sinf(planes_[2], 40), sdat(planes_[2])})), a})},
+        {"bare pair, then icmp", pack({alphaPair, y, cb, cr})},
+        {"larger sdat", pack({y, icmp(longer), cr, a})},
+        {"larger sdat, past the end",
+         pack({y, cb, cr, box("icmp", join({sinf(planes_[3]), box("sdat", planes_[3].data, 0xFFFFFFFF)}))})},
+        {"icmp smaller than its planes", pack({box("icmp", join({sinf(planes_[0]), sdat(planes_[0])}), 8), cb,
+                                               box("icmp", join({sinf(planes_[2]), sdat(planes_[2])}), 30), a})},
+        {"last icmp below 8", pack({y, cb, cr, box("icmp", alphaPair, 0)})},
+        {"bytes behind the payload", join({whole, whole, {1, 2, 3}})},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        expectSame(c.payload);
+    }
+}
+
+TEST(Reader, HandlesEveryTruncation) {
+    const UncompressedParams params = makeParams(plenar::CbYACrYA, plenar::Uint8, 4, 2);
+    const Bytes whole = payloadOf(noisePlanes(params, 2));
+    ASSERT_EQ(whole.size(), 106U);
+    const std::pair<uint32_t, std::string> steps[] = {
+        {8, "buffer size should be at least 8"},   {16, kNoPlanes}, {24, noHeaderAt(16)}, {45, noHeaderAt(37)},
+        {61, "can't read 24 bytes at offset 45"},  {69, ""},        {77, noHeaderAt(69)}, {98, noHeaderAt(90)},
+        {106, "can't read 16 bytes at offset 98"},
+    };
+    TestDecoder decoder;
+    for (uint32_t size = 0; size < whole.size(); ++size) {
+        SCOPED_TRACE(size);
+        const Bytes cut(whole.begin(), whole.begin() + size);
+        UncompressedParams read = makeParams(0, 0, 0, 0);
+        EXPECT_EQ(readMetadata(decoder, cut, read).message,
+                  size < 8 ? "buffer size should be at least 8"
+                           : "pack box size(106) is greater than buffer size(" + std::to_string(size) + ")");
+        // The same with a pack box that tells the true size: up to the alpha plane's box it is a frame without alpha.
+        Bytes closed = cut;
+        std::copy_n(littleEndian(size).begin(), std::min<size_t>(size, 4), closed.begin());
+        const std::string& message = std::find_if(std::begin(steps), std::end(steps), [&](const auto& step) {
+                                         return size < step.first;
+                                     })->second;
+        EXPECT_EQ(readMetadata(decoder, closed, read).message, message);
+        EXPECT_EQ(decode(decoder, params, closed, Bytes(24)).message,
+                  message.empty() ? "src metadata type is incompatible with color component order or component type"
+                                  : message);
+        EXPECT_EQ(decode(decoder, makeParams(plenar::YCbYCr, plenar::Uint8, 4, 2), closed, Bytes(16)).message, message);
+    }
+}
+
+// Damage to any field of the boxes: a refusal with one message or a picture, and no byte touched outside the buffers.
+TEST(Reader, SurvivesDamagedHeaders) {
+    TestDecoder decoder(2);
+    constexpr std::array<uint32_t, 12> kValues{0,  1,   7,          8,          9,          19,
+                                               21, 255, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF8, 0xFFFFFFFF};
+    for (const auto& [order, type] : {std::pair{13U, 1U}, {13U, 2U}, {11U, 1U}, {7U, 2U}, {1U, 3U}, {2U, 5U}}) {
+        const UncompressedParams params = makeParams(order, type, 6, 4);
+        const std::vector<Plane> planes = noisePlanes(params, 9);
+        const Bytes whole = payloadOf(planes);
+        size_t refused = 0;
+        size_t done = 0;
+        for (size_t k = 0; k < planes.size(); ++k) {
+            for (size_t offset = k == 0 ? 0 : dataOffset(planes, k) - 37; offset < dataOffset(planes, k); ++offset) {
+                for (const uint32_t value : kValues) {
+                    Bytes damaged = whole;
+                    std::copy_n(littleEndian(value).begin(), std::min<size_t>(4, whole.size() - offset),
+                                damaged.begin() + static_cast<std::ptrdiff_t>(offset));
+                    UncompressedParams read = params;
+                    const bool readable = readMetadata(decoder, damaged, read).message.empty();
+                    const Frame picture = decode(decoder, params, damaged, Bytes(pictureSize(params)));
+                    ASSERT_TRUE(readable || !picture.message.empty()) << "offset " << offset << " value " << value;
+                    ++(picture.message.empty() ? done : refused);
+                }
+            }
+        }
+        EXPECT_GT(refused, done);
+        EXPECT_GT(done, 0U);
+    }
+}
+
+// Row samples are counted in 32 bits, so this plane takes no bytes; a picture of that width would take 4 GiB a row.
+TEST(Reader, WrappedRowsAreReportedAndNotDecoded) {
+    TestDecoder decoder;
+    const Bytes payload = payloadOf({{"y208", 0x80000000, 5}});
+    UncompressedParams read = makeParams(0, 0, 0, 0);
+    EXPECT_EQ(readMetadata(decoder, payload, read).message, "");
+    EXPECT_EQ(uint32_t{read.width}, 0x80000000U);
+    EXPECT_EQ(decode(decoder, read, payload, Bytes(64)).message, "dst size is too small");
+}
+
+}  // namespace
+}  // namespace plenar_test

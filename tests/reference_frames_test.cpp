@@ -1,0 +1,115 @@
+// Frames with known checksums of their payloads and decodes, from a table.
+#include <zlib.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "codec_fixture.h"
+
+namespace plenar_test {
+namespace {
+
+struct ReferenceFrame {
+    uint32_t number, order, type, width, height, rowBytes, rowBytes2, frameLayout, alphaRle, alphaBandLimit;
+    std::string content;
+    uint32_t seed, srcBytes, compressedBufSize, payloadBytes;
+    std::string payloadCrc32;
+    uint32_t metadataCode, metadataOrder, metadataType, decodeCode;
+    std::string decodedCrc32;
+};
+
+std::vector<ReferenceFrame> frames(bool codedAlpha) {
+    std::ifstream file(PLENAR_TEST_DATA "/frames.tsv");
+    std::vector<ReferenceFrame> all;
+    std::string line;
+    std::getline(file, line);
+    while (std::getline(file, line)) {
+        std::istringstream fields(line);
+        ReferenceFrame f;
+        fields >> f.number >> f.order >> f.type >> f.width >> f.height >> f.rowBytes >> f.rowBytes2 >> f.frameLayout >>
+            f.alphaRle >> f.alphaBandLimit >> f.content >> f.seed >> f.srcBytes >> f.compressedBufSize >>
+            f.payloadBytes >> f.payloadCrc32 >> f.metadataCode >> f.metadataOrder >> f.metadataType >> f.decodeCode >>
+            f.decodedCrc32;
+        EXPECT_FALSE(fields.fail()) << line;
+        if ((f.alphaRle != 0) == codedAlpha) {
+            all.push_back(f);
+        }
+    }
+    return all;
+}
+
+Bytes pictureOf(const ReferenceFrame& f) {
+    Bytes picture(f.srcBytes);
+    uint32_t state = f.seed;
+    const auto step = [&state] { return state = state * 1664525 + 1013904223; };
+    size_t run = 0;
+    uint8_t value = 0;
+    for (size_t i = 0; i < picture.size(); ++i) {
+        if (f.content == "noise") {
+            value = static_cast<uint8_t>(step() >> 24);
+        } else if (f.content == "runs" && run-- == 0) {
+            step();
+            run = (state >> 8) & 63;
+            value = static_cast<uint8_t>(state >> 24);
+        } else if (f.content == "ramp") {
+            value = static_cast<uint8_t>(3 * i + f.seed);
+        } else if (f.content == "flat") {
+            value = static_cast<uint8_t>(f.seed);
+        }
+        picture[i] = value;
+    }
+    return picture;
+}
+
+std::string crcOf(const Bytes& bytes) {
+    std::ostringstream text;
+    text.width(8);
+    text.fill('0');
+    text << std::hex << crc32(0, bytes.data(), static_cast<uInt>(bytes.size()));
+    return text.str();
+}
+
+void check(const ReferenceFrame& f, size_t workers) {
+    UncompressedParams params = makeParams(f.order, f.type, f.width, f.height, f.rowBytes, f.rowBytes2, f.frameLayout);
+    const CompressedParams compressed =
+        makeCompressed(static_cast<uint8_t>(f.alphaRle), static_cast<uint8_t>(f.alphaBandLimit));
+    EXPECT_EQ(Plenar_GetUncompressedBufSize(&params), f.srcBytes);
+    EXPECT_EQ(Plenar_GetCompressedBufSize(&params, &compressed), f.compressedBufSize);
+    const Frame payload = encode(withWorkers<TestEncoder>(workers), params, pictureOf(f), compressed, f.number);
+    ASSERT_EQ(payload.message, "");
+    EXPECT_EQ(payload.bytes.size(), f.payloadBytes);
+    EXPECT_EQ(crcOf(payload.bytes), f.payloadCrc32);
+
+    const Frame decoded = decode(withWorkers<TestDecoder>(workers), params, payload.bytes, Bytes(f.srcBytes, 0xCD));
+    EXPECT_EQ(decoded.message.empty() ? 0U : 1U, f.decodeCode);
+    EXPECT_EQ(f.decodeCode == 0 ? crcOf(decoded.bytes) : "-", f.decodedCrc32);
+
+    EXPECT_EQ(readMetadata(withWorkers<TestDecoder>(workers), payload.bytes, params).message, "");
+    EXPECT_EQ(f.metadataCode, 0U);
+    EXPECT_EQ(recordBytes(params),
+              recordBytes(makeParams(f.metadataOrder, f.metadataType, f.width, f.height, 0, 0, f.frameLayout)));
+}
+
+void checkAll(const std::vector<ReferenceFrame>& all, size_t workers, size_t expectedCount) {
+    ASSERT_EQ(all.size(), expectedCount);
+    for (const ReferenceFrame& f : all) {
+        SCOPED_TRACE(f.number);
+        check(f, workers);
+    }
+}
+
+class PlainFrames : public ::testing::TestWithParam<size_t> {};
+class CodedAlphaFrames : public ::testing::TestWithParam<size_t> {};
+
+TEST_P(PlainFrames, HaveTheirChecksums) {
+    checkAll(frames(false), GetParam(), 212);
+}
+TEST_P(CodedAlphaFrames, HaveTheirChecksums) {
+    checkAll(frames(true), GetParam(), 100);
+}
+
+INSTANTIATE_TEST_SUITE_P(Reference, PlainFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()));
+INSTANTIATE_TEST_SUITE_P(Reference, CodedAlphaFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()));
+
+}  // namespace
+}  // namespace plenar_test
