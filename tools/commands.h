@@ -1,0 +1,42 @@
+// The program's commands. Each returns the exit status, and throws what isn't bound to one file of many.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "file_batch.h"
+
+namespace plenar_tool {
+
+// The layout of a headerless picture, and the order and type of any. 0 stands for what the picture or the payload
+// suggests.
+struct PictureOptions {
+    uint32_t order = 0;
+    uint32_t type = 0;
+    bool raw = false;
+    uint32_t rowBytes = 0;
+    uint32_t rowBytes2 = 0;
+};
+
+struct EncodeOptions {
+    BatchOptions batch;
+    PictureOptions picture;
+    uint32_t width = 0;  // of a raw picture
+    uint32_t height = 0;
+    bool alphaRle = false;
+    uint32_t alphaBands = 0;
+    uint32_t frameLayout = 0;
+};
+
+struct DecodeOptions {
+    BatchOptions batch;
+    PictureOptions picture;
+    std::string extension;
+};
+
+int RunEncode(const EncodeOptions& options);
+int RunDecode(const DecodeOptions& options);
+int RunInfo(const std::string& file, bool json);
+int RunFormats();
+
+}  // namespace plenar_tool

@@ -1,0 +1,86 @@
+#include "sample_layout.h"
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "formats.h"
+
+namespace plenar_tool {
+
+namespace {
+
+bool IsWordType(uint32_t type) {
+    return type == plenar::Uint10 || type == plenar::Uint12 || type == plenar::Uint16;
+}
+
+std::vector<size_t> ChannelPositions(std::string_view from, std::string_view to) {
+    std::vector<size_t> positions;
+    for (const char channel : to) {
+        const size_t position = from.find(channel);
+        if (position == std::string_view::npos) {
+            throw std::runtime_error(channel == 'A' ? "has no alpha channel: choose an --order without alpha"
+                                                    : "has no red, green and blue channels: choose another --order");
+        }
+        positions.push_back(position);
+    }
+    return positions;
+}
+
+template <size_t sampleBytes>
+void GatherSamples(const uint8_t* src, size_t srcChannels, const std::vector<size_t>& positions, uint8_t* dst,
+                   size_t pixels) {
+    for (size_t pixel = 0; pixel < pixels; ++pixel, src += srcChannels * sampleBytes) {
+        for (const size_t position : positions) {
+            std::memcpy(dst, src + position * sampleBytes, sampleBytes);
+            dst += sampleBytes;
+        }
+    }
+}
+
+}  // namespace
+
+Picture ArrangeChannels(Picture picture, std::string_view channels) {
+    if (picture.channels == channels) {
+        return picture;
+    }
+    const std::vector<size_t> positions = ChannelPositions(picture.channels, channels);
+    const size_t sampleBytes = FindType(picture.type).sampleBytes;
+    const size_t pixels = size_t{picture.width} * picture.height;
+    const auto gather = sampleBytes == 1 ? GatherSamples<1> : sampleBytes == 2 ? GatherSamples<2> : GatherSamples<4>;
+
+    Buffer samples(pixels * channels.size() * sampleBytes);
+    gather(picture.samples.Data(), picture.channels.size(), positions, samples.Data(), pixels);
+    picture.samples = std::move(samples);
+    picture.channels = channels;
+    return picture;
+}
+
+void RelabelType(Picture& picture, uint32_t type) {
+    const TypeInfo& from = FindType(picture.type);
+    const TypeInfo& to = FindType(type);
+    const bool fits = IsWordType(from.value) && IsWordType(to.value) && from.depth <= to.depth;
+    if (from.value != to.value && !fits) {
+        throw std::runtime_error("its samples are " + std::string(from.name) + "; they can't be carried unchanged as " +
+                                 std::string(to.name));
+    }
+    picture.type = type;
+}
+
+void FillLowBits(Picture& picture) {
+    if (picture.type != plenar::Uint10 && picture.type != plenar::Uint12) {
+        return;
+    }
+    const uint32_t depth = FindType(picture.type).depth;
+    uint8_t* const bytes = picture.samples.Data();
+    for (size_t i = 0; i + 1 < picture.samples.Size(); i += sizeof(uint16_t)) {
+        uint16_t word = 0;
+        std::memcpy(&word, bytes + i, sizeof(word));
+        word = static_cast<uint16_t>(word | (word >> depth));
+        std::memcpy(bytes + i, &word, sizeof(word));
+    }
+}
+
+}  // namespace plenar_tool
