@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -43,10 +44,56 @@ private:
 // A kernel as bytes in, bytes out: the sizes of its buffers for a length in its own units, and the call.
 struct KernelCase {
     std::string name;
-    size_t inA, inB, outA, outB;  // bytes of a unit; the second buffer of a side may be 0
-    size_t unitsInByteB;          // units that share a byte of the second buffer of either side
+    size_t inA, inB, outA, outB;  // of a unit: bytes, and for the second buffer of a side 1 / shareB of a byte
+    size_t shareB;
     std::function<void(const RowKernels&, const uint8_t*, const uint8_t*, uint8_t*, uint8_t*, size_t)> run;
 };
+
+struct ReorderingCase {
+    std::string name;
+    Reordering reordering;
+    size_t samples;  // of the plane, that are moved together
+    size_t callerSamples;
+};
+
+void AddPackingCases(std::vector<KernelCase>& cases) {
+    std::vector<ReorderingCase> reorderings = {{"plain", {Reordering::None}, 1, 1},
+                                               {"pairs", {Reordering::Pairs}, 2, 2},
+                                               {"triples", {Reordering::Triples}, 3, 3}};
+    for (const ReorderingCase& r : reorderings) {
+        const Reordering reordering = r.reordering;
+        const size_t n = r.samples;
+        cases.push_back({"unpack10 " + r.name, n, n, 2 * n, 0, 4,
+                         [=](const RowKernels& k, auto* a, auto* b, auto* c, auto*, size_t units) {
+                             k.unpack10(reordering, a, b, n * units, c);
+                         }});
+        cases.push_back({"unpack12 " + r.name, n, n, 2 * n, 0, 2,
+                         [=](const RowKernels& k, auto* a, auto* b, auto* c, auto*, size_t units) {
+                             k.unpack12(reordering, a, b, n * units, c);
+                         }});
+        cases.push_back({"fixed to float " + r.name, 2 * n, 0, 4 * n, 0, 1,
+                         [=](const RowKernels& k, auto* a, auto*, auto* c, auto*, size_t units) {
+                             k.fixedToFloat(reordering, a, n * units, c);
+                         }});
+    }
+    for (const uint32_t order : {ARGB, BGRA, RGBA, ABGR, YCbCrA, CbYACrYA}) {
+        const PixelLayout* layout = FindPixelLayout(order);
+        reorderings.push_back(
+            {"order " + std::to_string(order), {Reordering::Alpha, layout}, layout->colourSamples, layout->samples});
+    }
+    for (const ReorderingCase& r : reorderings) {
+        const Reordering reordering = r.reordering;
+        const size_t n = r.samples;
+        cases.push_back({"pack10 " + r.name, 2 * r.callerSamples, 0, n, n, 4,
+                         [=](const RowKernels& k, auto* a, auto*, auto* c, auto* d, size_t units) {
+                             k.pack10(reordering, a, n * units, c, d);
+                         }});
+        cases.push_back({"pack12 " + r.name, 2 * r.callerSamples, 0, n, n, 2,
+                         [=](const RowKernels& k, auto* a, auto*, auto* c, auto* d, size_t units) {
+                             k.pack12(reordering, a, n * units, c, d);
+                         }});
+    }
+}
 
 std::vector<KernelCase> AllCases() {
     std::vector<KernelCase> cases;
@@ -87,22 +134,13 @@ std::vector<KernelCase> AllCases() {
                              k.reverseTriples(width, c, c, n);
                          }});
     }
-    cases.push_back({"pack10", 2, 0, 1, 1, 4,
-                     [](const RowKernels& k, auto* a, auto*, auto* c, auto* d, size_t n) { k.pack10(a, n, c, d); }});
-    cases.push_back({"pack12", 2, 0, 1, 1, 2,
-                     [](const RowKernels& k, auto* a, auto*, auto* c, auto* d, size_t n) { k.pack12(a, n, c, d); }});
-    cases.push_back({"unpack10", 1, 1, 2, 0, 4,
-                     [](const RowKernels& k, auto* a, auto* b, auto* c, auto*, size_t n) { k.unpack10(a, b, n, c); }});
-    cases.push_back({"unpack12", 1, 1, 2, 0, 2,
-                     [](const RowKernels& k, auto* a, auto* b, auto* c, auto*, size_t n) { k.unpack12(a, b, n, c); }});
+    AddPackingCases(cases);
     cases.push_back(
         {"packed groups to plane", 16, 0, 12, 3, 1,
          [](const RowKernels& k, auto* a, auto*, auto* c, auto* d, size_t n) { k.packedGroupsToPlane(a, n, c, d); }});
     cases.push_back(
         {"plane to packed groups", 12, 3, 16, 0, 1,
          [](const RowKernels& k, auto* a, auto* b, auto* c, auto*, size_t n) { k.planeToPackedGroups(a, b, n, c); }});
-    cases.push_back({"fixed to float", 2, 0, 4, 0, 1,
-                     [](const RowKernels& k, auto* a, auto*, auto* c, auto*, size_t n) { k.fixedToFloat(a, n, c); }});
     return cases;
 }
 
@@ -119,6 +157,10 @@ std::vector<KernelSet> RunnableSets() {
     return sets;
 }
 
+void PrintTo(const KernelCase& c, std::ostream* out) {
+    *out << c.name;
+}
+
 class RowKernelsTest : public testing::TestWithParam<KernelCase> {
 protected:
     static constexpr size_t capacity = 1 << 16;
@@ -127,22 +169,22 @@ protected:
     // `shift` bytes from the guard page.
     std::vector<uint8_t> Run(const RowKernels& kernels, size_t units, bool atEnd, size_t shift) {
         const KernelCase& c = GetParam();
-        const size_t unitsB = (units + c.unitsInByteB - 1) / c.unitsInByteB;
+        const auto bytesB = [&](size_t shares) { return (units * shares + c.shareB - 1) / c.shareB; };
         const auto place = [&](const GuardedBytes& bytes, size_t size) {
             return atEnd ? bytes.Place(size + shift, true) : bytes.Place(size, false) + shift;
         };
         uint8_t* inA = place(guarded[0], units * c.inA);
-        uint8_t* inB = place(guarded[1], unitsB * c.inB);
+        uint8_t* inB = place(guarded[1], bytesB(c.inB));
         uint8_t* outA = place(guarded[2], units * c.outA);
-        uint8_t* outB = place(guarded[3], unitsB * c.outB);
+        uint8_t* outB = place(guarded[3], bytesB(c.outB));
         std::copy_n(noise.begin(), units * c.inA, inA);
-        std::copy_n(noise.rbegin(), unitsB * c.inB, inB);
-        for (const auto& [out, size] : {std::pair{outA, units * c.outA}, std::pair{outB, unitsB * c.outB}}) {
+        std::copy_n(noise.rbegin(), bytesB(c.inB), inB);
+        for (const auto& [out, size] : {std::pair{outA, units * c.outA}, std::pair{outB, bytesB(c.outB)}}) {
             std::fill_n(out - (atEnd ? 16 : 0), size + 16, untouched);
         }
         c.run(kernels, inA, inB, outA, outB, units);
         std::vector<uint8_t> result(outA - (atEnd ? 16 : 0), outA + units * c.outA + (atEnd ? 0 : 16));
-        result.insert(result.end(), outB - (atEnd ? 16 : 0), outB + unitsB * c.outB + (atEnd ? 0 : 16));
+        result.insert(result.end(), outB - (atEnd ? 16 : 0), outB + bytesB(c.outB) + (atEnd ? 0 : 16));
         return result;
     }
 

@@ -29,26 +29,19 @@ std::vector<Band> SplitBands(uint32_t height, uint32_t parts) {
     return bands;
 }
 
-// Runs runBand(band, intermediateRow) for bands that make up `height` rows of `rowBytes` bytes, with an intermediate
-// row of its own for each band: on the workers, one band for each, or here as one band if there are none.
+// Runs runBand(band) for bands that make up `height` rows of `rowBytes` bytes: on the workers, one band for each, or
+// here as one band if there are none.
 template <class RunBand>
-void RunInBands(CodecState& state, uint32_t height, size_t rowBytes, size_t intermediateBytes, const RunBand& runBand) {
+void RunInBands(CodecState& state, uint32_t height, size_t rowBytes, const RunBand& runBand) {
     if (height == 0 || rowBytes == 0) {
         return;
     }
     WorkPool& pool = state.Pool();
     if (pool.WorkerCount() < 2) {
-        return runBand(Band{0, height}, state.Scratch(intermediateBytes));
+        return runBand(Band{0, height});
     }
     const std::vector<Band> bands = SplitBands(height, pool.WorkerCount());
-    uint8_t* intermediate = state.Scratch(bands.size() * intermediateBytes);
-    RunBatch(pool, static_cast<uint32_t>(bands.size()),
-             [&](uint32_t i) { runBand(bands[i], intermediate + i * intermediateBytes); });
-}
-
-// The bytes of a row between reordering and packing. Rows that need only one of the two go straight to their target.
-size_t IntermediateBytes(const UncompressedParams& params, size_t length) {
-    return NeedsReorder(params.colorComponentOrder) && NeedsPacking(params.componentType) ? length : 0;
+    RunBatch(pool, static_cast<uint32_t>(bands.size()), [&](uint32_t i) { runBand(bands[i]); });
 }
 
 // Whether all rows are made of whole pixels and of bytes that are moved one by one, so that rows without padding can be
@@ -73,30 +66,25 @@ void JoinRows(EncodeRowsArgs& band) {
     band.params.height = 1;
 }
 
-void EncodeRow(const EncodeRowsArgs& band, const uint8_t* src, uint8_t* dst, uint8_t* alphaDst,
-               uint8_t* intermediateRow) {
-    const uint32_t order = band.params.colorComponentOrder;
+void EncodeRow(const EncodeRowsArgs& band, const Reordering& reordering, const uint8_t* src, uint8_t* dst,
+               uint8_t* alphaDst) {
     const uint32_t type = band.params.componentType;
-    const bool packs = NeedsPacking(type);
-    if (!packs && !NeedsReorder(order)) {
-        std::memcpy(dst, src, band.dstStride);
-    } else if (!packs) {
-        ReorderRowToPlane(order, type, src, band.rowLength, dst, alphaDst);
-    } else if (!NeedsReorder(order)) {
-        PackRow(type, band.params.width, src, band.rowLength, dst);
+    if (NeedsPacking(type)) {
+        const size_t colourLength = band.rowLength - band.alphaStride;
+        PackRow(type, reordering, band.params.width, src, colourLength / SampleBytes(type), dst);
     } else {
-        ReorderRowToPlane(order, type, src, band.rowLength, intermediateRow, alphaDst);
-        PackRow(type, band.params.width, intermediateRow, band.rowLength - band.alphaStride, dst);
+        ReorderRowToPlane(reordering, type, src, band.rowLength, dst, alphaDst);
     }
 }
 
-void EncodeBand(EncodeRowsArgs band, uint8_t* intermediateRow) {
+void EncodeBand(EncodeRowsArgs band) {
+    const Reordering reordering = ReorderingOf(band.params.colorComponentOrder);
     if (CanJoinRows(band.params) && band.srcStride == band.rowLength) {
         JoinRows(band);
     }
     for (size_t row = 0; row < band.params.height; ++row) {
-        EncodeRow(band, band.src + row * band.srcStride, band.dst + row * band.dstStride,
-                  band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr, intermediateRow);
+        EncodeRow(band, reordering, band.src + row * band.srcStride, band.dst + row * band.dstStride,
+                  band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr);
     }
 }
 
@@ -115,48 +103,29 @@ void JoinRows(DecodeRowsArgs& band) {
     band.params.height = 1;
 }
 
-// Widens the samples straight into the caller's row, which is twice as long, and orders them there.
-void DecodeFixedRow(const DecodeRowsArgs& band, const uint8_t* planeRow, uint8_t* dst) {
-    const uint32_t order = band.params.colorComponentOrder;
-    ActiveRowKernels().fixedToFloat(planeRow, band.planeStride / sizeof(int16_t), dst);
-    if (NeedsReorder(order)) {
-        ReorderRowInPlace(order, band.params.componentType, dst, band.rowLength);
-    }
-}
-
-void DecodeRow(const DecodeRowsArgs& band, const uint8_t* planeRow, const uint8_t* alphaRow, uint8_t* dst,
-               uint8_t* intermediateRow) {
-    const uint32_t order = band.params.colorComponentOrder;
+void DecodeRow(const DecodeRowsArgs& band, const Reordering& reordering, const uint8_t* planeRow,
+               const uint8_t* alphaRow, uint8_t* dst) {
     const uint32_t type = band.params.componentType;
-    const auto reorder = [&](const uint8_t* colour, size_t length) {
-        ReorderRowFromPlane(order, type, colour, length, alphaRow, band.alphaStride, dst, band.rowLength);
-    };
-    const auto unpack = [&](uint8_t* target) {
-        UnpackRow(type, band.params.width, planeRow, band.planeEnd, target, band.rowLength);
-    };
     if (band.fixedToFloat) {
-        DecodeFixedRow(band, planeRow, dst);
-    } else if (!NeedsPacking(type) && !NeedsReorder(order)) {
-        std::memcpy(dst, planeRow, band.planeStride);
-    } else if (!NeedsPacking(type)) {
-        reorder(planeRow, band.planeStride);
-    } else if (!NeedsReorder(order)) {
-        unpack(dst);
+        FixedRowToFloat(reordering, planeRow, band.planeStride, dst, band.rowLength);
+    } else if (NeedsPacking(type)) {
+        UnpackRow(type, reordering, band.params.width, planeRow, band.planeEnd, dst,
+                  band.rowLength / SampleBytes(type));
     } else {
-        unpack(intermediateRow);
-        reorder(intermediateRow, band.rowLength);
+        ReorderRowFromPlane(reordering, type, planeRow, band.planeStride, alphaRow, band.alphaStride, dst,
+                            band.rowLength);
     }
 }
 
-void DecodeBand(DecodeRowsArgs band, uint8_t* intermediateRow) {
-    const bool reordersInPlace = band.fixedToFloat && NeedsReorder(band.params.colorComponentOrder);
-    if (CanJoinRows(band.params) && band.dstStride == band.rowLength && !reordersInPlace) {
+void DecodeBand(DecodeRowsArgs band) {
+    const Reordering reordering = ReorderingOf(band.params.colorComponentOrder);
+    if (CanJoinRows(band.params) && band.dstStride == band.rowLength) {
         JoinRows(band);
     }
     for (size_t row = 0; row < band.params.height; ++row) {
-        DecodeRow(band, band.plane + row * band.planeStride,
+        DecodeRow(band, reordering, band.plane + row * band.planeStride,
                   band.alpha != nullptr ? band.alpha + row * band.alphaStride : nullptr,
-                  band.dst + row * band.dstStride, intermediateRow);
+                  band.dst + row * band.dstStride);
     }
 }
 
@@ -175,18 +144,15 @@ void CopyBand(const CopyRowsArgs& args, const Band& band) {
 }  // namespace
 
 void EncodeRows(CodecState& state, const EncodeRowsArgs& args) {
-    RunInBands(state, args.params.height, args.rowLength,
-               IntermediateBytes(args.params, args.rowLength - args.alphaStride),
-               [&](const Band& band, uint8_t* intermediateRow) { EncodeBand(BandOf(args, band), intermediateRow); });
+    RunInBands(state, args.params.height, args.rowLength, [&](const Band& band) { EncodeBand(BandOf(args, band)); });
 }
 
 void DecodeRows(CodecState& state, const DecodeRowsArgs& args) {
-    RunInBands(state, args.params.height, args.rowLength, IntermediateBytes(args.params, args.rowLength),
-               [&](const Band& band, uint8_t* intermediateRow) { DecodeBand(BandOf(args, band), intermediateRow); });
+    RunInBands(state, args.params.height, args.rowLength, [&](const Band& band) { DecodeBand(BandOf(args, band)); });
 }
 
 void CopyRows(CodecState& state, const CopyRowsArgs& args) {
-    RunInBands(state, args.rows, args.rowLength, 0, [&](const Band& band, uint8_t*) { CopyBand(args, band); });
+    RunInBands(state, args.rows, args.rowLength, [&](const Band& band) { CopyBand(args, band); });
 }
 
 }  // namespace plenar

@@ -88,13 +88,29 @@ void ExchangeEnds(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t g
     WithSampleOf(sampleBytes, [&](auto sample) { ExchangeSamples<Group, decltype(sample)>(src, dst, groups); });
 }
 
+// Which of the caller's samples becomes sample `i` of the plane.
+size_t CallerSampleOf(const Reordering& reordering, size_t i) {
+    switch (reordering.kind) {
+        case Reordering::Pairs:
+            return i ^ 1;
+        case Reordering::Triples:
+            return i / 3 * 3 + 2 - i % 3;
+        case Reordering::Alpha: {
+            const PixelLayout& layout = *reordering.layout;
+            return i / layout.colourSamples * layout.samples + layout.colour[i % layout.colourSamples];
+        }
+        default:
+            return i;
+    }
+}
+
 // The low part: each byte takes LowBits of each of as many samples as it holds.
 template <unsigned LowBits>
-void Pack(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
+void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
     constexpr size_t perByte = 8 / LowBits;
     constexpr unsigned unused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
-        const auto word = Load<uint16_t>(words + 2 * i);
+        const auto word = Load<uint16_t>(words + 2 * CallerSampleOf(reordering, i));
         high[i] = static_cast<uint8_t>(word >> 8);
         const unsigned bits = (word & 0xFFU) >> unused << (i % perByte * LowBits);
         uint8_t& target = low[i / perByte];
@@ -103,12 +119,13 @@ void Pack(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
 }
 
 template <unsigned LowBits>
-void Unpack(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     constexpr size_t perByte = 8 / LowBits;
     constexpr unsigned unused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
-        const unsigned bits = static_cast<unsigned>(low[i / perByte]) >> (i % perByte * LowBits);
-        Store(words + 2 * i, static_cast<uint16_t>(static_cast<unsigned>(high[i]) << 8 | (((bits << unused) & 0xFFU))));
+        const unsigned bits = static_cast<unsigned>(low[i / perByte]) >> (i % perByte * LowBits) << unused;
+        const auto word = static_cast<uint16_t>(static_cast<unsigned>(high[i]) << 8 | (bits & 0xFFU));
+        Store(words + 2 * CallerSampleOf(reordering, i), word);
     }
 }
 
@@ -147,10 +164,10 @@ void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups,
     }
 }
 
-void FixedToFloat(const uint8_t* fixed, size_t samples, uint8_t* floats) {
+void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats) {
     constexpr float one = 16384.0F;
     for (size_t i = 0; i < samples; ++i) {
-        Store(floats + 4 * i, static_cast<float>(Load<int16_t>(fixed + 2 * i)) / one);
+        Store(floats + 4 * CallerSampleOf(reordering, i), static_cast<float>(Load<int16_t>(fixed + 2 * i)) / one);
     }
 }
 

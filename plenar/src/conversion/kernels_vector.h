@@ -1,11 +1,10 @@
 // The kernels in vectors of bytes. Every kernel is written for one lane of 16 bytes and a unit of work of that lane; a
 // vector type V of several lanes works on as many units side by side. V brings the instructions (kernels_ssse3.cpp,
-// kernels_avx2.cpp); what is left of a row behind the last full round of units goes to the plain kernels.
+// kernels_avx2.cpp). What is left of a row behind the last full round of units is done by a round that ends with the
+// row and does some units twice; rows shorter than a round go to the next narrower set of kernels.
 //
-// V::LoadChunks<N> and V::StoreChunks<N> move a unit's N pieces of 16 bytes for all lanes: lane l takes the pieces
-// l * N to l * N + N - 1. All other operations of V stay within a lane.
-#pragma once
-
+// V::LoadLanes loads 16 bytes for each lane, `distance` bytes apart. V::StorePieces stores a unit's N pieces of 16
+// bytes for all lanes: lane l has the pieces l * N to l * N + N - 1. All other operations of V stay within a lane.
 //
 // This header is compiled for several instruction sets into one program. Everything in it is local to the file that
 // includes it, and it calls no inline function from elsewhere: the linker keeps one copy of such a function for all,
@@ -15,136 +14,134 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "conversion/byte_shuffles.h"
 #include "conversion/row_kernels.h"
 
 namespace plenar {
 namespace {
 
 template <class V, size_t N>
-struct Chunks {
-    typename V::Reg chunk[N];
+struct Pieces {
+    typename V::Reg piece[N];
 
-    typename V::Reg& operator[](size_t i) { return chunk[i]; }
-    const typename V::Reg& operator[](size_t i) const { return chunk[i]; }
+    typename V::Reg& operator[](size_t i) { return piece[i]; }
+    const typename V::Reg& operator[](size_t i) const { return piece[i]; }
 };
 
-constexpr size_t chunkBytes = 16;
-
-// Four blocks of 12 bytes, each at the start of a register, to 48 bytes in a row.
-template <class V>
-Chunks<V, 3> JoinTwelves(const Chunks<V, 4>& blocks) {
-    return {V::template Concat<4>(blocks[1], V::template ShiftUp<4>(blocks[0])), V::MiddleDwords(blocks[1], blocks[2]),
-            V::template Concat<12>(blocks[3], V::template ShiftUp<4>(blocks[2]))};
-}
-
-// The way back; behind its 12 bytes a register holds anything.
-template <class V>
-Chunks<V, 4> CutTwelves(const Chunks<V, 3>& bytes) {
-    return {bytes[0], V::template Concat<12>(bytes[1], bytes[0]), V::template Concat<8>(bytes[2], bytes[1]),
-            V::template ShiftDown<4>(bytes[2])};
-}
-
-// The dword D of each of four registers.
-template <class V, int D>
-typename V::Reg GatherDwords(const Chunks<V, 4>& blocks) {
-    if constexpr (D < 2) {
-        return V::UnpackLo64(V::UnpackLo32(blocks[0], blocks[1]), V::UnpackLo32(blocks[2], blocks[3]));
-    } else if constexpr (D == 2) {
-        return V::UnpackLo64(V::UnpackHi32(blocks[0], blocks[1]), V::UnpackHi32(blocks[2], blocks[3]));
-    } else {
-        return V::UnpackHi64(V::UnpackHi32(blocks[0], blocks[1]), V::UnpackHi32(blocks[2], blocks[3]));
+// Calls round(start) for rounds of `size` that cover `total`, and returns what they cover: all, or nothing of a total
+// below a round. Rounds start at multiples of `step`; with a total that isn't one the last part stays uncovered.
+// Without `mayOverlap` it always does.
+template <class Round>
+size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, const Round& round) {
+    size_t done = 0;
+    for (; total - done >= size; done += size) {
+        round(done);
     }
+    if (done != 0 && done != total && total % step == 0 && mayOverlap) {
+        round(total - size);
+        done = total;
+    }
+    return done;
 }
 
-// Pixels of three colour samples and alpha: a unit is 64 bytes of the caller.
 template <class V>
-struct FourSampleUnit {
-    static constexpr size_t callerChunks = 4;
-    static constexpr size_t colourChunks = 3;
-
-    static Chunks<V, 4> CallerBlocks(const uint8_t* src) { return V::template LoadChunks<4>(src); }
-    static Chunks<V, 3> Colour(const Chunks<V, 4>& blocks) { return JoinTwelves<V>(blocks); }
-    static typename V::Reg Alpha(const Chunks<V, 4>& blocks) { return GatherDwords<V, 3>(blocks); }
-
-    static Chunks<V, 4> ColourBlocks(const uint8_t* src) { return CutTwelves<V>(V::template LoadChunks<3>(src)); }
-    static void StoreCaller(uint8_t* dst, const Chunks<V, 4>& blocks) { V::StoreChunks(dst, blocks); }
-};
-
-// Pixels of a 4:2:2 row with alpha: a unit is 48 bytes of the caller.
-template <class V>
-struct ThreeSampleUnit {
-    static constexpr size_t callerChunks = 3;
-    static constexpr size_t colourChunks = 2;
-
-    static Chunks<V, 4> CallerBlocks(const uint8_t* src) { return CutTwelves<V>(V::template LoadChunks<3>(src)); }
-    static Chunks<V, 2> Colour(const Chunks<V, 4>& blocks) {
-        return {V::UnpackLo64(blocks[0], blocks[1]), V::UnpackLo64(blocks[2], blocks[3])};
-    }
-    static typename V::Reg Alpha(const Chunks<V, 4>& blocks) { return GatherDwords<V, 2>(blocks); }
-
-    static Chunks<V, 4> ColourBlocks(const uint8_t* src) {
-        const Chunks<V, 2> pairs = V::template LoadChunks<2>(src);
-        return {pairs[0], V::template ShiftDown<8>(pairs[0]), pairs[1], V::template ShiftDown<8>(pairs[1])};
-    }
-    static void StoreCaller(uint8_t* dst, const Chunks<V, 4>& blocks) { V::StoreChunks(dst, JoinTwelves<V>(blocks)); }
-};
-
-// What a kernel did of its row, in units.
-template <class V>
-size_t RoundsOf(size_t bytes, size_t unitBytes) {
-    return bytes / (unitBytes * V::lanes);
+typename V::Reg ShuffleTwo(typename V::Reg a, typename V::Reg patternA, typename V::Reg b, typename V::Reg patternB) {
+    return V::Or(V::Shuffle(a, patternA), V::Shuffle(b, patternB));
 }
 
-template <class V, class Unit, bool WithAlpha>
-size_t SplitUnits(const Shuffle16& shuffle, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t alphaBytes) {
-    const size_t rounds = RoundsOf<V>(alphaBytes, chunkBytes);
-    const auto pattern = V::Pattern(shuffle);
-    for (size_t i = 0; i < rounds; ++i) {
-        Chunks<V, 4> blocks = Unit::CallerBlocks(src + i * V::lanes * Unit::callerChunks * chunkBytes);
-        for (auto& block : blocks.chunk) {
-            block = V::Shuffle(block, pattern);
+// The caller's bytes of a unit of pixels with alpha, and the colour and alpha pieces made of them.
+template <class V, size_t ColourSamples>
+struct AlphaUnit {
+    static constexpr bool three = ColourSamples == 3;
+    static constexpr size_t callerBytes = (ColourSamples + 1) * pieceBytes;
+    static constexpr size_t colourBytes = ColourSamples * pieceBytes;
+
+    typename V::Reg colourPatterns[ColourSamples][2];
+    typename V::Reg alphaPatterns[4];
+
+    explicit AlphaUnit(const SplitShuffles& shuffles) {
+        for (size_t i = 0; i < ColourSamples; ++i) {
+            colourPatterns[i][0] = V::Pattern(shuffles.colour[i][0]);
+            colourPatterns[i][1] = V::Pattern(shuffles.colour[i][1]);
         }
-        V::StoreChunks(colour + i * V::lanes * Unit::colourChunks * chunkBytes, Unit::Colour(blocks));
+        for (size_t i = 0; i < 4; ++i) {
+            alphaPatterns[i] = V::Pattern(shuffles.alpha[i]);
+        }
+    }
+
+    static Pieces<V, 4> Load(const uint8_t* src, size_t distance) {
+        Pieces<V, 4> loads;
+        for (size_t i = 0; i < 4; ++i) {
+            loads[i] = V::LoadLanes(src + (three ? splitLoads4[i] : splitLoads3[i]), distance);
+        }
+        return loads;
+    }
+
+    Pieces<V, ColourSamples> Colour(const Pieces<V, 4>& loads) const {
+        Pieces<V, ColourSamples> colour;
+        for (size_t i = 0; i < ColourSamples; ++i) {
+            const size_t first = three ? i : 2 * i;
+            colour[i] = ShuffleTwo<V>(loads[first], colourPatterns[i][0], loads[first + 1], colourPatterns[i][1]);
+        }
+        return colour;
+    }
+
+    typename V::Reg Alpha(const Pieces<V, 4>& loads) const {
+        return V::Or(ShuffleTwo<V>(loads[0], alphaPatterns[0], loads[1], alphaPatterns[1]),
+                     ShuffleTwo<V>(loads[2], alphaPatterns[2], loads[3], alphaPatterns[3]));
+    }
+};
+
+template <class V, size_t ColourSamples, bool WithAlpha>
+size_t SplitRounds(const SplitShuffles& shuffles, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
+                   size_t alphaBytes, size_t sampleBytes) {
+    using Unit = AlphaUnit<V, ColourSamples>;
+    const Unit unit(shuffles);
+    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, [&](size_t at) {
+        const auto loads = Unit::Load(src + at * (ColourSamples + 1), Unit::callerBytes);
+        V::StorePieces(colour + at * ColourSamples, unit.Colour(loads));
         if constexpr (WithAlpha) {
-            V::StoreChunks(alpha + i * V::lanes * chunkBytes, Chunks<V, 1>{Unit::Alpha(blocks)});
+            V::Store(alpha + at, unit.Alpha(loads));
         }
-    }
-    return rounds * V::lanes * chunkBytes;
-}
-
-template <class V, class Unit>
-size_t MergeUnits(const MergeShuffles& shuffles, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
-                  size_t alphaBytes) {
-    const size_t rounds = RoundsOf<V>(alphaBytes, chunkBytes);
-    const auto colourPattern = V::Pattern(shuffles.colour);
-    const auto alphaPattern = V::Pattern(shuffles.alpha);
-    // The alpha of block j stands 4 j bytes further on; a zero lane stays one with any of these added.
-    const Chunks<V, 4> alphaPatterns = {alphaPattern, V::Add8(alphaPattern, V::Bytes(4, 4)),
-                                        V::Add8(alphaPattern, V::Bytes(8, 8)), V::Add8(alphaPattern, V::Bytes(12, 12))};
-    for (size_t i = 0; i < rounds; ++i) {
-        Chunks<V, 4> blocks = Unit::ColourBlocks(colour + i * V::lanes * Unit::colourChunks * chunkBytes);
-        const auto alphas = V::template LoadChunks<1>(alpha + i * V::lanes * chunkBytes)[0];
-        for (size_t j = 0; j < 4; ++j) {
-            blocks[j] = V::Or(V::Shuffle(blocks[j], colourPattern), V::Shuffle(alphas, alphaPatterns[j]));
-        }
-        Unit::StoreCaller(dst + i * V::lanes * Unit::callerChunks * chunkBytes, blocks);
-    }
-    return rounds * V::lanes * chunkBytes;
+    });
 }
 
 template <class V>
 void Split(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
            size_t pixels) {
-    const Shuffle16& shuffle = layout.split[SampleSizeIndex(sampleBytes)];
+    const SplitShuffles& shuffles = layout.split[SampleSizeIndex(sampleBytes)];
     const size_t alphaBytes = pixels * sampleBytes;
-    const auto run = [&]<class Unit>() {
-        return alpha != nullptr ? SplitUnits<V, Unit, true>(shuffle, src, colour, alpha, alphaBytes)
-                                : SplitUnits<V, Unit, false>(shuffle, src, colour, alpha, alphaBytes);
-    };
-    const size_t done = layout.colourSamples == 3 ? run.template operator()<FourSampleUnit<V>>()
-                                                  : run.template operator()<ThreeSampleUnit<V>>();
-    V::Next().split(layout, sampleBytes, src + done * layout.samples, colour + done * layout.colourSamples,
-                    alpha != nullptr ? alpha + done : nullptr, pixels - done / sampleBytes);
+    const auto rounds = layout.colourSamples == 3
+                            ? (alpha != nullptr ? SplitRounds<V, 3, true> : SplitRounds<V, 3, false>)
+                            : (alpha != nullptr ? SplitRounds<V, 2, true> : SplitRounds<V, 2, false>);
+    const size_t done = rounds(shuffles, src, colour, alpha, alphaBytes, sampleBytes);
+    if (done != alphaBytes) {
+        V::Next().split(layout, sampleBytes, src + done * layout.samples, colour + done * layout.colourSamples,
+                        alpha != nullptr ? alpha + done : nullptr, pixels - done / sampleBytes);
+    }
+}
+
+template <class V, size_t ColourSamples>
+size_t MergeRounds(const MergeShuffles& shuffles, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
+                   size_t alphaBytes, size_t sampleBytes) {
+    constexpr size_t samples = ColourSamples + 1;
+    Pieces<V, samples> colourPatterns;
+    Pieces<V, samples> alphaPatterns;
+    for (size_t i = 0; i < samples; ++i) {
+        colourPatterns[i] = V::Pattern(shuffles.colour[i]);
+        alphaPatterns[i] = V::Pattern(shuffles.alpha[i]);
+    }
+    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, [&](size_t at) {
+        const uint8_t* unit = colour + at * ColourSamples;
+        const auto alphas = V::Load(alpha + at);
+        Pieces<V, samples> out;
+        for (size_t i = 0; i < samples; ++i) {
+            const size_t offset = ColourSamples == 3 ? mergeLoads4[i] : mergeLoads3[i];
+            out[i] = ShuffleTwo<V>(V::LoadLanes(unit + offset, ColourSamples * pieceBytes), colourPatterns[i], alphas,
+                                   alphaPatterns[i]);
+        }
+        V::StorePieces(dst + at * samples, out);
+    });
 }
 
 template <class V>
@@ -152,289 +149,420 @@ void Merge(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour,
            size_t pixels) {
     const MergeShuffles& shuffles = layout.merge[SampleSizeIndex(sampleBytes)];
     const size_t alphaBytes = pixels * sampleBytes;
-    const size_t done = layout.colourSamples == 3
-                            ? MergeUnits<V, FourSampleUnit<V>>(shuffles, colour, alpha, dst, alphaBytes)
-                            : MergeUnits<V, ThreeSampleUnit<V>>(shuffles, colour, alpha, dst, alphaBytes);
-    V::Next().merge(layout, sampleBytes, colour + done * layout.colourSamples, alpha + done,
-                    dst + done * layout.samples, pixels - done / sampleBytes);
-}
-
-template <size_t N>
-struct Shuffles {
-    Shuffle16 of[N] = {};
-};
-
-// The shuffle that exchanges the first and the last sample of each group of `group` samples, over as many whole groups
-// as fit into `bytes` bytes.
-constexpr Shuffle16 ExchangeShuffle(size_t sampleBytes, size_t group, size_t bytes) {
-    Shuffle16 shuffle = {};
-    for (size_t i = 0; i < sizeof shuffle.byte; ++i) {
-        const size_t sample = i / sampleBytes;
-        const size_t place = sample % group;
-        const size_t source = place == 0 ? sample + group - 1 : place == group - 1 ? sample + 1 - group : sample;
-        shuffle.byte[i] = i < bytes ? static_cast<uint8_t>(source * sampleBytes + i % sampleBytes) : zeroLane;
+    const auto rounds = layout.colourSamples == 3 ? MergeRounds<V, 3> : MergeRounds<V, 2>;
+    const size_t done = rounds(shuffles, colour, alpha, dst, alphaBytes, sampleBytes);
+    if (done != alphaBytes) {
+        V::Next().merge(layout, sampleBytes, colour + done * layout.colourSamples, alpha + done,
+                        dst + done * layout.samples, pixels - done / sampleBytes);
     }
-    return shuffle;
-}
-
-constexpr Shuffles<sampleSizes> ExchangeShuffles(size_t group, size_t bytes) {
-    return {{ExchangeShuffle(1, group, bytes), ExchangeShuffle(2, group, bytes), ExchangeShuffle(4, group, bytes)}};
 }
 
 template <class V>
 void SwapPairs(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pairs) {
-    static constexpr auto shuffles = ExchangeShuffles(2, chunkBytes);
     constexpr size_t registers = 4;
-    constexpr size_t registerBytes = V::lanes * chunkBytes;
-    constexpr size_t roundBytes = registers * registerBytes;
-    const auto pattern = V::Pattern(shuffles.of[SampleSizeIndex(sampleBytes)]);
-    const size_t rounds = pairs * 2 * sampleBytes / roundBytes;
-    for (size_t i = 0; i < rounds; ++i) {
-        for (size_t j = 0; j < registers; ++j) {
-            const size_t at = i * roundBytes + j * registerBytes;
-            V::Store(dst + at, V::Shuffle(V::Load(src + at), pattern));
+    constexpr size_t registerBytes = V::lanes * pieceBytes;
+    const auto pattern = V::Pattern(pairShuffles[SampleSizeIndex(sampleBytes)]);
+    const size_t bytes = pairs * 2 * sampleBytes;
+    const size_t done = CoverInRounds(bytes, registers * registerBytes, 2 * sampleBytes, src != dst, [&](size_t at) {
+        Pieces<V, registers> loads;
+        for (size_t i = 0; i < registers; ++i) {
+            loads[i] = V::Load(src + at + i * registerBytes);
+        }
+        for (size_t i = 0; i < registers; ++i) {
+            V::Store(dst + at + i * registerBytes, V::Shuffle(loads[i], pattern));
+        }
+    });
+    if (done != bytes) {
+        V::Next().swapPairs(sampleBytes, src + done, dst + done, (bytes - done) / (2 * sampleBytes));
+    }
+}
+
+template <class V>
+struct TripleUnit {
+    static constexpr size_t bytes = 3 * pieceBytes;
+
+    typename V::Reg patterns[3][2];
+
+    explicit TripleUnit(const TripleShuffles& shuffles) {
+        for (size_t i = 0; i < 3; ++i) {
+            patterns[i][0] = V::Pattern(shuffles.piece[i][0]);
+            patterns[i][1] = V::Pattern(shuffles.piece[i][1]);
         }
     }
-    const size_t done = rounds * roundBytes;
-    V::Next().swapPairs(sampleBytes, src + done, dst + done, pairs - done / (2 * sampleBytes));
-}
+
+    Pieces<V, 3> Reversed(const uint8_t* src, size_t distance) const {
+        Pieces<V, 3> out;
+        for (size_t i = 0; i < 3; ++i) {
+            out[i] = ShuffleTwo<V>(V::LoadLanes(src + tripleLoads[i][0], distance), patterns[i][0],
+                                   V::LoadLanes(src + tripleLoads[i][1], distance), patterns[i][1]);
+        }
+        return out;
+    }
+};
 
 template <class V>
 void ReverseTriples(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pixels) {
-    static constexpr auto shuffles = ExchangeShuffles(3, 12);
-    constexpr size_t roundBytes = V::lanes * 3 * chunkBytes;
-    const auto pattern = V::Pattern(shuffles.of[SampleSizeIndex(sampleBytes)]);
-    const size_t rounds = pixels * 3 * sampleBytes / roundBytes;
-    for (size_t i = 0; i < rounds; ++i) {
-        auto blocks = CutTwelves<V>(V::template LoadChunks<3>(src + i * roundBytes));
-        for (auto& block : blocks.chunk) {
-            block = V::Shuffle(block, pattern);
-        }
-        V::StoreChunks(dst + i * roundBytes, JoinTwelves<V>(blocks));
+    using Unit = TripleUnit<V>;
+    const Unit unit(tripleShuffles[SampleSizeIndex(sampleBytes)]);
+    const size_t bytes = pixels * 3 * sampleBytes;
+    const size_t done = CoverInRounds(bytes, V::lanes * Unit::bytes, 3 * sampleBytes, src != dst, [&](size_t at) {
+        V::StorePieces(dst + at, unit.Reversed(src + at, Unit::bytes));
+    });
+    if (done != bytes) {
+        V::Next().reverseTriples(sampleBytes, src + done, dst + done, (bytes - done) / (3 * sampleBytes));
     }
-    const size_t done = rounds * roundBytes;
-    V::Next().reverseTriples(sampleBytes, src + done, dst + done, pixels - done / (3 * sampleBytes));
 }
 
-// The low bits of 16 samples, one a byte, joined to 4 dwords of 4 samples each.
-template <class V>
-typename V::Reg JoinTwoBits(typename V::Reg bits) {
-    return V::MultiplyAdd16(V::MultiplyAdd8(bits, V::Bytes(1, 4)), V::Words(1, 16));
-}
-
-// The low bits of 16 words, whose samples stand in the top bits, one a byte.
-template <class V, int Unused>
-typename V::Reg LowBitsOf(typename V::Reg words0, typename V::Reg words1) {
-    const auto mask = V::Words(0xFF >> Unused, 0xFF >> Unused);
-    return V::PackWords(V::And(V::template ShiftRight16<Unused>(words0), mask),
-                        V::And(V::template ShiftRight16<Unused>(words1), mask));
-}
+// Sources of words in plane order: a unit is 48 samples, 6 pieces.
+constexpr size_t unitSamples = 48;
+constexpr size_t unitPieces = 6;
 
 template <class V>
-typename V::Reg HighBytesOf(typename V::Reg words0, typename V::Reg words1) {
-    return V::PackWords(V::template ShiftRight16<8>(words0), V::template ShiftRight16<8>(words1));
-}
+struct PlainWords {
+    static constexpr size_t callerBytes = unitSamples * 2;
 
-template <class V>
-void Pack10(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
-    constexpr size_t roundSamples = V::lanes * 64;
-    const size_t rounds = samples / roundSamples;
-    for (size_t i = 0; i < rounds; ++i) {
-        const auto in = V::template LoadChunks<8>(words + i * roundSamples * 2);
-        Chunks<V, 4> highs;
-        Chunks<V, 4> lows;
-        for (size_t j = 0; j < 4; ++j) {
-            highs[j] = HighBytesOf<V>(in[2 * j], in[2 * j + 1]);
-            lows[j] = JoinTwoBits<V>(LowBitsOf<V, 6>(in[2 * j], in[2 * j + 1]));
+    explicit PlainWords(const Reordering&) {}
+
+    Pieces<V, unitPieces> Load(const uint8_t* src) const {
+        Pieces<V, unitPieces> words;
+        for (size_t i = 0; i < unitPieces; ++i) {
+            words[i] = V::LoadLanes(src + i * pieceBytes, callerBytes);
         }
-        V::StoreChunks(high + i * roundSamples, highs);
-        V::StoreChunks(low + i * roundSamples / 4,
-                       Chunks<V, 1>{V::PackWords(V::PackDwords(lows[0], lows[1]), V::PackDwords(lows[2], lows[3]))});
+        return words;
     }
-    const size_t done = rounds * roundSamples;
-    V::Next().pack10(words + done * 2, samples - done, high + done, low + done / 4);
-}
+};
 
 template <class V>
-void Pack12(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
-    constexpr size_t roundSamples = V::lanes * 32;
-    const size_t rounds = samples / roundSamples;
-    for (size_t i = 0; i < rounds; ++i) {
-        const auto in = V::template LoadChunks<4>(words + i * roundSamples * 2);
-        Chunks<V, 2> highs;
-        Chunks<V, 2> lows;
-        for (size_t j = 0; j < 2; ++j) {
-            highs[j] = HighBytesOf<V>(in[2 * j], in[2 * j + 1]);
-            lows[j] = V::MultiplyAdd8(LowBitsOf<V, 4>(in[2 * j], in[2 * j + 1]), V::Bytes(1, 16));
-        }
-        V::StoreChunks(high + i * roundSamples, highs);
-        V::StoreChunks(low + i * roundSamples / 2, Chunks<V, 1>{V::PackWords(lows[0], lows[1])});
-    }
-    const size_t done = rounds * roundSamples;
-    V::Next().pack12(words + done * 2, samples - done, high + done, low + done / 2);
-}
+struct PairWords {
+    static constexpr size_t callerBytes = unitSamples * 2;
 
-// For 8 samples from `first` on: the byte of the low part that holds each one's bits, in the low byte of its word.
-constexpr Shuffle16 LowByteShuffle(size_t first, size_t perByte) {
-    Shuffle16 shuffle = {};
-    for (size_t i = 0; i < sizeof shuffle.byte; ++i) {
-        shuffle.byte[i] = i % 2 == 0 ? static_cast<uint8_t>((first + i / 2) / perByte) : zeroLane;
-    }
-    return shuffle;
-}
+    typename V::Reg pattern = V::Pattern(pairShuffles[SampleSizeIndex(2)]);
 
-// LowBits is 2 or 4. The multiplication moves each sample's bits to the top of the low byte.
-template <class V, size_t LowBits>
-size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    constexpr size_t perByte = 8 / LowBits;
-    constexpr size_t highChunks = perByte;  // for one chunk of the low part
-    constexpr size_t roundSamples = V::lanes * highChunks * chunkBytes;
-    static constexpr auto shuffles = [] {
-        Shuffles<2 * highChunks> all;
-        for (size_t i = 0; i < 2 * highChunks; ++i) {
-            all.of[i] = LowByteShuffle(i * 8, perByte);
+    explicit PairWords(const Reordering&) {}
+
+    Pieces<V, unitPieces> Load(const uint8_t* src) const {
+        Pieces<V, unitPieces> words;
+        for (size_t i = 0; i < unitPieces; ++i) {
+            words[i] = V::Shuffle(V::LoadLanes(src + i * pieceBytes, callerBytes), pattern);
         }
-        return all;
-    }();
-    const auto factors = LowBits == 2 ? V::Words(64, 16, 4, 1) : V::Words(16, 1);
-    const auto mask = V::Words(0xFF << (8 - LowBits) & 0xFF, 0xFF << (8 - LowBits) & 0xFF);
-    const size_t rounds = samples / roundSamples;
-    for (size_t i = 0; i < rounds; ++i) {
-        const auto highs = V::template LoadChunks<highChunks>(high + i * roundSamples);
-        const auto lows = V::template LoadChunks<1>(low + i * roundSamples / perByte)[0];
-        Chunks<V, 2 * highChunks> out;
-        for (size_t j = 0; j < 2 * highChunks; ++j) {
-            const auto bits = V::Multiply16(V::Shuffle(lows, V::Pattern(shuffles.of[j])), factors);
-            const auto tops =
-                j % 2 == 0 ? V::UnpackLo8(V::Zero(), highs[j / 2]) : V::UnpackHi8(V::Zero(), highs[j / 2]);
-            out[j] = V::Or(tops, V::And(bits, mask));
-        }
-        V::StoreChunks(words + i * roundSamples * 2, out);
+        return words;
     }
-    return rounds * roundSamples;
-}
+};
 
 template <class V>
-void Unpack10(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    const size_t done = UnpackRounds<V, 2>(high, low, samples, words);
-    V::Next().unpack10(high + done, low + done / 4, samples - done, words + done * 2);
-}
+struct TripleWords {
+    static constexpr size_t callerBytes = unitSamples * 2;
 
-template <class V>
-void Unpack12(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    const size_t done = UnpackRounds<V, 4>(high, low, samples, words);
-    V::Next().unpack12(high + done, low + done / 2, samples - done, words + done * 2);
-}
+    TripleUnit<V> unit{tripleShuffles[SampleSizeIndex(2)]};
 
-// A group of the packed form is 16 bytes with 12 samples. Field f of a word begins in byte f of it, 2 f bits up.
-constexpr Shuffle16 FieldShuffle(size_t firstSample, size_t samples) {
-    Shuffle16 shuffle = allZeroLanes;
-    for (size_t i = 0; i < 2 * samples; ++i) {
+    explicit TripleWords(const Reordering&) {}
+
+    Pieces<V, unitPieces> Load(const uint8_t* src) const {
+        const auto a = unit.Reversed(src, callerBytes);
+        const auto b = unit.Reversed(src + TripleUnit<V>::bytes, callerBytes);
+        return {a[0], a[1], a[2], b[0], b[1], b[2]};
+    }
+};
+
+// The colour of pixels with alpha; alpha is dropped.
+template <class V, size_t ColourSamples>
+struct ColourWords {
+    using Unit = AlphaUnit<V, ColourSamples>;
+    static constexpr size_t parts = unitPieces / ColourSamples;
+    static constexpr size_t callerBytes = parts * Unit::callerBytes;
+
+    Unit unit;
+
+    explicit ColourWords(const Reordering& reordering) : unit(reordering.layout->split[SampleSizeIndex(2)]) {}
+
+    Pieces<V, unitPieces> Load(const uint8_t* src) const {
+        Pieces<V, unitPieces> words;
+        for (size_t part = 0; part < parts; ++part) {
+            const auto colour = unit.Colour(Unit::Load(src + part * Unit::callerBytes, callerBytes));
+            for (size_t i = 0; i < ColourSamples; ++i) {
+                words[part * ColourSamples + i] = colour[i];
+            }
+        }
+        return words;
+    }
+};
+
+// Three fields of 10 bits in each 32 bits. Field f begins in byte f, 2 f bits up; a multiplication brings it to the
+// top.
+constexpr Shuffle16 FieldShuffle(size_t load, size_t firstSample) {
+    return PieceShuffle(0, load, [&](size_t i) {
         const size_t sample = firstSample + i / 2;
-        shuffle.byte[i] = static_cast<uint8_t>(sample / 3 * 4 + sample % 3 + i % 2);
-    }
-    return shuffle;
+        return sample / 3 * 4 + sample % 3 + i % 2;
+    });
 }
 
-// A unit is four groups: 64 packed bytes, 48 bytes of the high part and 12 of the low part.
+template <class V>
+struct PackedWords {
+    static constexpr size_t groups = 4;
+    static constexpr size_t callerBytes = groups * pieceBytes;
+
+    // Two groups of 12 samples are three pieces of 8; the second piece comes from the 16 bytes in the middle.
+    typename V::Reg patterns[3] = {V::Pattern(shuffles[0]), V::Pattern(shuffles[1]), V::Pattern(shuffles[2])};
+    typename V::Reg factors[3] = {V::WordsOf8(64, 16, 4, 64, 16, 4, 64, 16), V::WordsOf8(4, 64, 16, 4, 64, 16, 4, 64),
+                                  V::WordsOf8(16, 4, 64, 16, 4, 64, 16, 4)};
+
+    explicit PackedWords(const Reordering&) {}
+
+    Pieces<V, unitPieces> Load(const uint8_t* src) const {
+        Pieces<V, unitPieces> words;
+        for (size_t i = 0; i < unitPieces; ++i) {
+            const auto bytes = V::LoadLanes(src + i / 3 * 2 * pieceBytes + offsets[i % 3], callerBytes);
+            words[i] = V::Multiply16(V::Shuffle(bytes, patterns[i % 3]), factors[i % 3]);
+        }
+        return words;
+    }
+
+private:
+    static constexpr size_t offsets[3] = {0, 8, 16};
+    static constexpr Shuffle16 shuffles[3] = {FieldShuffle(0, 0), FieldShuffle(8, 8), FieldShuffle(16, 16)};
+};
+
+// The high part of a unit, and its low part in the low bytes of words (12 bits: 2 samples) or dwords (10 bits: 4).
+template <class V>
+Pieces<V, 3> HighPart(const Pieces<V, unitPieces>& words) {
+    Pieces<V, 3> high;
+    for (size_t i = 0; i < 3; ++i) {
+        high[i] =
+            V::PackWords(V::template ShiftRight16<8>(words[2 * i]), V::template ShiftRight16<8>(words[2 * i + 1]));
+    }
+    return high;
+}
+
+template <class V>
+void StoreLowPart10(uint8_t* low, const Pieces<V, unitPieces>& words) {
+    const auto mask = V::Words(0xC0, 0xC0);
+    Pieces<V, 3> joined;
+    for (size_t i = 0; i < 3; ++i) {
+        const auto bits = V::PackWords(V::And(words[2 * i], mask), V::And(words[2 * i + 1], mask));
+        // The bits stand 6 up in their bytes; joined, they are brought down together.
+        joined[i] =
+            V::template ShiftRight32<6>(V::MultiplyAdd16(V::MultiplyAdd8(bits, V::Bytes(1, 4)), V::Words(1, 16)));
+    }
+    V::StoreTwelve(low, V::PackWords(V::PackDwords(joined[0], joined[1]), V::PackDwords(joined[2], joined[2])));
+}
+
+template <class V>
+void StoreLowPart12(uint8_t* low, const Pieces<V, unitPieces>& words) {
+    const auto mask = V::Words(0xF, 0xF);
+    Pieces<V, 3> joined;
+    for (size_t i = 0; i < 3; ++i) {
+        const auto bits = V::PackWords(V::And(V::template ShiftRight16<4>(words[2 * i]), mask),
+                                       V::And(V::template ShiftRight16<4>(words[2 * i + 1]), mask));
+        joined[i] = V::MultiplyAdd8(bits, V::Bytes(1, 16));
+    }
+    V::StoreTwentyFour(low, V::PackWords(joined[0], joined[1]), V::PackWords(joined[2], joined[2]));
+}
+
+constexpr size_t SamplesInLowByte(size_t lowBits) {
+    return 8 / lowBits;
+}
+
+// Returns the samples done.
+template <class V, size_t LowBits, class Source>
+size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
+    const Source source(reordering);
+    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, [&](size_t at) {
+        const auto words = source.Load(src + at * Source::callerBytes / unitSamples);
+        V::StorePieces(high + at, HighPart<V>(words));
+        if constexpr (LowBits == 2) {
+            StoreLowPart10<V>(low + at / SamplesInLowByte(LowBits), words);
+        } else {
+            StoreLowPart12<V>(low + at / SamplesInLowByte(LowBits), words);
+        }
+    });
+}
+
+// The bytes that `samples` samples of the plane take of the caller's row.
+inline size_t CallerBytesOf(const Reordering& reordering, size_t samples) {
+    return reordering.kind != Reordering::Alpha
+               ? 2 * samples
+               : 2 * samples / reordering.layout->colourSamples * reordering.layout->samples;
+}
+
+template <class V, size_t LowBits>
+void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
+    auto rounds = PackRounds<V, LowBits, PlainWords<V>>;
+    if (reordering.kind == Reordering::Pairs) {
+        rounds = PackRounds<V, LowBits, PairWords<V>>;
+    } else if (reordering.kind == Reordering::Triples) {
+        rounds = PackRounds<V, LowBits, TripleWords<V>>;
+    } else if (reordering.kind == Reordering::Alpha) {
+        rounds = reordering.layout->colourSamples == 3 ? PackRounds<V, LowBits, ColourWords<V, 3>>
+                                                       : PackRounds<V, LowBits, ColourWords<V, 2>>;
+    }
+    const size_t done = rounds(reordering, words, samples, high, low);
+    if (done != samples) {
+        const auto next = LowBits == 2 ? V::Next().pack10 : V::Next().pack12;
+        next(reordering, words + CallerBytesOf(reordering, done), samples - done, high + done,
+             low + done / SamplesInLowByte(LowBits));
+    }
+}
+
 template <class V>
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
-    static constexpr Shuffle16 firstShuffle = FieldShuffle(0, 8);
-    static constexpr Shuffle16 lastShuffle = FieldShuffle(8, 4);
-    const auto firstPattern = V::Pattern(firstShuffle);
-    const auto lastPattern = V::Pattern(lastShuffle);
-    // Moves the fields 0, 1, 2 of a word to the top of 16 bits.
-    const auto firstFactors = V::WordsOf8(64, 16, 4, 64, 16, 4, 64, 16);
-    const auto lastFactors = V::WordsOf8(4, 64, 16, 4, 0, 0, 0, 0);
-    constexpr size_t unitGroups = 4;
-    constexpr size_t lowBytesOfUnit = 12;
-    constexpr size_t roundGroups = V::lanes * unitGroups;
-    size_t done = 0;
-    // The low part of a unit is stored as 16 bytes; the 4 beyond it belong to the groups that follow.
-    for (; done + roundGroups + 2 <= groups; done += roundGroups) {
-        const auto in = V::template LoadChunks<unitGroups>(packed + done * chunkBytes);
-        Chunks<V, 4> highs;
-        Chunks<V, 4> lows;
-        for (size_t j = 0; j < unitGroups; ++j) {
-            const auto first = V::Multiply16(V::Shuffle(in[j], firstPattern), firstFactors);
-            const auto last = V::Multiply16(V::Shuffle(in[j], lastPattern), lastFactors);
-            highs[j] = HighBytesOf<V>(first, last);
-            lows[j] = LowBitsOf<V, 6>(first, last);
-        }
-        V::StoreChunks(high + done * 12, JoinTwelves<V>(highs));
-        const Chunks<V, 3> bits = JoinTwelves<V>(lows);
-        V::template StoreStarts<lowBytesOfUnit>(
-            low + done * 3, V::PackWords(V::PackDwords(JoinTwoBits<V>(bits[0]), JoinTwoBits<V>(bits[1])),
-                                         V::PackDwords(JoinTwoBits<V>(bits[2]), V::Zero())));
+    constexpr size_t groupSamples = 12;
+    const PackedWords<V> source{Reordering{}};
+    const size_t done = CoverInRounds(groups, V::lanes * PackedWords<V>::groups, 1, true, [&](size_t at) {
+        const auto words = source.Load(packed + at * pieceBytes);
+        V::StorePieces(high + at * groupSamples, HighPart<V>(words));
+        StoreLowPart10<V>(low + at * groupSamples / SamplesInLowByte(2), words);
+    });
+    if (done != groups) {
+        V::Next().packedGroupsToPlane(packed + done * pieceBytes, groups - done, high + done * groupSamples,
+                                      low + done * groupSamples / SamplesInLowByte(2));
     }
-    V::Next().packedGroupsToPlane(packed + done * chunkBytes, groups - done, high + done * 12, low + done * 3);
 }
 
-// Samples 3 j + first and, with `both`, the one after it, of each word j: the indices of their bytes in a row of 12,
-// one in the byte `place` of each 16 bits.
-constexpr Shuffle16 WordFieldShuffle(size_t first, bool both, size_t place, size_t perByte, size_t base) {
-    Shuffle16 shuffle = allZeroLanes;
-    for (size_t word = 0; word < 4; ++word) {
-        for (size_t i = 0; i <= (both ? 1U : 0U); ++i) {
-            shuffle.byte[4 * word + 2 * i + place] = static_cast<uint8_t>(base + (3 * word + first + i) / perByte);
+// How a unit's words are put together: for each piece of 8 words, where their samples' high bytes are loaded and how
+// they are placed in the high bytes of words, how the bytes of the low part that hold their low bits are placed in the
+// low bytes, and by what these are multiplied to bring the bits to the top.
+struct UnpackTable {
+    size_t highLoad[unitPieces] = {};
+    size_t lowLoad[unitPieces] = {};
+    Shuffle16 high[unitPieces];
+    Shuffle16 low[unitPieces];
+    uint16_t factors[unitPieces][8] = {};
+};
+
+constexpr UnpackTable MakeUnpackTable(Reordering::Kind kind, size_t lowBits) {
+    constexpr size_t tripleLoad[3] = {0, 6, 8};
+    UnpackTable table;
+    const auto sourceOf = [&](size_t sample) {
+        return kind == Reordering::Pairs     ? sample ^ 1
+               : kind == Reordering::Triples ? sample / 3 * 3 + 2 - sample % 3
+                                             : sample;
+    };
+    for (size_t piece = 0; piece < unitPieces; ++piece) {
+        table.highLoad[piece] = kind == Reordering::Triples ? piece / 3 * (unitSamples / 2) + tripleLoad[piece % 3]
+                                                            : piece / 2 * pieceBytes;
+        // 12 bytes at 10 bits, one load; 24 at 12 bits, two that meet in the middle.
+        table.lowLoad[piece] = lowBits == 2 ? 0 : piece / 3 * 8;
+        table.high[piece] = PieceShuffle(piece, table.highLoad[piece],
+                                         [&](size_t i) { return i % 2 == 1 ? sourceOf(i / 2) : nowhere; });
+        table.low[piece] = PieceShuffle(piece, table.lowLoad[piece], [&](size_t i) {
+            return i % 2 == 0 ? sourceOf(i / 2) / SamplesInLowByte(lowBits) : nowhere;
+        });
+        for (size_t i = 0; i < 8; ++i) {
+            const size_t place = sourceOf(8 * piece + i) % SamplesInLowByte(lowBits);
+            table.factors[piece][i] = static_cast<uint16_t>(1U << (8 - lowBits * (place + 1)));
         }
     }
-    return shuffle;
+    return table;
+}
+
+template <Reordering::Kind Kind, size_t LowBits>
+constexpr UnpackTable unpackTable = MakeUnpackTable(Kind, LowBits);
+
+template <class V, size_t LowBits, Reordering::Kind Kind>
+size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+    constexpr const UnpackTable& table = unpackTable<Kind, LowBits>;
+    constexpr size_t lowBytes = unitSamples / SamplesInLowByte(LowBits);
+    const auto mask = LowBits == 2 ? V::Words(0xC0, 0xC0) : V::Words(0xF0, 0xF0);
+    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, [&](size_t at) {
+        const uint8_t* lowPart = low + at / SamplesInLowByte(LowBits);
+        Pieces<V, unitPieces> out;
+        for (size_t i = 0; i < unitPieces; ++i) {
+            const auto lows =
+                LowBits == 2 ? V::LoadTwelve(lowPart) : V::LoadLanes(lowPart + table.lowLoad[i], lowBytes);
+            const auto bits = V::Multiply16(V::Shuffle(lows, V::Pattern(table.low[i])), V::Factors(table.factors[i]));
+            const auto tops =
+                V::Shuffle(V::LoadLanes(high + at + table.highLoad[i], unitSamples), V::Pattern(table.high[i]));
+            out[i] = V::Or(tops, V::And(bits, mask));
+        }
+        V::StorePieces(words + 2 * at, out);
+    });
+}
+
+template <class V, size_t LowBits>
+void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+    const auto rounds = reordering.kind == Reordering::Pairs     ? UnpackRounds<V, LowBits, Reordering::Pairs>
+                        : reordering.kind == Reordering::Triples ? UnpackRounds<V, LowBits, Reordering::Triples>
+                                                                 : UnpackRounds<V, LowBits, Reordering::None>;
+    const size_t done = rounds(high, low, samples, words);
+    if (done != samples) {
+        const auto next = LowBits == 2 ? V::Next().unpack10 : V::Next().unpack12;
+        next(reordering, high + done, low + done / SamplesInLowByte(LowBits), samples - done, words + 2 * done);
+    }
+}
+
+// Samples 3 j + first and, with `both`, the one after it, of each word j of a group: the bytes that hold their bits in
+// a row of `perByte` samples a byte, one in the byte `place` of each 16 bits.
+constexpr Shuffle16 WordFieldShuffle(size_t load, size_t base, size_t first, bool both, size_t place, size_t perByte) {
+    return PieceShuffle(0, load, [&](size_t i) {
+        const bool used = i % 2 == place && (both || i % 4 < 2);
+        return used ? base + (i / 4 * 3 + first + i % 4 / 2) / perByte : nowhere;
+    });
 }
 
 template <class V>
 void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed) {
-    static constexpr Shuffle16 pairHigh = WordFieldShuffle(0, true, 1, 1, 0);
-    static constexpr Shuffle16 thirdHigh = WordFieldShuffle(2, false, 1, 1, 0);
     constexpr size_t unitGroups = 4;
-    static constexpr auto lowShuffles = [] {
-        Shuffles<2 * unitGroups> all;
-        for (size_t group = 0; group < unitGroups; ++group) {
-            all.of[2 * group] = WordFieldShuffle(0, true, 0, 4, 3 * group);
-            all.of[2 * group + 1] = WordFieldShuffle(2, false, 0, 4, 3 * group);
-        }
-        return all;
-    }();
-    const auto pairHighPattern = V::Pattern(pairHigh);
-    const auto thirdHighPattern = V::Pattern(thirdHigh);
+    constexpr size_t groupSamples = 12;
+    // The last of the four loads of the high part ends with the unit.
+    static constexpr size_t highLoads[unitGroups] = {0, 12, 24, 32};
+    static constexpr struct Tables {
+        Shuffle16 highPair[2] = {WordFieldShuffle(0, 0, 0, true, 1, 1), WordFieldShuffle(0, 4, 0, true, 1, 1)};
+        Shuffle16 highThird[2] = {WordFieldShuffle(0, 0, 2, false, 1, 1), WordFieldShuffle(0, 4, 2, false, 1, 1)};
+        Shuffle16 lowPair[unitGroups] = {WordFieldShuffle(0, 0, 0, true, 0, 4), WordFieldShuffle(0, 3, 0, true, 0, 4),
+                                         WordFieldShuffle(0, 6, 0, true, 0, 4), WordFieldShuffle(0, 9, 0, true, 0, 4)};
+        Shuffle16 lowThird[unitGroups] = {
+            WordFieldShuffle(0, 0, 2, false, 0, 4), WordFieldShuffle(0, 3, 2, false, 0, 4),
+            WordFieldShuffle(0, 6, 2, false, 0, 4), WordFieldShuffle(0, 9, 2, false, 0, 4)};
+    } tables;
     // Moves the low bits of samples 0 and 1 of each word, and of sample 2, to the top of their low byte.
     const auto pairFactors = V::WordsOf8(64, 16, 1, 64, 4, 1, 16, 4);
     const auto thirdFactors = V::WordsOf8(4, 0, 16, 0, 64, 0, 1, 0);
     const auto lowMask = V::Words(0xC0, 0xC0);
-    constexpr size_t roundGroups = V::lanes * unitGroups;
-    size_t done = 0;
-    for (; done + roundGroups + 2 <= groups; done += roundGroups) {
-        const Chunks<V, 4> highs = CutTwelves<V>(V::template LoadChunks<3>(high + done * 12));
-        const auto lows = V::template LoadStarts<12>(low + done * 3);
-        Chunks<V, 4> out;
-        for (size_t j = 0; j < unitGroups; ++j) {
-            const auto field = [&](auto highPattern, const Shuffle16& lowShuffle, auto factors) {
+    const size_t done = CoverInRounds(groups, V::lanes * unitGroups, 1, true, [&](size_t at) {
+        const auto lows = V::LoadTwelve(low + at * groupSamples / SamplesInLowByte(2));
+        Pieces<V, unitGroups> out;
+        for (size_t i = 0; i < unitGroups; ++i) {
+            const auto highs = V::LoadLanes(high + at * groupSamples + highLoads[i], unitGroups * groupSamples);
+            const auto fields = [&](const Shuffle16& highShuffle, const Shuffle16& lowShuffle, auto factors) {
                 const auto bits = V::Multiply16(V::Shuffle(lows, V::Pattern(lowShuffle)), factors);
-                return V::template ShiftRight16<6>(V::Or(V::Shuffle(highs[j], highPattern), V::And(bits, lowMask)));
+                return V::template ShiftRight16<6>(
+                    V::Or(V::Shuffle(highs, V::Pattern(highShuffle)), V::And(bits, lowMask)));
             };
-            const auto pairs = field(pairHighPattern, lowShuffles.of[2 * j], pairFactors);
-            const auto thirds = field(thirdHighPattern, lowShuffles.of[2 * j + 1], thirdFactors);
-            out[j] = V::Or(V::MultiplyAdd16(pairs, V::Words(1, 1024)), V::template ShiftLeft32<20>(thirds));
+            const auto pairs = fields(tables.highPair[i / 3], tables.lowPair[i], pairFactors);
+            const auto thirds = fields(tables.highThird[i / 3], tables.lowThird[i], thirdFactors);
+            out[i] = V::Or(V::MultiplyAdd16(pairs, V::Words(1, 1024)), V::template ShiftLeft32<20>(thirds));
         }
-        V::StoreChunks(packed + done * chunkBytes, out);
+        V::StorePieces(packed + at * pieceBytes, out);
+    });
+    if (done != groups) {
+        V::Next().planeToPackedGroups(high + done * groupSamples, low + done * groupSamples / SamplesInLowByte(2),
+                                      groups - done, packed + done * pieceBytes);
     }
-    V::Next().planeToPackedGroups(high + done * 12, low + done * 3, groups - done, packed + done * chunkBytes);
+}
+
+template <class V, class Source>
+size_t FloatRounds(const uint8_t* fixed, size_t samples, size_t step, uint8_t* floats) {
+    const Source source{Reordering{}};
+    return CoverInRounds(samples, V::lanes * unitSamples, step, true, [&](size_t at) {
+        const auto words = source.Load(fixed + 2 * at);
+        Pieces<V, 2 * unitPieces> out;
+        for (size_t i = 0; i < unitPieces; ++i) {
+            out[2 * i] = V::Fixed14ToFloat(V::UnpackLo16(V::Zero(), words[i]));
+            out[2 * i + 1] = V::Fixed14ToFloat(V::UnpackHi16(V::Zero(), words[i]));
+        }
+        V::StorePieces(floats + 4 * at, out);
+    });
 }
 
 template <class V>
-void FixedToFloat(const uint8_t* fixed, size_t samples, uint8_t* floats) {
-    constexpr size_t unitChunks = 2;
-    constexpr size_t roundSamples = V::lanes * unitChunks * chunkBytes / 2;
-    const size_t rounds = samples / roundSamples;
-    for (size_t i = 0; i < rounds; ++i) {
-        const auto in = V::template LoadChunks<unitChunks>(fixed + i * roundSamples * 2);
-        V::StoreChunks(floats + i * roundSamples * 4, Chunks<V, 4>{V::Fixed14ToFloat(V::UnpackLo16(V::Zero(), in[0])),
-                                                                   V::Fixed14ToFloat(V::UnpackHi16(V::Zero(), in[0])),
-                                                                   V::Fixed14ToFloat(V::UnpackLo16(V::Zero(), in[1])),
-                                                                   V::Fixed14ToFloat(V::UnpackHi16(V::Zero(), in[1]))});
+void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats) {
+    const size_t done = reordering.kind == Reordering::Pairs ? FloatRounds<V, PairWords<V>>(fixed, samples, 2, floats)
+                        : reordering.kind == Reordering::Triples
+                            ? FloatRounds<V, TripleWords<V>>(fixed, samples, 3, floats)
+                            : FloatRounds<V, PlainWords<V>>(fixed, samples, 1, floats);
+    if (done != samples) {
+        V::Next().fixedToFloat(reordering, fixed + 2 * done, samples - done, floats + 4 * done);
     }
-    const size_t done = rounds * roundSamples;
-    V::Next().fixedToFloat(fixed + done * 2, samples - done, floats + done * 4);
 }
 
 template <class V>
@@ -444,10 +572,10 @@ constexpr RowKernels VectorRowKernels() {
         .merge = Merge<V>,
         .swapPairs = SwapPairs<V>,
         .reverseTriples = ReverseTriples<V>,
-        .pack10 = Pack10<V>,
-        .pack12 = Pack12<V>,
-        .unpack10 = Unpack10<V>,
-        .unpack12 = Unpack12<V>,
+        .pack10 = Pack<V, 2>,
+        .pack12 = Pack<V, 4>,
+        .unpack10 = Unpack<V, 2>,
+        .unpack12 = Unpack<V, 4>,
         .packedGroupsToPlane = PackedGroupsToPlane<V>,
         .planeToPackedGroups = PlaneToPackedGroups<V>,
         .fixedToFloat = FixedToFloat<V>,

@@ -103,8 +103,9 @@ void PlaneRowToPacked(uint32_t width, const uint8_t* src, uint8_t* dst) {
 }
 
 struct SplitForm {
-    void (*pack)(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
-    void (*unpack)(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
+    void (*pack)(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    void (*unpack)(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples,
+                   uint8_t* words);
     size_t samplesInLowByte;
 };
 
@@ -120,18 +121,18 @@ SplitForm SplitFormOf(uint32_t type) {
     }
 }
 
-void UnpackSplitRow(const SplitForm& form, const uint8_t* planeRow, const uint8_t* planeEnd, uint8_t* dst,
-                    size_t samples) {
+void UnpackSplitRow(const SplitForm& form, const Reordering& reordering, const uint8_t* planeRow,
+                    const uint8_t* planeEnd, uint8_t* dst, size_t samples) {
     const uint8_t* low = planeRow + samples;
     const size_t lowBytes = (samples + form.samplesInLowByte - 1) / form.samplesInLowByte;
     if (lowBytes <= static_cast<size_t>(planeEnd - planeRow) - samples) {
-        return form.unpack(planeRow, low, samples, dst);
+        return form.unpack(reordering, planeRow, low, samples, dst);
     }
     // Only the last byte of the low part can be missing.
     const size_t whole = (lowBytes - 1) * form.samplesInLowByte;
     const uint8_t missing = 0;
-    form.unpack(planeRow, low, whole, dst);
-    form.unpack(planeRow + whole, &missing, samples - whole, dst + whole * wordBytes);
+    form.unpack(reordering, planeRow, low, whole, dst);
+    form.unpack(reordering, planeRow + whole, &missing, samples - whole, dst + whole * wordBytes);
 }
 
 }  // namespace
@@ -140,20 +141,20 @@ bool NeedsPacking(uint32_t componentType) {
     return componentType == Uint10 || componentType == Uint12 || componentType == Packed10;
 }
 
-void PackRow(uint32_t type, uint32_t width, const uint8_t* src, size_t length, uint8_t* planeRow) {
+void PackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
+             uint8_t* planeRow) {
     if (type == Packed10) {
         return PackedRowToPlane(width, src, planeRow);
     }
-    const size_t samples = length / wordBytes;
-    SplitFormOf(type).pack(src, samples, planeRow, planeRow + samples);
+    SplitFormOf(type).pack(reordering, src, samples, planeRow, planeRow + samples);
 }
 
-void UnpackRow(uint32_t type, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd, uint8_t* dst,
-               size_t length) {
+void UnpackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* planeRow,
+               const uint8_t* planeEnd, uint8_t* dst, size_t samples) {
     if (type == Packed10) {
         return PlaneRowToPacked(width, planeRow, dst);
     }
-    UnpackSplitRow(SplitFormOf(type), planeRow, planeEnd, dst, length / wordBytes);
+    UnpackSplitRow(SplitFormOf(type), reordering, planeRow, planeEnd, dst, samples);
 }
 
 }  // namespace plenar

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "conversion/row_kernels.h"
+
 namespace plenar {
 
 // Whether the samples of the type are stored in fewer bits than the caller holds them in.
@@ -14,11 +16,12 @@ bool NeedsPacking(uint32_t componentType);
 
 // One row each, of `width` pixels, with `length` the bytes of the caller's row (not used for Packed10, whose rows
 // follow from the width). Both throw invalid_argument for a type that needs no packing.
-void PackRow(uint32_t type, uint32_t width, const uint8_t* src, size_t length, uint8_t* planeRow);
+void PackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
+             uint8_t* planeRow);
 
 // Rows whose length is one sample more than the plane's (YCbYCr of odd width) ask for one byte behind the plane's row.
 // At `planeEnd` and beyond that byte counts as 0.
-void UnpackRow(uint32_t type, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd, uint8_t* dst,
-               size_t length);
+void UnpackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* planeRow,
+               const uint8_t* planeEnd, uint8_t* dst, size_t samples);
 
 }  // namespace plenar

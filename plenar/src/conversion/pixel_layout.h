@@ -5,34 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "conversion/byte_shuffles.h"
 #include "plenar_sdk.h"
 
 namespace plenar {
-
-// A shuffle of 16 bytes: for each byte of the result the index of its source, or zeroLane.
-struct Shuffle16 {
-    uint8_t byte[16] = {};
-};
-
-inline constexpr uint8_t zeroLane = 0x80;
-inline constexpr Shuffle16 allZeroLanes = {{zeroLane, zeroLane, zeroLane, zeroLane, zeroLane, zeroLane, zeroLane,
-                                            zeroLane, zeroLane, zeroLane, zeroLane, zeroLane, zeroLane, zeroLane,
-                                            zeroLane, zeroLane}};
-
-// Samples of 1, 2 and 4 bytes, told apart by the logarithm of their size.
-inline constexpr size_t sampleSizes = 3;
-constexpr size_t SampleSizeIndex(size_t sampleBytes) {
-    return sampleBytes >> 1;
-}
-
-// The shuffles whose results, laid over each other, are the caller's bytes of a block.
-struct MergeShuffles {
-    Shuffle16 colour = allZeroLanes;
-    Shuffle16 alpha = allZeroLanes;
-};
-
-// A block is 4 bytes of alpha and the colour that goes with them.
-inline constexpr size_t blockAlphaBytes = 4;
 
 struct PixelLayout {
     size_t colourSamples;  // of a pixel in the plane: 3, or 2 of a 4:2:2 row
@@ -40,35 +16,80 @@ struct PixelLayout {
     size_t alpha;          // position of alpha in the caller's pixel
     size_t samples;        // of the caller's pixel
 
-    // For each sample size, the shuffle from a block of the caller's bytes to colour bytes followed by alpha bytes, and
-    // those back.
-    Shuffle16 split[sampleSizes] = {};
+    SplitShuffles split[sampleSizes] = {};
     MergeShuffles merge[sampleSizes] = {};
 };
 
 namespace pixel_layouts {
 
+// A group is 4 bytes of alpha and the colour that goes with them. Byte i of a group of one side is byte position(i) of
+// that group on the other; the functions here are that mapping, in both directions.
+struct GroupMap {
+    const PixelLayout& layout;
+    size_t sampleBytes;
+
+    constexpr size_t ColourBytes() const { return layout.colourSamples * groupAlphaBytes; }
+    constexpr size_t CallerBytes() const { return layout.samples * groupAlphaBytes; }
+
+    constexpr size_t CallerByteOf(size_t pixel, size_t position, size_t byte) const {
+        return (pixel * layout.samples + position) * sampleBytes + byte % sampleBytes;
+    }
+    constexpr size_t CallerByteOfColour(size_t i) const {
+        const size_t sample = i / sampleBytes;
+        return CallerByteOf(sample / layout.colourSamples, layout.colour[sample % layout.colourSamples], i);
+    }
+    constexpr size_t CallerByteOfAlpha(size_t i) const { return CallerByteOf(i / sampleBytes, layout.alpha, i); }
+};
+
+constexpr SplitShuffles MakeSplit(const GroupMap& map) {
+    SplitShuffles shuffles;
+    const bool three = map.layout.colourSamples == 3;
+    const auto colour = [&](size_t i) {
+        return i / map.ColourBytes() * map.CallerBytes() + map.CallerByteOfColour(i % map.ColourBytes());
+    };
+    for (size_t piece = 0; piece < map.layout.colourSamples; ++piece) {
+        for (size_t term = 0; term < 2; ++term) {
+            const size_t load = three ? splitLoads4[piece + term] : splitLoads3[2 * piece + term];
+            shuffles.colour[piece][term] = PieceShuffle(piece, load, colour);
+        }
+    }
+    for (size_t group = 0; group < 4; ++group) {
+        const size_t load = three ? splitLoads4[group] : splitLoads3[group];
+        shuffles.alpha[group] = PieceShuffle(0, load, [&](size_t i) {
+            return i / groupAlphaBytes == group ? group * map.CallerBytes() + map.CallerByteOfAlpha(i % groupAlphaBytes)
+                                                : nowhere;
+        });
+    }
+    return shuffles;
+}
+
+constexpr MergeShuffles MakeMerge(const GroupMap& map) {
+    MergeShuffles shuffles;
+    const bool three = map.layout.colourSamples == 3;
+    // The byte of the plane, of `bytes` bytes a group, whose place among the caller's bytes is i.
+    const auto find = [&](size_t i, size_t bytes, bool isAlpha) {
+        for (size_t byte = 0; byte < bytes; ++byte) {
+            const size_t caller = isAlpha ? map.CallerByteOfAlpha(byte) : map.CallerByteOfColour(byte);
+            if (caller == i % map.CallerBytes()) {
+                return i / map.CallerBytes() * bytes + byte;
+            }
+        }
+        return nowhere;
+    };
+    for (size_t piece = 0; piece < map.layout.samples; ++piece) {
+        const size_t load = three ? mergeLoads4[piece] : mergeLoads3[piece];
+        shuffles.colour[piece] = PieceShuffle(piece, load, [&](size_t i) { return find(i, map.ColourBytes(), false); });
+        shuffles.alpha[piece] = PieceShuffle(piece, 0, [&](size_t i) { return find(i, groupAlphaBytes, true); });
+    }
+    return shuffles;
+}
+
 constexpr PixelLayout Make(size_t colourSamples, const size_t (&colour)[3], size_t alpha) {
     PixelLayout layout = {colourSamples, {colour[0], colour[1], colour[2]}, alpha, colourSamples + 1};
-    const size_t colourBytes = layout.colourSamples * blockAlphaBytes;
     for (size_t size = 0; size < sampleSizes; ++size) {
-        const size_t sampleBytes = size_t{1} << size;
-        layout.split[size] = allZeroLanes;
-        const auto place = [&](size_t pixel, size_t position, size_t byte) {
-            return (pixel * layout.samples + position) * sampleBytes + byte;
-        };
-        for (size_t i = 0; i < colourBytes; ++i) {
-            const size_t sample = i / sampleBytes;
-            const size_t position = layout.colour[sample % layout.colourSamples];
-            const size_t caller = place(sample / layout.colourSamples, position, i % sampleBytes);
-            layout.split[size].byte[i] = static_cast<uint8_t>(caller);
-            layout.merge[size].colour.byte[caller] = static_cast<uint8_t>(i);
-        }
-        for (size_t i = 0; i < blockAlphaBytes; ++i) {
-            const size_t caller = place(i / sampleBytes, layout.alpha, i % sampleBytes);
-            layout.split[size].byte[colourBytes + i] = static_cast<uint8_t>(caller);
-            layout.merge[size].alpha.byte[caller] = static_cast<uint8_t>(i);
-        }
+        const GroupMap map = {layout, size_t{1} << size};
+        layout.split[size] = MakeSplit(map);
+        layout.merge[size] = MakeMerge(map);
     }
     return layout;
 }

@@ -43,10 +43,6 @@ void MergeRow(const PixelLayout& layout, size_t width, const uint8_t* colour, si
     std::memcpy(dst + pixels * layout.samples * width, colour + done, colourLength - done);
 }
 
-[[noreturn]] void RefuseOrder() {
-    throw invalid_argument("color component order is not supported");
-}
-
 }  // namespace
 
 bool NeedsReorder(uint32_t colorComponentOrder) {
@@ -64,36 +60,66 @@ bool NeedsReorder(uint32_t colorComponentOrder) {
     }
 }
 
-void ReorderRowToPlane(uint32_t order, uint32_t type, const uint8_t* src, size_t srcLength, uint8_t* dst,
-                       uint8_t* alphaDst) {
-    if (const PixelLayout* layout = FindPixelLayout(order)) {
-        const size_t width = SampleWidth(type);
-        return ActiveRowKernels().split(*layout, width, src, dst, alphaDst, srcLength / (layout->samples * width));
+Reordering ReorderingOf(uint32_t colorComponentOrder) {
+    if (!NeedsReorder(colorComponentOrder)) {
+        return {Reordering::None};
     }
-    ReorderRowFromPlane(order, type, src, srcLength, nullptr, 0, dst, srcLength);
-}
-
-void ReorderRowFromPlane(uint32_t order, uint32_t type, const uint8_t* colour, size_t colourLength,
-                         const uint8_t* alpha, size_t alphaLength, uint8_t* dst, size_t dstLength) {
-    const size_t width = SampleWidth(type);
-    switch (order) {
+    switch (colorComponentOrder) {
         case YCbYCr:
         case YCbYCrPlusAlpha:
-            return SwapRow(width, colour, colourLength, dst, dstLength);
+            return {Reordering::Pairs};
         case BGR:
-            return ActiveRowKernels().reverseTriples(width, colour, dst, colourLength / (3 * width));
+            return {Reordering::Triples};
         default:
             break;
     }
-    const PixelLayout* layout = FindPixelLayout(order);
+    const PixelLayout* layout = FindPixelLayout(colorComponentOrder);
     if (layout == nullptr) {
-        RefuseOrder();
+        throw invalid_argument("color component order is not supported");
     }
-    MergeRow(*layout, width, colour, colourLength, alpha, alphaLength, dst);
+    return {Reordering::Alpha, layout};
 }
 
-void ReorderRowInPlace(uint32_t order, uint32_t type, uint8_t* row, size_t length) {
-    ReorderRowFromPlane(order, type, row, length, nullptr, 0, row, length);
+void ReorderRowToPlane(const Reordering& reordering, uint32_t type, const uint8_t* src, size_t srcLength, uint8_t* dst,
+                       uint8_t* alphaDst) {
+    if (reordering.kind == Reordering::Alpha) {
+        const size_t width = SampleWidth(type);
+        const size_t pixels = srcLength / (reordering.layout->samples * width);
+        return ActiveRowKernels().split(*reordering.layout, width, src, dst, alphaDst, pixels);
+    }
+    ReorderRowFromPlane(reordering, type, src, srcLength, nullptr, 0, dst, srcLength);
+}
+
+void ReorderRowFromPlane(const Reordering& reordering, uint32_t type, const uint8_t* colour, size_t colourLength,
+                         const uint8_t* alpha, size_t alphaLength, uint8_t* dst, size_t dstLength) {
+    const size_t width = SampleWidth(type);
+    switch (reordering.kind) {
+        case Reordering::None:
+            std::memcpy(dst, colour, colourLength);
+            return;
+        case Reordering::Pairs:
+            return SwapRow(width, colour, colourLength, dst, dstLength);
+        case Reordering::Triples:
+            return ActiveRowKernels().reverseTriples(width, colour, dst, colourLength / (3 * width));
+        case Reordering::Alpha:
+            return MergeRow(*reordering.layout, width, colour, colourLength, alpha, alphaLength, dst);
+    }
+}
+
+// A row of odd width in an order of pairs lacks its last sample: that place takes its pair's first one, whose own place
+// takes what the target held there before.
+void FixedRowToFloat(const Reordering& reordering, const uint8_t* fixed, size_t fixedLength, uint8_t* dst,
+                     size_t dstLength) {
+    const size_t samples = fixedLength / sizeof(int16_t);
+    const RowKernels& kernels = ActiveRowKernels();
+    if (samples * sizeof(float) == dstLength) {
+        return kernels.fixedToFloat(reordering, fixed, samples, dst);
+    }
+    const size_t whole = samples - 1;
+    kernels.fixedToFloat(reordering, fixed, whole, dst);
+    uint8_t* last = dst + whole * sizeof(float);
+    std::memcpy(last, last + sizeof(float), sizeof(float));
+    kernels.fixedToFloat({Reordering::None}, fixed + whole * sizeof(int16_t), 1, last + sizeof(float));
 }
 
 }  // namespace plenar

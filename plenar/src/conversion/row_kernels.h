@@ -13,6 +13,13 @@
 
 namespace plenar {
 
+// How the caller's samples stand to those of the plane.
+struct Reordering {
+    enum Kind { None, Pairs, Triples, Alpha };
+    Kind kind = None;
+    const PixelLayout* layout = nullptr;  // with Alpha
+};
+
 struct RowKernels {
     // Caller's pixels with alpha to plane pixels and alpha samples. alpha may be null: then alpha is dropped.
     void (*split)(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
@@ -25,19 +32,23 @@ struct RowKernels {
     // Exchanges the first and the third sample of each pixel of three. In place too.
     void (*reverseTriples)(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pixels);
 
-    // Words with the sample in their top bits to a high part of one byte a sample and a low part, in which a byte takes
-    // the remaining bits of 4 (10 bits) or 2 (12 bits) samples, first sample lowest; unused bits are zero.
-    void (*pack10)(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
-    void (*pack12)(const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
-    void (*unpack10)(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
-    void (*unpack12)(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
+    // Words with the sample in their top bits, reordered, to a high part of one byte a sample and a low part, in which
+    // a byte takes the remaining bits of 4 (10 bits) or 2 (12 bits) samples, first sample lowest; unused bits are zero.
+    // `samples` counts those of the plane and is a multiple of what the reordering moves together; alpha is dropped.
+    void (*pack10)(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    void (*pack12)(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    // The way back; not with Alpha.
+    void (*unpack10)(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples,
+                     uint8_t* words);
+    void (*unpack12)(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples,
+                     uint8_t* words);
 
     // Whole groups of 12 samples: 4 words of three 10-bit fields to 12 bytes of the high part and 3 of the low part.
     void (*packedGroupsToPlane)(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low);
     void (*planeToPackedGroups)(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed);
 
-    // Signed fixed point with 14 fraction bits to single precision, exact.
-    void (*fixedToFloat)(const uint8_t* fixed, size_t samples, uint8_t* floats);
+    // Signed fixed point with 14 fraction bits to single precision, exact, and reordered. Not with Alpha.
+    void (*fixedToFloat)(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats);
 };
 
 extern const RowKernels plainRowKernels;

@@ -10,6 +10,15 @@ namespace {
 // find the workers awake; a host that pauses for longer gets its processors back.
 constexpr std::chrono::microseconds lookOutTime{50};
 
+// Waits for the condition for that while, leaving the processor to whoever else can use it.
+template <class Condition>
+void LookOutFor(const Condition& condition) {
+    const auto end = std::chrono::steady_clock::now() + lookOutTime;
+    while (!condition() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+}
+
 }  // namespace
 
 // The delegated constructor makes the pool complete before the first thread starts, so that a thread that fails to
@@ -17,7 +26,10 @@ constexpr std::chrono::microseconds lookOutTime{50};
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
     queues.resize(workerCount);
     workers.reserve(workerCount);
-    looksOut = workerCount <= std::thread::hardware_concurrency();
+    const uint32_t processors = std::thread::hardware_concurrency();
+    workersLookOut = workerCount <= processors;
+    // The owner needs a processor to itself, or it would take a worker's.
+    ownerLooksOut = workerCount < processors;
     for (Queue& queue : queues) {
         workers.emplace_back([this, &queue] { Work(queue); });
     }
@@ -64,26 +76,13 @@ void WorkPool::Wait() {
 
 void WorkPool::AwaitFinish() {
     const auto done = [this] { return pending == 0; };
-    if (!LookOutFor(done)) {
+    if (ownerLooksOut) {
+        LookOutFor(done);
+    }
+    if (!done()) {
         std::unique_lock lock(mutex);
         finished.wait(lock, done);
     }
-}
-
-// Waits for the condition for a short while, leaving the processor to whoever else can use it.
-template <class Condition>
-bool WorkPool::LookOutFor(const Condition& condition) const {
-    if (!looksOut) {
-        return condition();
-    }
-    const auto end = std::chrono::steady_clock::now() + lookOutTime;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= end) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
 }
 
 void WorkPool::Work(Queue& queue) {
@@ -97,7 +96,9 @@ void WorkPool::Work(Queue& queue) {
 
 // Returns false when the pool is being destroyed.
 bool WorkPool::AwaitJobs(const Queue& queue, uint32_t& lastBatch) {
-    LookOutFor([&] { return batches != lastBatch || stop; });
+    if (workersLookOut) {
+        LookOutFor([&] { return batches != lastBatch || stop; });
+    }
     std::unique_lock lock(mutex);
     wakeup.wait(lock, [&] { return stop || (running && !queue.empty()); });
     lastBatch = batches;

@@ -49,8 +49,6 @@ private:
     void RunJobs(Queue& queue);
     void FinishJobs(size_t count);
     void AwaitFinish();
-    template <class Condition>
-    bool LookOutFor(const Condition& condition) const;
     void DropBatch();
 
     std::vector<std::thread> workers;
@@ -62,7 +60,8 @@ private:
     std::mutex mutex;
     std::condition_variable wakeup;
     std::condition_variable finished;
-    bool looksOut = false;  // whether threads that wait keep their processor for a while
+    bool workersLookOut = false;  // whether threads that wait keep their processor for a while
+    bool ownerLooksOut = false;
     std::atomic<bool> stop{false};
     bool running = false;
 };
