@@ -13,13 +13,14 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-rounds=5
+rounds=
+quick=0
 seconds=0.02
 filter=.
 details=()
 while (($# > 0)); do
     case $1 in
-        --quick) rounds=3 seconds=0.005 ;;
+        --quick) quick=1 seconds=0.005 ;;
         --rounds) rounds=${2:?--rounds needs a number}; shift ;;
         --filter) filter=${2:?--filter needs a regular expression}; shift ;;
         --shift) export PLENAR_BENCH_PAYLOAD_SHIFT=${2:?--shift needs a number of bytes}; shift ;;
@@ -28,6 +29,7 @@ while (($# > 0)); do
     esac
     shift
 done
+rounds=${rounds:-$((quick ? 3 : 5))}
 
 build=build/bench
 mkdir -p "$build"
@@ -44,6 +46,7 @@ for ((round = 1; round <= rounds; ++round)); do
     "$build/bench/plenar_bench" --benchmark_filter="$filter" --benchmark_min_time="$seconds" \
         --benchmark_out="$build/rounds/$round.json" --benchmark_out_format=json >"$build/run.log" 2>&1 ||
         { tail -n 20 "$build/run.log" >&2; echo "bench.sh: round $round failed" >&2; exit 1; }
+    [[ -s $build/rounds/$round.json ]] || { echo "bench.sh: no benchmark matches $filter" >&2; exit 1; }
     echo "round $round of $rounds: $((SECONDS - start)) s"
 done
 echo

@@ -1,0 +1,109 @@
+// Coded alpha planes by what they show. Bytes are those of the plain plane, for the library and for its peers.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks.h"
+#include "coder_peers.h"
+#include "frame_work.h"
+#include "matte_contents.h"
+#include "measurement.h"
+#include "reference_work.h"
+#include "token_count.h"
+
+namespace plenar_bench {
+
+namespace {
+
+struct Plane {
+    Matte matte;
+    PictureSize size;
+    uint32_t bits;
+
+    Frame AsFrame() const {
+        const uint32_t type = bits == 8 ? PLENAR_TYPE_UINT8 : PLENAR_TYPE_UINT16;
+        return {{PLENAR_ORDER_ALPHA_ONLY, type}, size, true};
+    }
+    const std::vector<uint8_t>& Samples() const { return MatteSamples(matte, size, bits); }
+    bool operator==(const Plane& other) const {
+        return matte == other.matte && size.width == other.size.width && bits == other.bits;
+    }
+};
+
+// Counted once for all measurements of a plane, which follow one another.
+double TokensOf(const Plane& plane) {
+    static Plane counted = {};
+    static double tokens = 0;
+    if (tokens == 0 || !(counted == plane)) {
+        tokens = static_cast<double>(CountTokens(plane.AsFrame(), plane.Samples()));
+        counted = plane;
+    }
+    return tokens;
+}
+
+Work CodingWork(const Plane& plane, Direction direction) {
+    Work work = FrameWork(plane.AsFrame(), direction, 1, plane.Samples());
+    work.counts["tokens"] = TokensOf(plane);
+    return work;
+}
+
+// The pass over memory that each direction can't do without.
+Work MemoryPass(const Plane& plane, Direction direction) {
+    const size_t size = plane.AsFrame().PictureBytes(direction);
+    uint8_t* samples = PictureMemory(size);
+    if (direction == Direction::Encode) {
+        return {[=] {
+                    benchmark::DoNotOptimize(ReadPass(samples, size));
+                    return true;
+                },
+                size};
+    }
+    return {[=] {
+                std::memset(samples, 0xFF, size);
+                return true;
+            },
+            size};
+}
+
+Work Cycles() {
+    return {[] {
+                RunChainedAdditions();
+                return true;
+            },
+            chainedAdditions};
+}
+
+void AddPlane(const char* sizeName, const Plane& plane, Direction direction) {
+    const bool encode = direction == Direction::Encode;
+    const std::string prefix = std::string("alpha_") + NameOf(direction) + "/" + sizeName + "/t1/" +
+                               NameOf(plane.matte) + "-" + std::to_string(plane.bits) + "/";
+    Measure(prefix + "cycles", Cycles);
+    Measure(prefix + (encode ? "read" : "memset"), [=] { return MemoryPass(plane, direction); });
+    Measure(prefix + "plenar", [=] { return CodingWork(plane, direction); });
+    if (plane.size.width != hd.width) {
+        return;
+    }
+    for (const CoderPeer& peer : CoderPeers()) {
+        const auto& prepare = encode ? peer.encode : peer.decode;
+        Measure(prefix + peer.name, [=] { return prepare(plane.Samples()); });
+    }
+}
+
+}  // namespace
+
+void AddAlphaBenchmarks() {
+    for (const auto& [name, size] :
+         {std::pair{"HD", hd}, std::pair{"UHD", uhd}, std::pair{"L2", PictureSize{480, 270}}}) {
+        for (const uint32_t bits : {8U, 16U}) {
+            for (const Matte matte : allMattes) {
+                AddPlane(name, {matte, size, bits}, Direction::Encode);
+                AddPlane(name, {matte, size, bits}, Direction::Decode);
+            }
+        }
+    }
+}
+
+}  // namespace plenar_bench

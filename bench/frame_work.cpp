@@ -1,0 +1,236 @@
+#include "frame_work.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include "reference_work.h"
+
+namespace plenar_bench {
+
+namespace {
+
+constexpr size_t cachedBytes = 256 * 1024;
+constexpr uint32_t packedRowPixels = 48;  // rows of Packed10 are padded to a multiple of this
+constexpr size_t lineBytes = 64;
+
+struct Destroy {
+    void operator()(Encoder* encoder) const { Plenar_DestroyEncoder(encoder); }
+    void operator()(Decoder* decoder) const { Plenar_DestroyDecoder(decoder); }
+};
+
+template <class Object>
+std::shared_ptr<Object> MakeObject(uint32_t (*create)(const CreateParams*, Object**), uint32_t threads) {
+    const CreateParams params = {sizeof params, threads, nullptr, nullptr};
+    Object* object = nullptr;
+    if (create(&params, &object) != PLENAR_RESULT_OK) {
+        throw std::runtime_error("no encoder or decoder");
+    }
+    return {object, Destroy()};
+}
+
+uint32_t EncodeOnce(const Frame& frame, const uint8_t* picture, uint8_t* payload) {
+    const auto encoder = MakeObject(Plenar_CreateEncoder, 1);
+    const UncompressedParams params = frame.Picture(Direction::Encode);
+    const CompressedParams options = frame.Options();
+    uint32_t written = 0;
+    if (Plenar_EncodeFrame(encoder.get(), &params, &options, picture, frame.PictureBytes(Direction::Encode), payload,
+                           frame.PayloadLimit(), &written) != PLENAR_RESULT_OK) {
+        throw std::runtime_error("a frame that can't be encoded: " + frame.format.Name());
+    }
+    return written;
+}
+
+Work EncodeWork(const Frame& frame, uint32_t threads, const uint8_t* picture, uint8_t* payload) {
+    const auto encoder = MakeObject(Plenar_CreateEncoder, threads);
+    return {[=, params = frame.Picture(Direction::Encode), options = frame.Options(),
+             size = frame.PictureBytes(Direction::Encode), limit = frame.PayloadLimit()] {
+        uint32_t written = 0;
+        return Plenar_EncodeFrame(encoder.get(), &params, &options, picture, size, payload, limit, &written) ==
+               PLENAR_RESULT_OK;
+    }};
+}
+
+Work DecodeWork(const Frame& frame, uint32_t threads, const uint8_t* payload, uint32_t payloadSize, uint8_t* picture) {
+    const auto decoder = MakeObject(Plenar_CreateDecoder, threads);
+    return {[=, params = frame.Picture(Direction::Decode), size = frame.PictureBytes(Direction::Decode)] {
+        return Plenar_DecodeFrame(decoder.get(), &params, payload, payloadSize, picture, size, nullptr) ==
+               PLENAR_RESULT_OK;
+    }};
+}
+
+struct CopyEnds {
+    const uint8_t* src;
+    uint8_t* dst;
+    size_t size;
+};
+
+CopyEnds EndsOfCopy(size_t movedBytes, Direction direction) {
+    const size_t size = movedBytes / 2;
+    uint8_t* picture = PictureMemory(size + lineBytes);
+    uint8_t* payload = PayloadMemory(size + lineBytes);
+    return direction == Direction::Encode ? CopyEnds{picture, payload, size} : CopyEnds{payload, picture, size};
+}
+
+Work CopyWork(const CopyEnds& ends) {
+    return {[ends] {
+                std::memcpy(ends.dst, ends.src, ends.size);
+                return true;
+            },
+            2 * ends.size};
+}
+
+const char* OrderName(uint32_t order) {
+    static constexpr const char* names[] = {"",
+                                            "YCbYCr",
+                                            "CbYCrY",
+                                            "ARGB",
+                                            "BGRA",
+                                            "RGB",
+                                            "BGR",
+                                            "RGBA",
+                                            "ABGR",
+                                            "CbYCr",
+                                            "YCbCr420Planar",
+                                            "CbYACrYA",
+                                            "YCbCrA",
+                                            "YCbCrA420Planar",
+                                            "AlphaOnly",
+                                            "YCbYCrPlusAlpha",
+                                            "CbYCrYPlusAlpha"};
+    return names[order];
+}
+
+const char* TypeName(uint32_t type) {
+    switch (type) {
+        case PLENAR_TYPE_UINT8:
+            return "Uint8";
+        case PLENAR_TYPE_UINT16:
+            return "Uint16";
+        case PLENAR_TYPE_UINT10:
+            return "Uint10";
+        case PLENAR_TYPE_UINT12:
+            return "Uint12";
+        case PLENAR_TYPE_PACKED10:
+            return "Packed10";
+        case PLENAR_TYPE_HALF16:
+            return "Half16";
+        case PLENAR_TYPE_FLOAT32:
+            return "Float32";
+        case PLENAR_TYPE_FIXED2P14:
+            return "Fixed2p14";
+        default:
+            return "unknown";
+    }
+}
+
+}  // namespace
+
+const char* NameOf(Direction direction) {
+    return direction == Direction::Encode ? "encode" : "decode";
+}
+
+std::string Format::Name() const {
+    return std::string(OrderName(order)) + "-" + TypeName(type);
+}
+
+UncompressedParams Frame::Picture(Direction direction) const {
+    const bool asDecoded = direction == Direction::Decode && format.decodedType != 0;
+    return {sizeof(UncompressedParams),
+            format.order,
+            asDecoded ? format.decodedType : format.type,
+            size.width,
+            size.height,
+            0,
+            0,
+            0};
+}
+
+CompressedParams Frame::Options() const {
+    return {sizeof(CompressedParams), static_cast<uint8_t>(codesAlpha ? 1 : 0), 0};
+}
+
+uint32_t Frame::PictureBytes(Direction direction) const {
+    const UncompressedParams params = Picture(direction);
+    return Plenar_GetUncompressedBufSize(&params);
+}
+
+uint32_t Frame::PayloadLimit() const {
+    const UncompressedParams params = Picture(Direction::Encode);
+    const CompressedParams options = Options();
+    return Plenar_GetCompressedBufSize(&params, &options);
+}
+
+PictureSize CachedSize(const Format& format, Direction direction) {
+    const Frame sample = {format, {packedRowPixels, packedRowPixels}};
+    const double bytesOfPixel =
+        static_cast<double>(sample.MovedBytes(direction)) / static_cast<double>(sample.Pixels());
+    const double pixels = static_cast<double>(cachedBytes) / bytesOfPixel;
+    const auto columns = static_cast<uint32_t>(std::sqrt(pixels * 16 / 9));
+    const uint32_t width = columns / packedRowPixels * packedRowPixels;
+    const auto height = static_cast<uint32_t>(pixels / width);
+    return {width, height / 2 * 2};
+}
+
+Work FrameWork(const Frame& frame, Direction direction, uint32_t threads, const std::vector<uint8_t>& contents) {
+    const size_t pictureBytes = std::max(frame.PictureBytes(Direction::Encode), frame.PictureBytes(direction));
+    uint8_t* picture = PictureMemory(pictureBytes);
+    uint8_t* payload = PayloadMemory(frame.PayloadLimit());
+    std::memcpy(picture, contents.data(), contents.size());
+    Work work;
+    if (direction == Direction::Encode) {
+        work = EncodeWork(frame, threads, picture, payload);
+    } else {
+        work = DecodeWork(frame, threads, payload, EncodeOnce(frame, picture, payload), picture);
+    }
+    work.bytes = frame.codesAlpha ? frame.PictureBytes(direction) : frame.MovedBytes(direction);
+    work.counts["pixels"] = static_cast<double>(frame.Pixels());
+    return work;
+}
+
+std::vector<uint8_t> EncodedFrame(const Frame& frame, const std::vector<uint8_t>& contents) {
+    std::vector<uint8_t> payload(frame.PayloadLimit());
+    payload.resize(EncodeOnce(frame, contents.data(), payload.data()));
+    return payload;
+}
+
+Work MemcpyWork(size_t movedBytes, Direction direction) {
+    return CopyWork(EndsOfCopy(movedBytes, direction));
+}
+
+Work ShiftedMemcpyWork(size_t movedBytes, Direction direction) {
+    CopyEnds ends = EndsOfCopy(movedBytes, direction);
+    if (direction == Direction::Encode) {
+        ends.dst += firstPlaneOffset;
+    } else {
+        ends.src += firstPlaneOffset;
+    }
+    return CopyWork(ends);
+}
+
+Work StreamingCopyWork(size_t movedBytes, Direction direction) {
+    const CopyEnds ends = EndsOfCopy(movedBytes, direction);
+    return {[ends] {
+                StreamingCopy(ends.dst, ends.src, ends.size);
+                return true;
+            },
+            2 * ends.size};
+}
+
+Work TwoThreadMemcpyWork(size_t movedBytes, Direction direction) {
+    const CopyEnds ends = EndsOfCopy(movedBytes, direction);
+    const size_t half = ends.size / 2 / lineBytes * lineBytes;
+    const auto pair = std::make_shared<RunningPair>();
+    return {[=] {
+                pair->Run([&](int index) {
+                    const size_t from = index == 0 ? 0 : half;
+                    std::memcpy(ends.dst + from, ends.src + from, index == 0 ? half : ends.size - half);
+                });
+                return true;
+            },
+            2 * ends.size};
+}
+
+}  // namespace plenar_bench

@@ -1,0 +1,157 @@
+// Single kernels in each of their versions, on one long row that stays in the second-level cache, beside memcpy of as
+// many bytes.
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks.h"
+#include "conversion/cpu_features.h"
+#include "conversion/row_kernels.h"
+#include "frame_work.h"
+#include "matte_contents.h"
+#include "measurement.h"
+#include "rle/rle_kernels.h"
+
+namespace plenar_bench {
+
+namespace {
+
+using plenar::PixelLayout;
+using plenar::RowKernels;
+
+constexpr size_t rowBytes = 256 * 1024;  // read plus written
+constexpr size_t farPart = rowBytes;     // where the second part of a plane row stands
+
+struct NamedSet {
+    const char* name;
+    const RowKernels* kernels;
+};
+
+std::vector<NamedSet> RunnableSets() {
+    std::vector<NamedSet> sets = {{"plain", &plenar::plainRowKernels}, {"ssse3", &plenar::ssse3RowKernels}};
+    if (plenar::DetectedCpuFeatures().hasAvx2) {
+        sets.push_back({"avx2", &plenar::avx2RowKernels});
+    }
+    return sets;
+}
+
+// `unitBytes` are read plus written for one of the kernel's units, and units come by `block`.
+struct KernelCase {
+    std::string name;
+    double unitBytes;
+    size_t block;
+    std::function<void(const RowKernels&, const uint8_t* src, uint8_t* dst, size_t units)> run;
+};
+
+std::vector<KernelCase> RowCases() {
+    std::vector<KernelCase> cases;
+    for (const size_t width : {size_t{1}, size_t{2}, size_t{4}}) {
+        const auto bytes = static_cast<double>(width);
+        const std::string suffix = "-" + std::to_string(width);
+        const PixelLayout& bgra = plenar::pixel_layouts::bgra;
+        const PixelLayout& cbyacrya = plenar::pixel_layouts::cbyacrya;
+        for (const auto& [name, layout] : {std::pair{"BGRA", &bgra}, std::pair{"CbYACrYA", &cbyacrya}}) {
+            const double unit = 2 * static_cast<double>(layout->samples) * bytes;
+            cases.push_back({std::string("split-") + name + suffix, unit, 4,
+                             [layout = layout, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                                 k.split(*layout, width, src, dst, dst + farPart, n);
+                             }});
+            cases.push_back({std::string("merge-") + name + suffix, unit, 4,
+                             [layout = layout, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                                 k.merge(*layout, width, src, src + farPart, dst, n);
+                             }});
+        }
+        cases.push_back({"swapPairs" + suffix, 4 * bytes, 1,
+                         [width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                             k.swapPairs(width, src, dst, n);
+                         }});
+        cases.push_back({"reverseTriples" + suffix, 6 * bytes, 1,
+                         [width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                             k.reverseTriples(width, src, dst, n);
+                         }});
+    }
+    cases.push_back({"pack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.pack10(src, n, dst, dst + n);
+                     }});
+    cases.push_back({"pack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.pack12(src, n, dst, dst + n);
+                     }});
+    cases.push_back({"unpack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.unpack10(src, src + n, n, dst);
+                     }});
+    cases.push_back({"unpack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.unpack12(src, src + n, n, dst);
+                     }});
+    cases.push_back({"packedGroupsToPlane", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.packedGroupsToPlane(src, n, dst, dst + 12 * n);
+                     }});
+    cases.push_back({"planeToPackedGroups", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.planeToPackedGroups(src, src + 12 * n, n, dst);
+                     }});
+    cases.push_back({"fixedToFloat", 6, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                         k.fixedToFloat(src, n, dst);
+                     }});
+    return cases;
+}
+
+void AddRowKernels() {
+    for (const KernelCase& kernel : RowCases()) {
+        const std::string prefix = "kernels/L2/t1/" + kernel.name + "/";
+        const size_t units =
+            static_cast<size_t>(static_cast<double>(rowBytes) / kernel.unitBytes) / kernel.block * kernel.block;
+        const auto moved = static_cast<size_t>(static_cast<double>(units) * kernel.unitBytes);
+        Measure(prefix + "memcpy", [=] { return MemcpyWork(moved, Direction::Encode); });
+        for (const NamedSet& set : RunnableSets()) {
+            Measure(prefix + set.name, [=, run = kernel.run, kernels = set.kernels]() -> Work {
+                const uint8_t* src = PictureMemory(2 * rowBytes);
+                uint8_t* dst = PayloadMemory(2 * rowBytes);
+                return {[=] {
+                            run(*kernels, src, dst, units);
+                            return true;
+                        },
+                        moved};
+            });
+        }
+    }
+}
+
+// The band coders work inside frames, with the set that is chosen for the process.
+void AddBandCoders() {
+    using plenar::RleKernelSet;
+    struct NamedCoder {
+        const char* name;
+        RleKernelSet set;
+    };
+    constexpr NamedCoder coders[] = {
+        {"plain", RleKernelSet::kPlain}, {"baseline", RleKernelSet::kBaseline}, {"avx2", RleKernelSet::kAvx2}};
+    constexpr PictureSize size = {480, 270};
+    const Frame frame = {{PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}, size, true};
+    for (const Matte matte : {Matte::Flat, Matte::Shapes, Matte::SoftEdges, Matte::Glyphs, Matte::Noise}) {
+        for (const Direction direction : {Direction::Encode, Direction::Decode}) {
+            for (const NamedCoder& coder : coders) {
+                if (plenar::RleFindKernels(coder.set) == nullptr) {
+                    continue;
+                }
+                const std::string prefix = "kernels/L2/t1/rle-" + NameOf(matte) + "-" + NameOf(direction) + "/";
+                Measure(prefix + coder.name, [=]() -> Work {
+                    Work work = FrameWork(frame, direction, 1, MatteSamples(matte, size, 8));
+                    const std::shared_ptr<void> back(nullptr,
+                                                     [](void*) { plenar::RleChooseKernels(RleKernelSet::kBest); });
+                    plenar::RleChooseKernels(coder.set);
+                    return {[run = work.run, back] { return run(); }, work.bytes};
+                });
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void AddKernelBenchmarks() {
+    AddRowKernels();
+    AddBandCoders();
+}
+
+}  // namespace plenar_bench

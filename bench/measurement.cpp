@@ -1,0 +1,120 @@
+#include "measurement.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <random>
+#include <utility>
+
+namespace plenar_bench {
+
+namespace {
+
+constexpr size_t pageBytes = 4096;
+constexpr int warmUps = 2;
+
+// A failure is kept and reported at the end.
+bool WarmUp(const Work& work) {
+    bool good = true;
+    for (int i = 0; i < warmUps; ++i) {
+        good = work.run() && good;
+    }
+    return good;
+}
+
+void Report(benchmark::State& state, const Work& work, bool good) {
+    if (!good) {
+        return state.SkipWithError("the work failed");
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(work.bytes) * state.iterations());
+    for (const auto& [name, count] : work.counts) {
+        state.counters[name] = count;
+    }
+}
+
+class PageMemory {
+public:
+    uint8_t* AtLeast(size_t size) {
+        if (size > capacity) {
+            const size_t whole = (size + pageBytes - 1) / pageBytes * pageBytes;
+            memory.reset(static_cast<uint8_t*>(std::aligned_alloc(pageBytes, whole)));
+            if (!memory) {
+                throw std::bad_alloc();
+            }
+            capacity = whole;
+            FillWithNoise();
+        }
+        return memory.get();
+    }
+
+private:
+    struct Free {
+        void operator()(void* bytes) const { std::free(bytes); }
+    };
+
+    void FillWithNoise() {
+        std::minstd_rand random;
+        for (size_t i = 0; i < capacity; ++i) {
+            memory.get()[i] = static_cast<uint8_t>(random() >> 8);
+        }
+    }
+
+    std::unique_ptr<uint8_t, Free> memory;
+    size_t capacity = 0;
+};
+
+}  // namespace
+
+void Measure(const std::string& name, std::function<Work()> prepare, Clock clock) {
+    auto* registered =
+        benchmark::RegisterBenchmark(name.c_str(), [prepare = std::move(prepare)](benchmark::State& state) {
+            const Work work = prepare();
+            bool good = WarmUp(work);
+            for ([[maybe_unused]] auto _ : state) {
+                good = work.run() && good;
+                benchmark::ClobberMemory();
+            }
+            Report(state, work, good);
+        });
+    if (clock == Clock::Wall) {
+        registered->UseRealTime();
+    }
+}
+
+void MeasureAfter(const std::string& name, std::function<Work()> prepare, std::function<void()> between) {
+    benchmark::RegisterBenchmark(name.c_str(), [prepare = std::move(prepare),
+                                                between = std::move(between)](benchmark::State& state) {
+        using Clock = std::chrono::steady_clock;
+        const Work work = prepare();
+        bool good = WarmUp(work);
+        for ([[maybe_unused]] auto _ : state) {
+            between();
+            const Clock::time_point start = Clock::now();
+            good = work.run() && good;
+            benchmark::ClobberMemory();
+            state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        }
+        Report(state, work, good);
+    })->UseManualTime();
+}
+
+uint8_t* PictureMemory(size_t size) {
+    static PageMemory memory;
+    return memory.AtLeast(size);
+}
+
+uint8_t* PayloadMemory(size_t size) {
+    static PageMemory memory;
+    return memory.AtLeast(size + PayloadShift()) + PayloadShift();
+}
+
+size_t PayloadShift() {
+    static const char* const text = std::getenv("PLENAR_BENCH_PAYLOAD_SHIFT");
+    static const size_t shift = text != nullptr ? std::strtoul(text, nullptr, 10) : 0;
+    return shift;
+}
+
+}  // namespace plenar_bench
