@@ -134,6 +134,11 @@ std::vector<KernelCase> AllCases() {
                              k.reverseTriples(width, c, c, n);
                          }});
     }
+    // Units of 7 bytes, so that the lengths go beyond several rounds of the copy.
+    cases.push_back({"copy", 7, 0, 7, 0, 1,
+                     [](const RowKernels& k, auto* a, auto*, auto* c, auto*, size_t n) { k.copy(a, c, 7 * n); }});
+    cases.push_back({"stream copy", 7, 0, 7, 0, 1,
+                     [](const RowKernels& k, auto* a, auto*, auto* c, auto*, size_t n) { k.streamCopy(a, c, 7 * n); }});
     AddPackingCases(cases);
     cases.push_back(
         {"packed groups to plane", 16, 0, 12, 3, 1,

@@ -1,8 +1,8 @@
 #include "conversion/convert_rows.h"
 
-#include <cstring>
 #include <vector>
 
+#include "conversion/cpu_features.h"
 #include "conversion/packing.h"
 #include "conversion/reorder.h"
 #include "conversion/row_kernels.h"
@@ -42,6 +42,13 @@ void RunInBands(CodecState& state, uint32_t height, size_t rowBytes, const RunBa
     }
     const std::vector<Band> bands = SplitBands(height, pool.WorkerCount());
     RunBatch(pool, static_cast<uint32_t>(bands.size()), [&](uint32_t i) { runBand(bands[i]); });
+}
+
+// The kernel for rows that are copied as part of so many bytes read and written. What outgrows the last cache is
+// written past it; a smaller result is kept for whoever reads it next.
+auto CopyKernelFor(uint64_t bytesMoved) {
+    const RowKernels& kernels = ActiveRowKernels();
+    return bytesMoved > DetectedCpuFeatures().lastLevelCacheBytes ? kernels.streamCopy : kernels.copy;
 }
 
 // Whether all rows are made of whole pixels and of bytes that are moved one by one, so that rows without padding can be
@@ -130,24 +137,44 @@ void DecodeBand(DecodeRowsArgs band) {
 }
 
 void CopyBand(const CopyRowsArgs& args, const Band& band) {
+    const auto copy = CopyKernelFor(args.rows * uint64_t{2} * args.rowLength);
     const uint8_t* src = args.src + band.firstRow * args.srcStride;
     uint8_t* dst = args.dst + band.firstRow * args.dstStride;
     if (args.srcStride == args.rowLength && args.dstStride == args.rowLength) {
-        std::memcpy(dst, src, band.rows * args.rowLength);
-        return;
+        return copy(src, dst, band.rows * args.rowLength);
     }
     for (size_t row = 0; row < band.rows; ++row) {
-        std::memcpy(dst + row * args.dstStride, src + row * args.srcStride, args.rowLength);
+        copy(src + row * args.srcStride, dst + row * args.dstStride, args.rowLength);
     }
+}
+
+bool IsCopied(const UncompressedParams& params) {
+    return !NeedsReorder(params.colorComponentOrder) && !NeedsPacking(params.componentType);
 }
 
 }  // namespace
 
 void EncodeRows(CodecState& state, const EncodeRowsArgs& args) {
+    if (IsCopied(args.params)) {
+        return CopyRows(state, {.src = args.src,
+                                .srcStride = args.srcStride,
+                                .dst = args.dst,
+                                .dstStride = args.dstStride,
+                                .rowLength = args.dstStride,
+                                .rows = args.params.height});
+    }
     RunInBands(state, args.params.height, args.rowLength, [&](const Band& band) { EncodeBand(BandOf(args, band)); });
 }
 
 void DecodeRows(CodecState& state, const DecodeRowsArgs& args) {
+    if (IsCopied(args.params) && !args.fixedToFloat) {
+        return CopyRows(state, {.src = args.plane,
+                                .srcStride = args.planeStride,
+                                .dst = args.dst,
+                                .dstStride = args.dstStride,
+                                .rowLength = args.planeStride,
+                                .rows = args.params.height});
+    }
     RunInBands(state, args.params.height, args.rowLength, [&](const Band& band) { DecodeBand(BandOf(args, band)); });
 }
 

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstddef>
+
 namespace plenar {
 
 // What the processor can do beyond the baseline of 16-byte shuffles.
 struct CpuFeatures {
-    bool hasAvx2;  // 32-byte integer vectors, and an operating system that saves them
+    bool hasAvx2;                // 32-byte integer vectors, and an operating system that saves them
+    size_t lastLevelCacheBytes;  // of the cache that this processor shares with its neighbours
 };
 
 // Detected when the library is loaded, read-only after.

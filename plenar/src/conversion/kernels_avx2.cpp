@@ -14,6 +14,9 @@ struct Vector32 {
 
     static Reg Load(const uint8_t* src) { return _mm256_loadu_si256(reinterpret_cast<const Reg*>(src)); }
     static void Store(uint8_t* dst, Reg value) { _mm256_storeu_si256(reinterpret_cast<Reg*>(dst), value); }
+    // Past the caches; dst is a multiple of the register's size.
+    static void StoreStream(uint8_t* dst, Reg value) { _mm256_stream_si256(reinterpret_cast<Reg*>(dst), value); }
+    static void FinishStream() { _mm_sfence(); }
     static __m128i LoadHalf(const uint8_t* src) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(src)); }
 
     static void StoreHalf(uint8_t* dst, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), value); }

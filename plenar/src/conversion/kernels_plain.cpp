@@ -19,6 +19,10 @@ void Store(uint8_t* bytes, T value) {
     std::memcpy(bytes, &value, sizeof value);
 }
 
+void Copy(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    std::memcpy(dst, src, bytes);
+}
+
 template <class Sample>
 void SplitSamples(const PixelLayout& layout, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
     for (size_t pixel = 0; pixel < pixels; ++pixel) {
@@ -174,6 +178,8 @@ void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t sam
 }  // namespace
 
 constinit const RowKernels plainRowKernels = {
+    .copy = Copy,
+    .streamCopy = Copy,
     .split = Split,
     .merge = Merge,
     .swapPairs = ExchangeEnds<2>,

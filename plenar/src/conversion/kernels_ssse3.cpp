@@ -14,6 +14,9 @@ struct Vector16 {
 
     static Reg Load(const uint8_t* src) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(src)); }
     static void Store(uint8_t* dst, Reg value) { _mm_storeu_si128(reinterpret_cast<Reg*>(dst), value); }
+    // Past the caches; dst is a multiple of the register's size.
+    static void StoreStream(uint8_t* dst, Reg value) { _mm_stream_si128(reinterpret_cast<Reg*>(dst), value); }
+    static void FinishStream() { _mm_sfence(); }
     static Reg LoadEight(const uint8_t* src) { return _mm_loadl_epi64(reinterpret_cast<const Reg*>(src)); }
     static void StoreEight(uint8_t* dst, Reg value) { _mm_storel_epi64(reinterpret_cast<Reg*>(dst), value); }
 

@@ -44,6 +44,58 @@ size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, co
     return done;
 }
 
+// Loads that follow a store to an address with the same low 12 bits, or a few bytes beyond, wait for it. Where the
+// target lies a little further on in its page than the source in its own, copying downward keeps the loads clear of the
+// stores.
+inline bool LoadsMeetStores(const uint8_t* src, const uint8_t* dst) {
+    constexpr uintptr_t pageMask = 0xFFF;
+    return ((reinterpret_cast<uintptr_t>(dst) - reinterpret_cast<uintptr_t>(src)) & pageMask) <= pageMask / 2;
+}
+
+constexpr size_t copyRegisters = 8;
+
+template <class V, bool Stream>
+void CopyBlock(const uint8_t* src, uint8_t* dst) {
+    constexpr size_t registerBytes = V::lanes * pieceBytes;
+    Pieces<V, copyRegisters> loads;
+    for (size_t i = 0; i < copyRegisters; ++i) {
+        loads[i] = V::Load(src + i * registerBytes);
+    }
+    for (size_t i = 0; i < copyRegisters; ++i) {
+        if constexpr (Stream) {
+            V::StoreStream(dst + i * registerBytes, loads[i]);
+        } else {
+            V::Store(dst + i * registerBytes, loads[i]);
+        }
+    }
+}
+
+// Whole blocks at addresses of the target that are multiples of a cache line, and at both ends a block at any address.
+template <class V, bool Stream>
+void CopyBlocks(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    constexpr size_t blockBytes = copyRegisters * V::lanes * pieceBytes;
+    constexpr size_t lineBytes = 64;
+    if (bytes < 2 * blockBytes) {
+        return plainRowKernels.copy(src, dst, bytes);
+    }
+    const size_t first = lineBytes - reinterpret_cast<uintptr_t>(dst) % lineBytes;
+    const size_t blocks = (bytes - first) / blockBytes;
+    CopyBlock<V, false>(src, dst);
+    if (LoadsMeetStores(src, dst)) {
+        for (size_t i = blocks; i-- > 0;) {
+            CopyBlock<V, Stream>(src + first + i * blockBytes, dst + first + i * blockBytes);
+        }
+    } else {
+        for (size_t i = 0; i < blocks; ++i) {
+            CopyBlock<V, Stream>(src + first + i * blockBytes, dst + first + i * blockBytes);
+        }
+    }
+    CopyBlock<V, false>(src + bytes - blockBytes, dst + bytes - blockBytes);
+    if constexpr (Stream) {
+        V::FinishStream();
+    }
+}
+
 template <class V>
 typename V::Reg ShuffleTwo(typename V::Reg a, typename V::Reg patternA, typename V::Reg b, typename V::Reg patternB) {
     return V::Or(V::Shuffle(a, patternA), V::Shuffle(b, patternB));
@@ -213,19 +265,18 @@ void ReverseTriples(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t
     }
 }
 
-// Sources of words in plane order: a unit is 48 samples, 6 pieces.
-constexpr size_t unitSamples = 48;
-constexpr size_t unitPieces = 6;
+// Sources of words in plane order: a unit is `pieces` pieces of 8 words, made of `callerBytes` bytes of the caller.
 
 template <class V>
 struct PlainWords {
-    static constexpr size_t callerBytes = unitSamples * 2;
+    static constexpr size_t pieces = 8;
+    static constexpr size_t callerBytes = pieces * pieceBytes;
 
     explicit PlainWords(const Reordering&) {}
 
-    Pieces<V, unitPieces> Load(const uint8_t* src) const {
-        Pieces<V, unitPieces> words;
-        for (size_t i = 0; i < unitPieces; ++i) {
+    Pieces<V, pieces> Load(const uint8_t* src) const {
+        Pieces<V, pieces> words;
+        for (size_t i = 0; i < pieces; ++i) {
             words[i] = V::LoadLanes(src + i * pieceBytes, callerBytes);
         }
         return words;
@@ -234,15 +285,16 @@ struct PlainWords {
 
 template <class V>
 struct PairWords {
-    static constexpr size_t callerBytes = unitSamples * 2;
+    static constexpr size_t pieces = 8;
+    static constexpr size_t callerBytes = pieces * pieceBytes;
 
     typename V::Reg pattern = V::Pattern(pairShuffles[SampleSizeIndex(2)]);
 
     explicit PairWords(const Reordering&) {}
 
-    Pieces<V, unitPieces> Load(const uint8_t* src) const {
-        Pieces<V, unitPieces> words;
-        for (size_t i = 0; i < unitPieces; ++i) {
+    Pieces<V, pieces> Load(const uint8_t* src) const {
+        Pieces<V, pieces> words;
+        for (size_t i = 0; i < pieces; ++i) {
             words[i] = V::Shuffle(V::LoadLanes(src + i * pieceBytes, callerBytes), pattern);
         }
         return words;
@@ -251,13 +303,14 @@ struct PairWords {
 
 template <class V>
 struct TripleWords {
-    static constexpr size_t callerBytes = unitSamples * 2;
+    static constexpr size_t pieces = 6;
+    static constexpr size_t callerBytes = pieces * pieceBytes;
 
     TripleUnit<V> unit{tripleShuffles[SampleSizeIndex(2)]};
 
     explicit TripleWords(const Reordering&) {}
 
-    Pieces<V, unitPieces> Load(const uint8_t* src) const {
+    Pieces<V, pieces> Load(const uint8_t* src) const {
         const auto a = unit.Reversed(src, callerBytes);
         const auto b = unit.Reversed(src + TripleUnit<V>::bytes, callerBytes);
         return {a[0], a[1], a[2], b[0], b[1], b[2]};
@@ -268,15 +321,16 @@ struct TripleWords {
 template <class V, size_t ColourSamples>
 struct ColourWords {
     using Unit = AlphaUnit<V, ColourSamples>;
-    static constexpr size_t parts = unitPieces / ColourSamples;
+    static constexpr size_t parts = ColourSamples == 3 ? 2 : 4;
+    static constexpr size_t pieces = parts * ColourSamples;
     static constexpr size_t callerBytes = parts * Unit::callerBytes;
 
     Unit unit;
 
     explicit ColourWords(const Reordering& reordering) : unit(reordering.layout->split[SampleSizeIndex(2)]) {}
 
-    Pieces<V, unitPieces> Load(const uint8_t* src) const {
-        Pieces<V, unitPieces> words;
+    Pieces<V, pieces> Load(const uint8_t* src) const {
+        Pieces<V, pieces> words;
         for (size_t part = 0; part < parts; ++part) {
             const auto colour = unit.Colour(Unit::Load(src + part * Unit::callerBytes, callerBytes));
             for (size_t i = 0; i < ColourSamples; ++i) {
@@ -298,6 +352,7 @@ constexpr Shuffle16 FieldShuffle(size_t load, size_t firstSample) {
 
 template <class V>
 struct PackedWords {
+    static constexpr size_t pieces = 6;
     static constexpr size_t groups = 4;
     static constexpr size_t callerBytes = groups * pieceBytes;
 
@@ -308,9 +363,9 @@ struct PackedWords {
 
     explicit PackedWords(const Reordering&) {}
 
-    Pieces<V, unitPieces> Load(const uint8_t* src) const {
-        Pieces<V, unitPieces> words;
-        for (size_t i = 0; i < unitPieces; ++i) {
+    Pieces<V, pieces> Load(const uint8_t* src) const {
+        Pieces<V, pieces> words;
+        for (size_t i = 0; i < pieces; ++i) {
             const auto bytes = V::LoadLanes(src + i / 3 * 2 * pieceBytes + offsets[i % 3], callerBytes);
             words[i] = V::Multiply16(V::Shuffle(bytes, patterns[i % 3]), factors[i % 3]);
         }
@@ -322,40 +377,49 @@ private:
     static constexpr Shuffle16 shuffles[3] = {FieldShuffle(0, 0), FieldShuffle(8, 8), FieldShuffle(16, 16)};
 };
 
-// The high part of a unit, and its low part in the low bytes of words (12 bits: 2 samples) or dwords (10 bits: 4).
-template <class V>
-Pieces<V, 3> HighPart(const Pieces<V, unitPieces>& words) {
-    Pieces<V, 3> high;
-    for (size_t i = 0; i < 3; ++i) {
+template <class V, size_t N>
+Pieces<V, N / 2> HighPart(const Pieces<V, N>& words) {
+    Pieces<V, N / 2> high;
+    for (size_t i = 0; i < N / 2; ++i) {
         high[i] =
             V::PackWords(V::template ShiftRight16<8>(words[2 * i]), V::template ShiftRight16<8>(words[2 * i + 1]));
     }
     return high;
 }
 
-template <class V>
-void StoreLowPart10(uint8_t* low, const Pieces<V, unitPieces>& words) {
+// Four samples a byte. The byte of each four is made in a dword of its own.
+template <class V, size_t N>
+void StoreLowPart10(uint8_t* low, const Pieces<V, N>& words) {
     const auto mask = V::Words(0xC0, 0xC0);
-    Pieces<V, 3> joined;
-    for (size_t i = 0; i < 3; ++i) {
+    Pieces<V, 4> joined;
+    for (size_t i = 0; i < N / 2; ++i) {
         const auto bits = V::PackWords(V::And(words[2 * i], mask), V::And(words[2 * i + 1], mask));
         // The bits stand 6 up in their bytes; joined, they are brought down together.
         joined[i] =
             V::template ShiftRight32<6>(V::MultiplyAdd16(V::MultiplyAdd8(bits, V::Bytes(1, 4)), V::Words(1, 16)));
     }
-    V::StoreTwelve(low, V::PackWords(V::PackDwords(joined[0], joined[1]), V::PackDwords(joined[2], joined[2])));
+    if constexpr (N == 8) {
+        V::Store(low, V::PackWords(V::PackDwords(joined[0], joined[1]), V::PackDwords(joined[2], joined[3])));
+    } else {
+        V::StoreTwelve(low, V::PackWords(V::PackDwords(joined[0], joined[1]), V::PackDwords(joined[2], joined[2])));
+    }
 }
 
-template <class V>
-void StoreLowPart12(uint8_t* low, const Pieces<V, unitPieces>& words) {
-    const auto mask = V::Words(0xF, 0xF);
-    Pieces<V, 3> joined;
-    for (size_t i = 0; i < 3; ++i) {
-        const auto bits = V::PackWords(V::And(V::template ShiftRight16<4>(words[2 * i]), mask),
-                                       V::And(V::template ShiftRight16<4>(words[2 * i + 1]), mask));
-        joined[i] = V::MultiplyAdd8(bits, V::Bytes(1, 16));
+// Two samples a byte. The byte of each two is made in a word of its own.
+template <class V, size_t N>
+void StoreLowPart12(uint8_t* low, const Pieces<V, N>& words) {
+    const auto mask = V::Words(0xF0, 0xF0);
+    Pieces<V, 4> joined;
+    for (size_t i = 0; i < N / 2; ++i) {
+        const auto bits = V::PackWords(V::And(words[2 * i], mask), V::And(words[2 * i + 1], mask));
+        joined[i] = V::template ShiftRight16<4>(V::MultiplyAdd8(bits, V::Bytes(1, 16)));
     }
-    V::StoreTwentyFour(low, V::PackWords(joined[0], joined[1]), V::PackWords(joined[2], joined[2]));
+    const auto first = V::PackWords(joined[0], joined[1]);
+    if constexpr (N == 8) {
+        V::StorePieces(low, Pieces<V, 2>{first, V::PackWords(joined[2], joined[3])});
+    } else {
+        V::StoreTwentyFour(low, first, V::PackWords(joined[2], joined[2]));
+    }
 }
 
 constexpr size_t SamplesInLowByte(size_t lowBits) {
@@ -365,6 +429,7 @@ constexpr size_t SamplesInLowByte(size_t lowBits) {
 // Returns the samples done.
 template <class V, size_t LowBits, class Source>
 size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
+    constexpr size_t unitSamples = Source::pieces * 8;
     const Source source(reordering);
     return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, [&](size_t at) {
         const auto words = source.Load(src + at * Source::callerBytes / unitSamples);
@@ -422,26 +487,32 @@ void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, ui
 // they are placed in the high bytes of words, how the bytes of the low part that hold their low bits are placed in the
 // low bytes, and by what these are multiplied to bring the bits to the top.
 struct UnpackTable {
-    size_t highLoad[unitPieces] = {};
-    size_t lowLoad[unitPieces] = {};
-    Shuffle16 high[unitPieces];
-    Shuffle16 low[unitPieces];
-    uint16_t factors[unitPieces][8] = {};
+    size_t highLoad[8] = {};
+    size_t lowLoad[8] = {};
+    Shuffle16 high[8];
+    Shuffle16 low[8];
+    uint16_t factors[8][8] = {};
 };
+
+constexpr size_t UnpackPieces(Reordering::Kind kind) {
+    return kind == Reordering::Triples ? 6 : 8;
+}
 
 constexpr UnpackTable MakeUnpackTable(Reordering::Kind kind, size_t lowBits) {
     constexpr size_t tripleLoad[3] = {0, 6, 8};
+    const size_t pieces = UnpackPieces(kind);
+    // The low part of a unit takes up to 16 bytes, one load, or up to 32, two that end with the unit.
+    const size_t lowBytes = pieces * lowBits;
     UnpackTable table;
     const auto sourceOf = [&](size_t sample) {
         return kind == Reordering::Pairs     ? sample ^ 1
                : kind == Reordering::Triples ? sample / 3 * 3 + 2 - sample % 3
                                              : sample;
     };
-    for (size_t piece = 0; piece < unitPieces; ++piece) {
-        table.highLoad[piece] = kind == Reordering::Triples ? piece / 3 * (unitSamples / 2) + tripleLoad[piece % 3]
-                                                            : piece / 2 * pieceBytes;
-        // 12 bytes at 10 bits, one load; 24 at 12 bits, two that meet in the middle.
-        table.lowLoad[piece] = lowBits == 2 ? 0 : piece / 3 * 8;
+    for (size_t piece = 0; piece < pieces; ++piece) {
+        table.highLoad[piece] =
+            kind == Reordering::Triples ? piece / 3 * 24 + tripleLoad[piece % 3] : piece / 2 * pieceBytes;
+        table.lowLoad[piece] = lowBytes > pieceBytes && piece >= pieces / 2 ? lowBytes - pieceBytes : 0;
         table.high[piece] = PieceShuffle(piece, table.highLoad[piece],
                                          [&](size_t i) { return i % 2 == 1 ? sourceOf(i / 2) : nowhere; });
         table.low[piece] = PieceShuffle(piece, table.lowLoad[piece], [&](size_t i) {
@@ -461,17 +532,23 @@ constexpr UnpackTable unpackTable = MakeUnpackTable(Kind, LowBits);
 template <class V, size_t LowBits, Reordering::Kind Kind>
 size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     constexpr const UnpackTable& table = unpackTable<Kind, LowBits>;
-    constexpr size_t lowBytes = unitSamples / SamplesInLowByte(LowBits);
+    constexpr size_t pieces = UnpackPieces(Kind);
+    constexpr size_t unitSamples = pieces * 8;
+    constexpr size_t lowBytes = pieces * LowBits;
+    // The tables of the pieces repeat, but for where the low bits are.
+    constexpr size_t highPeriod = Kind == Reordering::Triples ? 3 : 2;
+    constexpr size_t factorPeriod = Kind == Reordering::Triples ? 3 : 1;
     const auto mask = LowBits == 2 ? V::Words(0xC0, 0xC0) : V::Words(0xF0, 0xF0);
     return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, [&](size_t at) {
         const uint8_t* lowPart = low + at / SamplesInLowByte(LowBits);
-        Pieces<V, unitPieces> out;
-        for (size_t i = 0; i < unitPieces; ++i) {
+        Pieces<V, pieces> out;
+        for (size_t i = 0; i < pieces; ++i) {
             const auto lows =
-                LowBits == 2 ? V::LoadTwelve(lowPart) : V::LoadLanes(lowPart + table.lowLoad[i], lowBytes);
-            const auto bits = V::Multiply16(V::Shuffle(lows, V::Pattern(table.low[i])), V::Factors(table.factors[i]));
-            const auto tops =
-                V::Shuffle(V::LoadLanes(high + at + table.highLoad[i], unitSamples), V::Pattern(table.high[i]));
+                lowBytes == 12 ? V::LoadTwelve(lowPart) : V::LoadLanes(lowPart + table.lowLoad[i], lowBytes);
+            const auto bits =
+                V::Multiply16(V::Shuffle(lows, V::Pattern(table.low[i])), V::Factors(table.factors[i % factorPeriod]));
+            const auto tops = V::Shuffle(V::LoadLanes(high + at + table.highLoad[i], unitSamples),
+                                         V::Pattern(table.high[i % highPeriod]));
             out[i] = V::Or(tops, V::And(bits, mask));
         }
         V::StorePieces(words + 2 * at, out);
@@ -543,10 +620,11 @@ void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups,
 template <class V, class Source>
 size_t FloatRounds(const uint8_t* fixed, size_t samples, size_t step, uint8_t* floats) {
     const Source source{Reordering{}};
-    return CoverInRounds(samples, V::lanes * unitSamples, step, true, [&](size_t at) {
+    constexpr size_t pieces = Source::pieces;
+    return CoverInRounds(samples, V::lanes * pieces * 8, step, true, [&](size_t at) {
         const auto words = source.Load(fixed + 2 * at);
-        Pieces<V, 2 * unitPieces> out;
-        for (size_t i = 0; i < unitPieces; ++i) {
+        Pieces<V, 2 * pieces> out;
+        for (size_t i = 0; i < pieces; ++i) {
             out[2 * i] = V::Fixed14ToFloat(V::UnpackLo16(V::Zero(), words[i]));
             out[2 * i + 1] = V::Fixed14ToFloat(V::UnpackHi16(V::Zero(), words[i]));
         }
@@ -568,6 +646,8 @@ void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t sam
 template <class V>
 constexpr RowKernels VectorRowKernels() {
     return {
+        .copy = CopyBlocks<V, false>,
+        .streamCopy = CopyBlocks<V, true>,
         .split = Split<V>,
         .merge = Merge<V>,
         .swapPairs = SwapPairs<V>,

@@ -95,8 +95,7 @@ void ReorderRowFromPlane(const Reordering& reordering, uint32_t type, const uint
     const size_t width = SampleWidth(type);
     switch (reordering.kind) {
         case Reordering::None:
-            std::memcpy(dst, colour, colourLength);
-            return;
+            return ActiveRowKernels().copy(colour, dst, colourLength);
         case Reordering::Pairs:
             return SwapRow(width, colour, colourLength, dst, dstLength);
         case Reordering::Triples:

@@ -21,6 +21,10 @@ struct Reordering {
 };
 
 struct RowKernels {
+    // Bytes as they are. streamCopy writes past the caches: for results that wouldn't stay there until they are read.
+    void (*copy)(const uint8_t* src, uint8_t* dst, size_t bytes);
+    void (*streamCopy)(const uint8_t* src, uint8_t* dst, size_t bytes);
+
     // Caller's pixels with alpha to plane pixels and alpha samples. alpha may be null: then alpha is dropped.
     void (*split)(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
                   size_t pixels);
