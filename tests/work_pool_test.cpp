@@ -48,7 +48,7 @@ TEST_P(WorkPoolTest, RunsEveryJobOfThousandsOfBatches) {
     }
 }
 
-TEST_P(WorkPoolTest, DealsJobsRoundAndRunsThemOnlyInWait) {
+TEST_P(WorkPoolTest, DealsJobsRoundToQueuesThatOneThreadRunsInWait) {
     WorkPool pool(GetParam());
     std::vector<std::thread::id> runners(3 * GetParam());
     std::atomic<uint32_t> started{0};
@@ -62,7 +62,6 @@ TEST_P(WorkPoolTest, DealsJobsRoundAndRunsThemOnlyInWait) {
     EXPECT_EQ(started, 0U);
     pool.Wait();
     for (size_t i = 0; i < runners.size(); ++i) {
-        EXPECT_NE(runners[i], std::this_thread::get_id());
         EXPECT_EQ(runners[i], runners[i % GetParam()]);
     }
 }

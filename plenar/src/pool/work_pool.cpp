@@ -1,5 +1,6 @@
 #include "pool/work_pool.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace plenar {
@@ -24,7 +25,7 @@ void LookOutFor(const Condition& condition) {
 // The delegated constructor makes the pool complete before the first thread starts, so that a thread that fails to
 // start brings the destructor, which stops and joins the others.
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
-    queues.resize(workerCount);
+    queues = std::vector<Queue>(workerCount);
     workers.reserve(workerCount);
     const uint32_t processors = std::thread::hardware_concurrency();
     workersLookOut = workerCount <= processors;
@@ -36,77 +37,82 @@ WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
 }
 
 WorkPool::~WorkPool() {
-    {
-        const std::lock_guard lock(mutex);
-        stop = true;
-    }
-    wakeup.notify_all();
-    for (std::thread& worker : workers) {
-        worker.join();
+    for (size_t i = 0; i < workers.size(); ++i) {
+        queues[i].state = Stopped;
+        queues[i].state.notify_one();
+        workers[i].join();
     }
 }
 
 void WorkPool::DropBatch() {
     for (Queue& queue : queues) {
-        queue.clear();
+        queue.jobs.clear();
     }
     nextQueue = 0;
-    pending = 0;
+    enqueued = 0;
 }
 
 void WorkPool::Wait() {
-    if (pending == 0) {
-        return;
+    const size_t filled = std::min(enqueued, queues.size());
+    nextQueue = 0;
+    enqueued = 0;
+    errors.clear();
+    pending = static_cast<uint32_t>(filled);
+    for (size_t i = 0; i < filled; ++i) {
+        queues[i].state = Ready;
+        if (i != 0) {
+            queues[i].state.notify_one();
+        }
     }
-    {
-        const std::lock_guard lock(mutex);
-        errors.clear();
-        nextQueue = 0;
-        running = true;
-        ++batches;
+    for (size_t i = 0; i < filled; ++i) {
+        RunIfReady(queues[i]);
     }
-    wakeup.notify_all();
     AwaitFinish();
-    const std::lock_guard lock(mutex);
-    running = false;
     if (!errors.empty()) {
         std::rethrow_exception(errors.front());
     }
 }
 
 void WorkPool::AwaitFinish() {
-    const auto done = [this] { return pending == 0; };
     if (ownerLooksOut) {
-        LookOutFor(done);
+        LookOutFor([this] { return pending == 0; });
     }
-    if (!done()) {
-        std::unique_lock lock(mutex);
-        finished.wait(lock, done);
+    for (uint32_t left = pending; left != 0; left = pending) {
+        pending.wait(left);
     }
 }
 
 void WorkPool::Work(Queue& queue) {
-    uint32_t lastBatch = 0;
-    while (AwaitJobs(queue, lastBatch)) {
-        const size_t taken = queue.size();
-        RunJobs(queue);
-        FinishJobs(taken);
+    const auto idle = [&queue] { return queue.state == Idle || queue.state == Taken; };
+    for (;;) {
+        if (workersLookOut) {
+            LookOutFor([&] { return !idle(); });
+        }
+        for (uint32_t state = queue.state; idle(); state = queue.state) {
+            queue.state.wait(state);
+        }
+        if (!RunIfReady(queue) && queue.state == Stopped) {
+            return;
+        }
     }
 }
 
-// Returns false when the pool is being destroyed.
-bool WorkPool::AwaitJobs(const Queue& queue, uint32_t& lastBatch) {
-    if (workersLookOut) {
-        LookOutFor([&] { return batches != lastBatch || stop; });
+// Takes the queue, if it is released and nobody else has taken it, and runs its jobs.
+bool WorkPool::RunIfReady(Queue& queue) {
+    uint32_t expected = Ready;
+    if (!queue.state.compare_exchange_strong(expected, Taken)) {
+        return false;
     }
-    std::unique_lock lock(mutex);
-    wakeup.wait(lock, [&] { return stop || (running && !queue.empty()); });
-    lastBatch = batches;
-    return !stop;
+    RunJobs(queue);
+    queue.state = Idle;
+    if (--pending == 0) {
+        pending.notify_one();
+    }
+    return true;
 }
 
 void WorkPool::RunJobs(Queue& queue) {
-    for (Job& job : queue) {
+    for (Job& job : queue.jobs) {
         try {
             job();
         } catch (const std::exception&) {
@@ -114,15 +120,7 @@ void WorkPool::RunJobs(Queue& queue) {
             errors.push_back(std::current_exception());
         }
     }
-    queue.clear();
-}
-
-void WorkPool::FinishJobs(size_t count) {
-    if (pending.fetch_sub(count) == count) {
-        // Taking the lock makes sure that the owner has either seen the count at 0 or sleeps by now.
-        { const std::lock_guard lock(mutex); }
-        finished.notify_one();
-    }
+    queue.jobs.clear();
 }
 
 uint32_t WorkerCountFor(uint32_t numThreads) {

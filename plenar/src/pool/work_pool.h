@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -16,6 +15,11 @@ namespace plenar {
 // The worker threads of one encoder or decoder. The owner's thread fills a batch with Enqueue and runs it with Wait;
 // between batches the workers sleep, after a short while of looking out for the next one. Enqueue and Wait belong to
 // one thread at a time.
+//
+// Each worker has a queue of its own. In Wait the owner doesn't stand idle: it takes the first queue itself, and then
+// whichever other one its worker hasn't taken yet. A queue is taken as a whole and its jobs run in order, so that a
+// batch never runs on more threads than there are workers, and waking costs nothing where waking takes longer than the
+// work.
 class WorkPool {
 public:
     using Job = std::function<void()>;
@@ -30,8 +34,8 @@ public:
 
     uint32_t WorkerCount() const { return static_cast<uint32_t>(workers.size()); }
 
-    // Adds a job to the batch; job i goes to worker i modulo the worker count, which runs its jobs in order. What the
-    // job refers to must outlive the batch. When this throws (memory), the batch is dropped: no job of it will run.
+    // Adds a job to the batch; job i goes to the queue of worker i modulo the worker count. What the job refers to must
+    // outlive the batch. When this throws (memory), the batch is dropped: no job of it will run.
     template <class Callable>
     void Enqueue(Callable&& job);
 
@@ -42,44 +46,44 @@ public:
 private:
     WorkPool() = default;
 
-    using Queue = std::vector<Job>;
+    // How a queue stands: being filled or empty; released; being run; or its worker is to end.
+    enum QueueState : uint32_t { Idle, Ready, Taken, Stopped };
+
+    struct alignas(64) Queue {  // a cache line each, so that no worker waits on another's
+        std::atomic<uint32_t> state{Idle};
+        std::vector<Job> jobs;
+    };
 
     void Work(Queue& queue);
-    bool AwaitJobs(const Queue& queue, uint32_t& lastBatch);
+    bool RunIfReady(Queue& queue);
     void RunJobs(Queue& queue);
-    void FinishJobs(size_t count);
     void AwaitFinish();
     void DropBatch();
 
     std::vector<std::thread> workers;
-    std::vector<Queue> queues;  // one for each worker; during a batch only its worker touches it
+    std::vector<Queue> queues;
     size_t nextQueue = 0;
-    std::atomic<size_t> pending{0};    // jobs of the batch that no worker has accounted for yet
-    std::atomic<uint32_t> batches{0};  // released so far; wraps
+    size_t enqueued = 0;
+    std::atomic<uint32_t> pending{0};  // queues of the released batch that have not ended
     std::vector<std::exception_ptr> errors;
-    std::mutex mutex;
-    std::condition_variable wakeup;
-    std::condition_variable finished;
+    std::mutex mutex;             // guards errors while a batch runs
     bool workersLookOut = false;  // whether threads that wait keep their processor for a while
     bool ownerLooksOut = false;
-    std::atomic<bool> stop{false};
-    bool running = false;
 };
 
 template <class Callable>
 void WorkPool::Enqueue(Callable&& job) {
-    const std::lock_guard lock(mutex);
     try {
         // Room for every job's failure is made here, so that a worker never has to allocate to report one.
-        errors.reserve(pending + 1);
-        queues[nextQueue].emplace_back(std::forward<Callable>(job));
+        errors.reserve(enqueued + 1);
+        queues[nextQueue].jobs.emplace_back(std::forward<Callable>(job));
     } catch (...) {
         // The jobs refer to locals of the frame that this failure unwinds, so they must not stay behind.
         DropBatch();
         throw;
     }
     nextQueue = (nextQueue + 1) % queues.size();
-    ++pending;
+    ++enqueued;
 }
 
 // Runs job(0) to job(count - 1) as one batch.
