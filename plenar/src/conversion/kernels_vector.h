@@ -28,28 +28,35 @@ struct Pieces {
     const typename V::Reg& operator[](size_t i) const { return piece[i]; }
 };
 
-// Calls round(start) for rounds of `size` that cover `total`, and returns what they cover: all, or nothing of a total
-// below a round. Rounds start at multiples of `step`; with a total that isn't one the last part stays uncovered.
-// Without `mayOverlap` it always does.
-template <class Round>
-size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, const Round& round) {
-    size_t done = 0;
-    for (; total - done >= size; done += size) {
-        round(done);
-    }
-    if (done != 0 && done != total && total % step == 0 && mayOverlap) {
-        round(total - size);
-        done = total;
-    }
-    return done;
-}
-
 // Loads that follow a store to an address with the same low 12 bits, or a few bytes beyond, wait for it. Where the
 // target lies a little further on in its page than the source in its own, copying downward keeps the loads clear of the
 // stores.
 inline bool LoadsMeetStores(const uint8_t* src, const uint8_t* dst) {
     constexpr uintptr_t pageMask = 0xFFF;
     return ((reinterpret_cast<uintptr_t>(dst) - reinterpret_cast<uintptr_t>(src)) & pageMask) <= pageMask / 2;
+}
+
+// Calls round(start) for rounds of `size` that cover `total`, from the top down if that is asked for, and returns what
+// they cover: all, or nothing of a total below a round. Rounds start at multiples of `step`; with a total that isn't
+// one the last part stays uncovered. Without `mayOverlap` it always does.
+template <class Round>
+size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, bool downward, const Round& round) {
+    const size_t rounds = total / size;
+    const size_t done = rounds * size;
+    const bool overlaps = rounds != 0 && done != total && total % step == 0 && mayOverlap;
+    if (downward) {
+        for (size_t i = rounds; i-- > 0;) {
+            round(i * size);
+        }
+    } else {
+        for (size_t i = 0; i < rounds; ++i) {
+            round(i * size);
+        }
+    }
+    if (overlaps) {
+        round(total - size);
+    }
+    return overlaps ? total : done;
 }
 
 constexpr size_t copyRegisters = 8;
@@ -149,7 +156,7 @@ size_t SplitRounds(const SplitShuffles& shuffles, const uint8_t* src, uint8_t* c
                    size_t alphaBytes, size_t sampleBytes) {
     using Unit = AlphaUnit<V, ColourSamples>;
     const Unit unit(shuffles);
-    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, [&](size_t at) {
+    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, false, [&](size_t at) {
         const auto loads = Unit::Load(src + at * (ColourSamples + 1), Unit::callerBytes);
         V::StorePieces(colour + at * ColourSamples, unit.Colour(loads));
         if constexpr (WithAlpha) {
@@ -183,7 +190,7 @@ size_t MergeRounds(const MergeShuffles& shuffles, const uint8_t* colour, const u
         colourPatterns[i] = V::Pattern(shuffles.colour[i]);
         alphaPatterns[i] = V::Pattern(shuffles.alpha[i]);
     }
-    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, [&](size_t at) {
+    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, false, [&](size_t at) {
         const uint8_t* unit = colour + at * ColourSamples;
         const auto alphas = V::Load(alpha + at);
         Pieces<V, samples> out;
@@ -215,15 +222,16 @@ void SwapPairs(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pair
     constexpr size_t registerBytes = V::lanes * pieceBytes;
     const auto pattern = V::Pattern(pairShuffles[SampleSizeIndex(sampleBytes)]);
     const size_t bytes = pairs * 2 * sampleBytes;
-    const size_t done = CoverInRounds(bytes, registers * registerBytes, 2 * sampleBytes, src != dst, [&](size_t at) {
-        Pieces<V, registers> loads;
-        for (size_t i = 0; i < registers; ++i) {
-            loads[i] = V::Load(src + at + i * registerBytes);
-        }
-        for (size_t i = 0; i < registers; ++i) {
-            V::Store(dst + at + i * registerBytes, V::Shuffle(loads[i], pattern));
-        }
-    });
+    const size_t done = CoverInRounds(bytes, registers * registerBytes, 2 * sampleBytes, src != dst,
+                                      LoadsMeetStores(src, dst), [&](size_t at) {
+                                          Pieces<V, registers> loads;
+                                          for (size_t i = 0; i < registers; ++i) {
+                                              loads[i] = V::Load(src + at + i * registerBytes);
+                                          }
+                                          for (size_t i = 0; i < registers; ++i) {
+                                              V::Store(dst + at + i * registerBytes, V::Shuffle(loads[i], pattern));
+                                          }
+                                      });
     if (done != bytes) {
         V::Next().swapPairs(sampleBytes, src + done, dst + done, (bytes - done) / (2 * sampleBytes));
     }
@@ -257,9 +265,9 @@ void ReverseTriples(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t
     using Unit = TripleUnit<V>;
     const Unit unit(tripleShuffles[SampleSizeIndex(sampleBytes)]);
     const size_t bytes = pixels * 3 * sampleBytes;
-    const size_t done = CoverInRounds(bytes, V::lanes * Unit::bytes, 3 * sampleBytes, src != dst, [&](size_t at) {
-        V::StorePieces(dst + at, unit.Reversed(src + at, Unit::bytes));
-    });
+    const size_t done =
+        CoverInRounds(bytes, V::lanes * Unit::bytes, 3 * sampleBytes, src != dst, LoadsMeetStores(src, dst),
+                      [&](size_t at) { V::StorePieces(dst + at, unit.Reversed(src + at, Unit::bytes)); });
     if (done != bytes) {
         V::Next().reverseTriples(sampleBytes, src + done, dst + done, (bytes - done) / (3 * sampleBytes));
     }
@@ -431,7 +439,7 @@ template <class V, size_t LowBits, class Source>
 size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
     constexpr size_t unitSamples = Source::pieces * 8;
     const Source source(reordering);
-    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, [&](size_t at) {
+    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, false, [&](size_t at) {
         const auto words = source.Load(src + at * Source::callerBytes / unitSamples);
         V::StorePieces(high + at, HighPart<V>(words));
         if constexpr (LowBits == 2) {
@@ -472,7 +480,7 @@ template <class V>
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
     constexpr size_t groupSamples = 12;
     const PackedWords<V> source{Reordering{}};
-    const size_t done = CoverInRounds(groups, V::lanes * PackedWords<V>::groups, 1, true, [&](size_t at) {
+    const size_t done = CoverInRounds(groups, V::lanes * PackedWords<V>::groups, 1, true, false, [&](size_t at) {
         const auto words = source.Load(packed + at * pieceBytes);
         V::StorePieces(high + at * groupSamples, HighPart<V>(words));
         StoreLowPart10<V>(low + at * groupSamples / SamplesInLowByte(2), words);
@@ -539,7 +547,7 @@ size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uin
     constexpr size_t highPeriod = Kind == Reordering::Triples ? 3 : 2;
     constexpr size_t factorPeriod = Kind == Reordering::Triples ? 3 : 1;
     const auto mask = LowBits == 2 ? V::Words(0xC0, 0xC0) : V::Words(0xF0, 0xF0);
-    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, [&](size_t at) {
+    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, false, [&](size_t at) {
         const uint8_t* lowPart = low + at / SamplesInLowByte(LowBits);
         Pieces<V, pieces> out;
         for (size_t i = 0; i < pieces; ++i) {
@@ -595,7 +603,7 @@ void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups,
     const auto pairFactors = V::WordsOf8(64, 16, 1, 64, 4, 1, 16, 4);
     const auto thirdFactors = V::WordsOf8(4, 0, 16, 0, 64, 0, 1, 0);
     const auto lowMask = V::Words(0xC0, 0xC0);
-    const size_t done = CoverInRounds(groups, V::lanes * unitGroups, 1, true, [&](size_t at) {
+    const size_t done = CoverInRounds(groups, V::lanes * unitGroups, 1, true, false, [&](size_t at) {
         const auto lows = V::LoadTwelve(low + at * groupSamples / SamplesInLowByte(2));
         Pieces<V, unitGroups> out;
         for (size_t i = 0; i < unitGroups; ++i) {
@@ -621,7 +629,7 @@ template <class V, class Source>
 size_t FloatRounds(const uint8_t* fixed, size_t samples, size_t step, uint8_t* floats) {
     const Source source{Reordering{}};
     constexpr size_t pieces = Source::pieces;
-    return CoverInRounds(samples, V::lanes * pieces * 8, step, true, [&](size_t at) {
+    return CoverInRounds(samples, V::lanes * pieces * 8, step, true, false, [&](size_t at) {
         const auto words = source.Load(fixed + 2 * at);
         Pieces<V, 2 * pieces> out;
         for (size_t i = 0; i < pieces; ++i) {
