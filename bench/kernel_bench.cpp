@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "benchmarks.h"
-#include "conversion/cpu_features.h"
+#include "plenar/cpu_features.h"
 #include "conversion/row_kernels.h"
 #include "frame_work.h"
 #include "matte_contents.h"
@@ -23,6 +23,7 @@ using plenar::RowKernels;
 
 constexpr size_t rowBytes = 256 * 1024;  // read plus written
 constexpr size_t farPart = rowBytes;     // where the second part of a plane row stands
+constexpr plenar::Reordering inOrder;    // samples stand in the caller's row as in the plane's
 
 struct NamedSet {
     const char* name;
@@ -73,16 +74,16 @@ std::vector<KernelCase> RowCases() {
                          }});
     }
     cases.push_back({"pack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.pack10(src, n, dst, dst + n);
+                         k.pack10(inOrder, src, n, dst, dst + n);
                      }});
     cases.push_back({"pack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.pack12(src, n, dst, dst + n);
+                         k.pack12(inOrder, src, n, dst, dst + n);
                      }});
     cases.push_back({"unpack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpack10(src, src + n, n, dst);
+                         k.unpack10(inOrder, src, src + n, n, dst);
                      }});
     cases.push_back({"unpack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpack12(src, src + n, n, dst);
+                         k.unpack12(inOrder, src, src + n, n, dst);
                      }});
     cases.push_back({"packedGroupsToPlane", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
                          k.packedGroupsToPlane(src, n, dst, dst + 12 * n);
@@ -91,7 +92,7 @@ std::vector<KernelCase> RowCases() {
                          k.planeToPackedGroups(src, src + 12 * n, n, dst);
                      }});
     cases.push_back({"fixedToFloat", 6, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.fixedToFloat(src, n, dst);
+                         k.fixedToFloat(inOrder, src, n, dst);
                      }});
     return cases;
 }

@@ -22,10 +22,10 @@ check() {
     fi
 }
 
-basics='plenar_sdk\.h|plenar/(params|exceptions)\.h'
+basics='plenar_sdk\.h|plenar/(params|exceptions|cpu_features)\.h'
 check pool/* -- 'pool/.*'
-check plenar/{params,codec_state,exceptions}.* -- "$basics|plenar/codec_state\.h|pool/.*"
-check rle/* -- 'rle/.*|pool/.*|plenar/exceptions\.h'
+check plenar/{params,codec_state,exceptions,cpu_features}.* -- "$basics|plenar/codec_state\.h|pool/.*"
+check rle/* -- 'rle/.*|pool/.*|plenar/(exceptions|cpu_features)\.h'
 check container/* -- "container/.*|$basics|rle/rle_params\.h"
 check conversion/* -- "conversion/.*|$basics|plenar/codec_state\.h|pool/.*"
 check plenar/* -- 'plenar_sdk\.h|(plenar|container|conversion|rle|pool)/.*'

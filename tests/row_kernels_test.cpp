@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "conversion/cpu_features.h"
+#include "plenar/cpu_features.h"
 
 namespace plenar {
 namespace {

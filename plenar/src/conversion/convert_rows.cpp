@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "conversion/cpu_features.h"
+#include "plenar/cpu_features.h"
 #include "conversion/packing.h"
 #include "conversion/reorder.h"
 #include "conversion/row_kernels.h"

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "conversion/cpu_features.h"
+#include "plenar/cpu_features.h"
 
 namespace plenar {
 

@@ -1,4 +1,4 @@
-#include "conversion/cpu_features.h"
+#include "plenar/cpu_features.h"
 
 #include <cpuid.h>
 
@@ -39,9 +39,23 @@ size_t DetectLastLevelCache() {
     return largest != 0 ? largest : usualLastLevelCacheBytes;
 }
 
+bool DetectBitManipulation() {
+    constexpr uint32_t bmi1 = 1U << 3;
+    constexpr uint32_t bmi2 = 1U << 8;
+    constexpr uint32_t lzcnt = 1U << 5;
+    uint32_t a = 0;
+    uint32_t b = 0;
+    uint32_t c = 0;
+    uint32_t d = 0;
+    const bool hasBmi = __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & bmi1) != 0 && (b & bmi2) != 0;
+    return hasBmi && __get_cpuid(0x80000001, &a, &b, &c, &d) != 0 && (c & lzcnt) != 0;
+}
+
 CpuFeatures Detect() {
     __builtin_cpu_init();
-    return {.hasAvx2 = __builtin_cpu_supports("avx2") != 0, .lastLevelCacheBytes = DetectLastLevelCache()};
+    return {.hasAvx2 = __builtin_cpu_supports("avx2") != 0,
+            .hasBitManipulation = DetectBitManipulation(),
+            .lastLevelCacheBytes = DetectLastLevelCache()};
 }
 
 const CpuFeatures detected = Detect();
