@@ -33,7 +33,7 @@ rounds=${rounds:-$((quick ? 3 : 5))}
 
 build=build/bench
 mkdir -p "$build"
-scripts/install_deps.sh build test
+scripts/install_deps.sh build bench
 { cmake --preset release -B "$build" -DPLENAR_BUILD_BENCH=ON -DPLENAR_BUILD_TOOLS=OFF -DPLENAR_BUILD_TESTS=OFF &&
     cmake --build "$build" --target plenar_bench; } >"$build/build.log" 2>&1 ||
     { tail -n 60 "$build/build.log" >&2; echo "bench.sh: the build failed" >&2; exit 1; }

@@ -4,12 +4,14 @@
 #   scripts/install_deps.sh GROUP...
 #
 #   build   the library and the plenar program
-#   test    the tests and benchmarks
+#   test    the tests
+#   bench   the benchmarks, and the libraries that they compare with
 #   ci      what the project's check needs besides: Clang, clang-format, clang-tidy
 set -euo pipefail
 
 build=(g++ cmake ninja-build libopenimageio-dev openimageio-tools libcli11-dev nlohmann-json3-dev zlib1g-dev)
-test=(libgtest-dev libgmock-dev libbenchmark-dev binutils pkgconf)
+test=(libgtest-dev libgmock-dev binutils pkgconf)
+bench=(libbenchmark-dev libyuv-dev libswscale-dev libavutil-dev liblz4-dev libzstd-dev)
 ci=(clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
 
 wanted=()
@@ -17,8 +19,9 @@ for group in "$@"; do
     case $group in
         build) wanted+=("${build[@]}") ;;
         test) wanted+=("${test[@]}") ;;
+        bench) wanted+=("${bench[@]}") ;;
         ci) wanted+=("${ci[@]}") ;;
-        *) echo "install_deps.sh: unknown group '$group' (build, test, ci)" >&2; exit 2 ;;
+        *) echo "install_deps.sh: unknown group '$group' (build, test, bench, ci)" >&2; exit 2 ;;
     esac
 done
 

@@ -23,24 +23,17 @@ namespace plenar_test {
 class Buffer {
 public:
     Buffer(const Bytes& content, size_t lead, size_t tail)
-        : lead_(lead), size_(content.size()), bytes_(join({Bytes(lead, kMark), content, Bytes(tail, kMark)})) {}
+        : lead_(lead, kMark), tail_(tail, kMark), size_(content.size()), bytes_(join({lead_, content, tail_})) {}
 
-    uint8_t* data() { return bytes_.data() + lead_; }
+    uint8_t* data() { return bytes_.data() + lead_.size(); }
     uint32_t size() const { return static_cast<uint32_t>(size_); }
-    Bytes content() const {
-        return {bytes_.begin() + static_cast<std::ptrdiff_t>(lead_),
-                bytes_.begin() + static_cast<std::ptrdiff_t>(lead_ + size_)};
-    }
-    bool guardsIntact() const {
-        const auto marked = [](uint8_t byte) { return byte == kMark; };
-        const auto end = bytes_.begin() + static_cast<std::ptrdiff_t>(lead_ + size_);
-        return std::all_of(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(lead_), marked) &&
-               std::all_of(end, bytes_.end(), marked);
-    }
+    Bytes content() { return {data(), data() + size_}; }
+    bool guardsIntact() { return bytes_ == join({lead_, content(), tail_}); }
 
 private:
     static constexpr uint8_t kMark = 0xA5;
-    size_t lead_;
+    Bytes lead_;
+    Bytes tail_;
     size_t size_;
     Bytes bytes_;
 };

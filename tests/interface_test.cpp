@@ -13,6 +13,7 @@ namespace {
 using namespace std::string_literals;
 
 constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
+constexpr uint32_t kHalf = 0x80000000;
 
 constexpr char kOddWidth[] = "Width must be multiple of 2 for 422 and 420 subsampling";
 constexpr char kOddHeight[] = "Height must be multiple of 2 for 420 subsampling";
@@ -70,127 +71,113 @@ TEST(Objects, OwnAsManyThreadsAsAskedFor) {
 TEST(Arguments, AreCheckedBeforeAnythingElse) {
     TestEncoder encoder;
     TestDecoder decoder;
+    Encoder* const e = encoder.get();
+    Decoder* const d = decoder.get();
     const UncompressedParams good = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
-    const CompressedParams goodCompressed = makeCompressed();
+    const CompressedParams goodWish = makeCompressed();
     UncompressedParams unsized = good;
     unsized.size = (uint64_t{1} << 32) + 36;
-    CompressedParams compressedUnsized = goodCompressed;
-    compressedUnsized.size = 11;
+    CompressedParams unsizedWish = goodWish;
+    unsizedWish.size = 11;
     const Bytes src = payloadOf(noisePlanes(good, 1));
     const auto size = static_cast<uint32_t>(src.size());
     Bytes dst(64, 0x77);
     uint32_t written = 0x77777777;
-    enum Pointer { Object, Params, Compressed, Src, Dst, None };
-    struct Case {
-        Pointer null;
+    const struct {
+        Encoder* encoder;
+        Decoder* decoder;
+        UncompressedParams* params;
+        const CompressedParams* wish;
+        const uint8_t* src;
+        uint8_t* dst;
         uint32_t encode, decode, metadata;
+    } cases[] = {
+        {nullptr, nullptr, &unsized, &unsizedWish, src.data(), dst.data(), 2, 2, 2},
+        {e, d, nullptr, &goodWish, src.data(), dst.data(), 2, 2, 2},
+        {e, d, &unsized, nullptr, src.data(), dst.data(), 2, 3, 3},
+        {e, d, &unsized, &unsizedWish, nullptr, dst.data(), 2, 2, 2},
+        {e, d, &unsized, &unsizedWish, src.data(), nullptr, 2, 2, 3},
+        {e, d, &unsized, &goodWish, src.data(), dst.data(), 3, 3, 3},
     };
-    for (const Case& c : {Case{Object, 2, 2, 2}, Case{Params, 2, 2, 2}, Case{Compressed, 2, 3, 3}, Case{Src, 2, 2, 2},
-                          Case{Dst, 2, 2, 3}, Case{None, 3, 3, 3}}) {
-        SCOPED_TRACE(c.null);
-        Encoder* e = c.null == Object ? nullptr : encoder.get();
-        Decoder* d = c.null == Object ? nullptr : decoder.get();
-        UncompressedParams* u = c.null == Params ? nullptr : &unsized;
-        const CompressedParams* w = c.null == Compressed ? nullptr : &compressedUnsized;
-        const void* s = c.null == Src ? nullptr : src.data();
-        void* t = c.null == Dst ? nullptr : dst.data();
-        EXPECT_EQ(Plenar_EncodeFrame(e, u, w, s, size, t, 64, &written), c.encode);
-        EXPECT_EQ(Plenar_DecodeFrame(d, u, s, size, t, 64, &written), c.decode);
-        EXPECT_EQ(Plenar_ReadMetadata(d, s, size, u), c.metadata);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - std::begin(cases));
+        EXPECT_EQ(Plenar_EncodeFrame(c.encoder, c.params, c.wish, c.src, size, c.dst, 64, &written), c.encode);
+        EXPECT_EQ(Plenar_DecodeFrame(c.decoder, c.params, c.src, size, c.dst, 64, &written), c.decode);
+        EXPECT_EQ(Plenar_ReadMetadata(c.decoder, c.src, size, c.params), c.metadata);
+        EXPECT_EQ(Plenar_GetCompressedBufSize(c.params, c.wish), 0U);
+        EXPECT_EQ(Plenar_GetUncompressedBufSize(c.params), 0U);
     }
-    EXPECT_EQ(Plenar_EncodeFrame(encoder.get(), &good, &compressedUnsized, src.data(), 4, dst.data(), 64, &written),
-              3U);
-    EXPECT_EQ(Plenar_EncodeFrame(encoder.get(), &unsized, &goodCompressed, src.data(), 4, dst.data(), 64, &written),
-              3U);
-    EXPECT_EQ(Plenar_GetCompressedBufSize(nullptr, &goodCompressed), 0U);
+    EXPECT_EQ(Plenar_EncodeFrame(e, &good, &unsizedWish, src.data(), 4, dst.data(), 64, &written), 3U);
+    EXPECT_EQ(Plenar_GetCompressedBufSize(&good, &unsizedWish), 0U);
     EXPECT_EQ(Plenar_GetCompressedBufSize(&good, nullptr), 0U);
-    EXPECT_EQ(Plenar_GetCompressedBufSize(&unsized, &goodCompressed), 0U);
-    EXPECT_EQ(Plenar_GetCompressedBufSize(&good, &compressedUnsized), 0U);
-    EXPECT_EQ(Plenar_GetUncompressedBufSize(nullptr), 0U);
-    EXPECT_EQ(Plenar_GetUncompressedBufSize(&unsized), 0U);
     EXPECT_EQ(dst, Bytes(64, 0x77));
     EXPECT_EQ(written, 0x77777777U);
     EXPECT_EQ(encoder.outcome(0), "");
     EXPECT_EQ(decoder.outcome(0), "");
-
-    const CreateParams create{27, 1, nullptr, nullptr};
-    Encoder* noEncoder = nullptr;
-    Decoder* noDecoder = nullptr;
-    EXPECT_EQ(Plenar_CreateEncoder(&create, nullptr), 2U);
-    EXPECT_EQ(Plenar_CreateDecoder(&create, nullptr), 2U);
-    EXPECT_EQ(Plenar_CreateEncoder(&create, &noEncoder), 3U);
-    EXPECT_EQ(Plenar_CreateDecoder(&create, &noDecoder), 3U);
-    EXPECT_EQ(noEncoder, nullptr);
-    EXPECT_EQ(noDecoder, nullptr);
-    Plenar_DestroyEncoder(nullptr);
-    Plenar_DestroyDecoder(nullptr);
 }
 
-TEST(Arguments, CallbackAndByteCountMayBeLeftOut) {
+TEST(Arguments, ParamsCallbackAndByteCountMayBeLeftOut) {
     const UncompressedParams params = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
-    const CompressedParams compressed = makeCompressed();
+    const CompressedParams wish = makeCompressed();
+    const CreateParams unsized{27, 1, nullptr, nullptr};
     const Bytes picture = noise(4, 1);
     Bytes payload(41);
     Bytes back(4);
     Encoder* encoder = nullptr;
     Decoder* decoder = nullptr;
+    EXPECT_EQ(Plenar_CreateEncoder(&unsized, nullptr), 2U);
+    EXPECT_EQ(Plenar_CreateDecoder(&unsized, nullptr), 2U);
+    EXPECT_EQ(Plenar_CreateEncoder(&unsized, &encoder), 3U);
+    EXPECT_EQ(Plenar_CreateDecoder(&unsized, &decoder), 3U);
+    EXPECT_TRUE(encoder == nullptr && decoder == nullptr);
+    Plenar_DestroyEncoder(nullptr);
+    Plenar_DestroyDecoder(nullptr);
     ASSERT_EQ(Plenar_CreateEncoder(nullptr, &encoder), 0U);
     ASSERT_EQ(Plenar_CreateDecoder(nullptr, &decoder), 0U);
-    EXPECT_EQ(Plenar_EncodeFrame(encoder, &params, &compressed, picture.data(), 3, payload.data(), 41, nullptr), 1U);
-    EXPECT_EQ(Plenar_EncodeFrame(encoder, &params, &compressed, picture.data(), 4, payload.data(), 41, nullptr), 0U);
-    EXPECT_EQ(Plenar_DecodeFrame(decoder, &params, payload.data(), 40, back.data(), 4, nullptr), 1U);
-    EXPECT_EQ(Plenar_DecodeFrame(decoder, &params, payload.data(), 41, back.data(), 4, nullptr), 0U);
+    for (const uint32_t missing : {1U, 0U}) {
+        EXPECT_EQ(Plenar_EncodeFrame(encoder, &params, &wish, picture.data(), 4 - missing, payload.data(), 41, nullptr),
+                  missing);
+        EXPECT_EQ(Plenar_DecodeFrame(decoder, &params, payload.data(), 41 - missing, back.data(), 4, nullptr), missing);
+    }
     EXPECT_EQ(back, picture);
     Plenar_DestroyEncoder(encoder);
     Plenar_DestroyDecoder(decoder);
 }
 
+// Sizes beside those of the supported frames that others encode: odd widths, no such pair, coded alpha, wraps.
 TEST(Sizes, OfPicturesAndPayloads) {
     struct Case {
         UncompressedParams params;
         uint32_t uncompressed, compressed;
         CompressedParams wish = makeCompressed();
     };
-    const uint32_t half = 0x80000000;
     const Case cases[] = {
-        {makeParams(2, 1, 1920, 1080), 4147200, 4147237},
-        {makeParams(2, 3, 1920, 1080), 8294400, 5184037},
-        {makeParams(13, 1, 1920, 1080), 5184000, 5184156},
         {makeParams(1, 1, 3, 1), 8, 44},
         {makeParams(2, 1, 3, 1), 7, 44},
         {makeParams(11, 1, 3, 1), 10, 45 + 7 + 37 + 3},
-        {makeParams(2, 5, 1920, 1), 5120, 4837},
         {makeParams(2, 5, 1921, 1), 5136, 37 + 4804},
-        {makeParams(10, 1, 5, 3), 27, 45 + 15 + 2 * (37 + 6)},
-        {makeParams(13, 2, 4, 4), 80, 45 + 80 + 3 * 37},
-        {makeParams(16, 1, 4, 2, 100, 10), 220, 45 + 16 + 37 + 8},
         {makeParams(14, 1, 4, 2, 0, 3), 8, 45},
-        {makeParams(2, 1, 0, 5), 0, 37},
         // What isn't supported has no payload, but a picture of some size.
         {makeParams(1, 5, 6, 2), 32, 0},
         {makeParams(15, 5, 6, 2), 56, 0},
         {makeParams(10, 214, 6, 2), 36, 0},
-        {makeParams(14, 3, 6, 2), 24, 0},
         {makeParams(0, 1, 6, 2), 0, 0},
         {makeParams(17, 1, 6, 2, 5), 10, 0},
         {makeParams(5, 99, 6, 2), 72, 0},
-        {makeParams(half + 5, 1, 6, 2), 0, 0},
+        {makeParams(kHalf + 5, 1, 6, 2), 0, 0},
         // Coded alpha takes its bound; other planes aren't affected.
-        {makeParams(14, 1, 4, 4), 16, 37 + 22 + 1659, makeCompressed(1, 1)},
         {makeParams(14, 1, 4, 4, 7), 28, 37 + 4 * 6 + 1659, makeCompressed(1)},
         {makeParams(14, 2, 3, 5), 30, 37 + 22 + 15 + 1659, makeCompressed(255, 2)},
         {makeParams(14, 1, 4, 0), 0, 37 + 1659, makeCompressed(1)},
         {makeParams(3, 2, 4, 0), 0, 45 + 37 + 1659, makeCompressed(1, 255)},
-        {makeParams(5, 1, 4, 1), 12, 49, makeCompressed(1)},
         {makeParams(7, 3, 4, 1), 32, 37 + 15, makeCompressed(1)},
-        {makeParams(14, 1, half, 2), 0, 37 + 1659, makeCompressed(1, 1)},
+        {makeParams(14, 1, kHalf, 2), 0, 37 + 1659, makeCompressed(1, 1)},
         // Sums and products that don't fit are cut to 32 bits.
         {makeParams(2, 5, 1U << 28, 1), 5, 671088677},
         {makeParams(2, 5, kMax - 1, 7), 0, 37 + 7 * 1073741819U},
         {makeParams(14, 1, kMax, kMax), 1, 38},
         {makeParams(14, 1, kMax - 20, 1), kMax - 20, 16},
         {makeParams(7, 7, 1U << 30, 1U << 30), 0, 37},
-        {makeParams(2, 1, half, 5), 0, 37},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - std::begin(cases));
@@ -210,16 +197,14 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
     const CompressedParams coded = makeCompressed(1);
     const Case cases[] = {
         {kAlphaDepth, makeParams(11, 3, 3, 2), 0, 0, coded},
-        {kAlphaDepth, makeParams(14, 7, 3, 2), 0, 0, coded},
         {kAlphaDepth, makeParams(16, 214, 3, 2), 0, 0, makeCompressed(128)},
-        {kOddWidth, makeParams(1, 1, 3, 2, 1), 0, 0},
         {kOddWidth, makeParams(2, 1, 3, 2, 1), 0, 0, coded},
         {kOddWidth, makeParams(10, 1, 3, 3, 1), 0, 0},
+        {kOddWidth, makeParams(1, 1, 3, 2, 1), 0, 0},
         {kOddWidth, makeParams(11, 1, 3, 2), 0, 0},
-        {kOddWidth, makeParams(15, 1, 3, 2), 0, 0},
         {kOddWidth, makeParams(16, 3, 3, 2), 0, 0},
+        {kOddWidth, makeParams(15, 1, 3, 2), 0, 0},
         {kOddHeight, makeParams(13, 99, 4, 3, 1), 0, 0},
-        {kOddHeight, makeParams(10, 5, 4, 3), 0, 0},
         {smallStride("rowBytes", 48), makeParams(7, 7, 3, 3, 47), 0, 0},
         {smallStride("rowBytes", 32), makeParams(2, 5, 8, 2, 31), 0, 0},
         {smallStride("rowBytes", 8), makeParams(13, 2, 4, 2, 7, 3), 0, 0},
@@ -229,9 +214,7 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
         {smallStride("rowBytes", uint64_t{16} * kMax), makeParams(7, 7, kMax, 1, kMax), 0, 0},
         {kSmallSrc, makeParams(14, 1, 4, 2, 9, 1), 17, 0},
         {kSmallSrc, makeParams(17, 1, 4, 2, 9), 17, 0},
-        {kUnsupported, makeParams(17, 1, 4, 2), 0, 0},
         {kUnsupported, makeParams(0, 1, 4, 2), 0, 0},
-        {kUnsupported, makeParams(1, 0, 4, 2), 32, 0},
         {kUnsupported, makeParams(1, 5, 4, 2), 64, 0},
         {kUnsupported, makeParams(10, 214, 4, 2), 64, 0},
         {kUnsupported, makeParams(14, 3, 4, 2), 64, 0},
@@ -240,10 +223,10 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
         // Pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
         {kSmallSrc, makeParams(2, 5, 1U << 28, 1), 64, 64},
         {kSmallSrc, makeParams(2, 5, 1U << 28, 1, 64), 64, 64},
-        {kSmallSrc, makeParams(2, 5, kMax - 1, 7), 64, 64},
         {kSmallSrc, makeParams(14, 1, kMax, kMax), 64, 64},
         {kSmallSrc, makeParams(7, 7, 1U << 30, 1U << 30), 64, 64},
         {kSmallSrc, makeParams(13, 7, kMax - 1, kMax - 1), kMax, kMax},
+        {kSmallSrc, makeParams(10, 1, 2, kMax - 1, kHalf, kHalf + 3), kMax, kMax},  // only the planes' sum wraps
         {kSmallDst, makeParams(14, 1, kMax - 20, 1), kMax, kMax},
         {kSmallDst, makeParams(7, 1, 1073741804, 1), kMax, kMax},
         {kSmallDst, makeParams(7, 1, 32768, 32767), kMax, kMax, coded},
@@ -263,6 +246,14 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
     }
 }
 
+TEST(Encode, StoresAnyFrameLayoutThoughDecodersRefuseIt) {
+    UncompressedParams params = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2, 0, 0, 0x1FE);
+    const Bytes payload = encode(withWorkers<TestEncoder>(0), params, noise(4, 1)).bytes;
+    EXPECT_EQ(payload, payloadOf(encodedPlanes(params, noise(4, 1))));
+    EXPECT_EQ(readMetadata(withWorkers<TestDecoder>(0), payload, params).message,
+              "Undefined value of frame layout: 254");
+}
+
 TEST(Decode, RefusesWithTheFirstBrokenRule) {
     struct Case {
         UncompressedParams params;
@@ -276,7 +267,6 @@ TEST(Decode, RefusesWithTheFirstBrokenRule) {
         {makeParams(10, 1, kMax, kMax, 0, 1), 0, smallStride("rowBytes2", 0x80000000), true},
         {makeParams(16, 1, 4, 2, 0, 3), 0, smallStride("rowBytes2", 4), true},
         {makeParams(2, 1, 4, 2), 15, kSmallDst, true},
-        {makeParams(16, 1, 4, 2), 23, kSmallDst, true},
         {makeParams(13, 1, 5, 3), 41, kSmallDst, true},
         {makeParams(2, 5, 1U << 28, 1), 64, kSmallDst, true},
         {makeParams(14, 1, kMax, kMax), 64, kSmallDst, true},
@@ -285,7 +275,6 @@ TEST(Decode, RefusesWithTheFirstBrokenRule) {
         {makeParams(2, 3, 5, 3), 128, "width in src metadata is different than width in uncompressed params"},
         {makeParams(14, 1, 4, 3), 64, "height in src metadata is different than height in uncompressed params"},
         {makeParams(17, 3, 4, 2), 64, "bit depth in src metadata is different than bit depth in uncompressed params"},
-        {makeParams(2, 1, 4, 2), 64, ""},
         {makeParams(2, 1, 4, 2), 16, ""},
     };
     TestDecoder decoder(2);

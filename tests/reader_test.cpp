@@ -40,7 +40,6 @@ void expectRefused(TestDecoder& decoder, const Bytes& payload, const std::string
 TEST(Reader, RefusesWithTheExactMessage) {
     const Plane y208{"y208", 4, 2, 0, Bytes(16, 0x11)};
     const Plane wide{"y208", 0xFFFFFFFF, 0xFFFFFFFF, 0, Bytes(16)};
-    const Bytes good = payloadOf({y208});
     const Bytes pair = join({sinf(y208), sdat(y208)});
     const Bytes described = sinf(y208);
     const Bytes fields(described.begin() + 8, described.end());
@@ -54,54 +53,41 @@ TEST(Reader, RefusesWithTheExactMessage) {
     };
     const Case cases[] = {
         {"nothing", {}, "buffer size should be at least 8"},
-        {"half a header", Bytes(good.begin(), good.begin() + 7), "buffer size should be at least 8"},
         {"another box first", pair, "'pack' box expected at offset 4"},
         {"pack beyond the buffer", box("pack", pair, 54), "pack box size(54) is greater than buffer size(53)"},
         {"largest pack", box("pack", pair, 0xFFFFFFFF), "pack box size(4294967295) is greater than buffer size(53)"},
-        {"empty pack", box("pack", {}), kNoPlanes},
         {"pack of size 0", box("pack", pair, 0), kNoPlanes},
-        {"pack too short for a box", box("pack", pair, 15), kNoPlanes},
         {"unknown boxes only", pack({box("junk", Bytes(20)), box("pack", {}), sdat(y208)}), kNoPlanes},
         {"unknown box without end", pack({box("junk", {}, 0xFFFFFFFF), pair}), kNoPlanes},
         {"empty icmp at the end", pack({box("icmp", {})}), noHeaderAt(16)},
         {"sdat first in icmp", pack({box("icmp", join({sdat(y208), sinf(y208)}))}), "'sinf' box expected at offset 20"},
-        {"unknown box in icmp", pack({box("icmp", join({box("junk", {}), pair}))}), "'sinf' box expected at offset 20"},
         {"short sinf", pack({box("sinf", fields, 19), sdat(y208)}),
          "sinf box size expected to be at least 20 bytes at offset 8"},
         {"short sinf in icmp", pack({box("icmp", join({box("sinf", fields, 0), sdat(y208)}))}),
          "sinf box size expected to be at least 20 bytes at offset 16"},
         {"layout 2", payloadOf({plane("y208", 4, 2, 2)}), "Undefined value of frame layout: 2"},
-        {"layout 255", payloadOf({plane("y208", 4, 2, 255)}), "Undefined value of frame layout: 255"},
         {"sinf fields beyond the pack", pack({box("sinf", {}, 21)}), noHeaderAt(29)},
         {"sinf fields outside the pack", box("pack", pair, 16), noHeaderAt(29)},
         {"sinf layout outside the pack", box("pack", pair, 28), noHeaderAt(29)},
         {"20 bytes of sinf outside the pack", box("pack", join({box("sinf", twelve, 20), sdat(y208)}), 27),
          noHeaderAt(28)},
         {"long sinf cut off", pack({box("sinf", {}, 1000)}), noHeaderAt(1008)},
-        {"sinf at the end", pack({sinf(y208)}), noHeaderAt(29)},
         {"20 bytes of sinf at the end", pack({sinf(y208, 20)}), noHeaderAt(28)},
         {"sinf past the end", pack({box("sinf", fields, 0xFFFFFFFF), sdat(y208)}), noHeaderAt(4294967303)},
         {"no sdat behind sinf", pack({sinf(y208), box("junk", Bytes(24)), sdat(y208)}),
          "'sdat' box expected at offset 33"},
-        {"two sinf", pack({sinf(y208), sinf(y208), sdat(y208)}), "'sdat' box expected at offset 33"},
         {"sdat too small", payloadOf({shortData}), "'sdat' box size expected to be at least 24 at offset 29"},
-        {"sdat of size 0", pack({sinf(y208), box("sdat", y208.data, 0)}),
-         "'sdat' box size expected to be at least 24 at offset 29"},
         {"sdat far too small", payloadOf({wide}),
          "'sdat' box size expected to be at least 18446744065119617033 at offset 29"},
         {"empty coded plane", payloadOf({{"rl08", 4, 2}}), "'sdat' box size expected to be at least 9 at offset 29"},
-        {"sdat cut off", pack({sinf(y208), box("sdat", shortData.data, 24)}), "can't read 24 bytes at offset 37"},
         {"empty coded plane cut off", pack({sinf({"rl16", 4, 2}), box("sdat", {}, 9)}),
          "can't read 9 bytes at offset 37"},
         {"two bare pairs", pack({pair, pair}), kSecondBare},
         {"bare pair behind icmp", pack({icmp(y208), pair}), kSecondBare},
         {"unknown code", payloadOf({plane("y209")}), kBadSet},
         {"unknown code without data", payloadOf({{"    ", 9, 9}}), kBadSet},
-        {"code backwards", payloadOf({plane("h2y ")}), kBadSet},
         {"a code twice", payloadOf({y208, y208}), kBadSet},
         {"two pictures", payloadOf({plane("y208"), plane("rg08")}), kBadSet},
-        {"chroma alone", payloadOf({plane("cb08")}), kBadSet},
-        {"luma alone", payloadOf({plane(" y08")}), kBadSet},
         {"no Cr", payloadOf({plane(" y08"), plane("cb08", 2, 1), plane(" a08")}), kBadSet},
         {"two alphas", payloadOf({y208, plane(" a08"), plane("rl08")}), kBadSet},
         {"five planes", payloadOf({plane(" y08"), plane("cb08"), plane("cr08"), plane(" a08"), plane("rl08")}),
@@ -280,34 +266,33 @@ TEST(Reader, HandlesEveryTruncation) {
     }
 }
 
-// Damage to any field of the boxes: a refusal with one message or a picture, and no byte touched outside the buffers.
-TEST(Reader, SurvivesDamagedHeaders) {
-    TestDecoder decoder(2);
-    constexpr std::array<uint32_t, 12> kValues{0,  1,   7,          8,          9,          19,
-                                               21, 255, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF8, 0xFFFFFFFF};
-    for (const auto& [order, type] : {std::pair{13U, 1U}, {13U, 2U}, {11U, 1U}, {7U, 2U}, {1U, 3U}, {2U, 5U}}) {
-        const UncompressedParams params = makeParams(order, type, 6, 4);
-        const std::vector<Plane> planes = noisePlanes(params, 9);
-        const Bytes whole = payloadOf(planes);
-        size_t refused = 0;
-        size_t done = 0;
-        for (size_t k = 0; k < planes.size(); ++k) {
-            for (size_t offset = k == 0 ? 0 : dataOffset(planes, k) - 37; offset < dataOffset(planes, k); ++offset) {
-                for (const uint32_t value : kValues) {
-                    Bytes damaged = whole;
-                    std::copy_n(littleEndian(value).begin(), std::min<size_t>(4, whole.size() - offset),
-                                damaged.begin() + static_cast<std::ptrdiff_t>(offset));
-                    UncompressedParams read = params;
-                    const bool readable = readMetadata(decoder, damaged, read).message.empty();
-                    const Frame picture = decode(decoder, params, damaged, Bytes(pictureSize(params)));
-                    ASSERT_TRUE(readable || !picture.message.empty()) << "offset " << offset << " value " << value;
-                    ++(picture.message.empty() ? done : refused);
-                }
-            }
-        }
-        EXPECT_GT(refused, done);
-        EXPECT_GT(done, 0U);
+TEST(CodedAlpha, GivesNothingButItsOwnBytes) {
+    TestEncoder& encoder = withWorkers<TestEncoder>(1);
+    TestDecoder& decoder = withWorkers<TestDecoder>(1);
+    const UncompressedParams rgba = makeParams(plenar::RGBA, plenar::Uint8, 64, 8);
+    const UncompressedParams rgb = makeParams(plenar::RGB, plenar::Uint8, 64, 8);
+    const Bytes picture = noise(2048, 1);
+    const Bytes whole = encode(encoder, rgba, picture, makeCompressed(1)).bytes;
+    EXPECT_EQ(decode(decoder, rgba, whole, Bytes(2048)).bytes, picture);
+
+    // Without bands the plane decodes to nothing: alpha is 0, not that of the frame before.
+    Bytes clear = picture;
+    for (size_t i = 3; i < clear.size(); i += 4) {
+        clear[i] = 0;
     }
+    Bytes bandless = whole;
+    bandless[45 + 1536 + 37] = 0;
+    EXPECT_EQ(decode(decoder, rgba, bandless, picture).bytes, clear);
+
+    // The end of the last band is still there, but behind the payload.
+    Bytes cut = whole;
+    const auto size = static_cast<uint32_t>(whole.size() - 40);
+    std::copy_n(littleEndian(size).begin(), 4, cut.begin());
+    Bytes target(2048);
+    EXPECT_EQ(decoder.outcome(Plenar_DecodeFrame(decoder.get(), &rgba, cut.data(), size, target.data(), 2048, nullptr)),
+              "rle stream runs past the end of the coded plane");
+    cut.resize(size);
+    EXPECT_EQ(decode(decoder, rgb, cut, Bytes(1536)).message, "");  // alpha that isn't asked for isn't decoded
 }
 
 // Row samples are counted in 32 bits, so this plane takes no bytes; a picture of that width would take 4 GiB a row.

@@ -18,7 +18,7 @@ struct ReferenceFrame {
     std::string decodedCrc32;
 };
 
-std::vector<ReferenceFrame> frames(bool codedAlpha) {
+std::vector<ReferenceFrame> frames() {
     std::ifstream file(PLENAR_TEST_DATA "/frames.tsv");
     std::vector<ReferenceFrame> all;
     std::string line;
@@ -31,9 +31,7 @@ std::vector<ReferenceFrame> frames(bool codedAlpha) {
             f.payloadBytes >> f.payloadCrc32 >> f.metadataCode >> f.metadataOrder >> f.metadataType >> f.decodeCode >>
             f.decodedCrc32;
         EXPECT_FALSE(fields.fail()) << line;
-        if ((f.alphaRle != 0) == codedAlpha) {
-            all.push_back(f);
-        }
+        all.push_back(f);
     }
     return all;
 }
@@ -90,26 +88,18 @@ void check(const ReferenceFrame& f, size_t workers) {
               recordBytes(makeParams(f.metadataOrder, f.metadataType, f.width, f.height, 0, 0, f.frameLayout)));
 }
 
-void checkAll(const std::vector<ReferenceFrame>& all, size_t workers, size_t expectedCount) {
-    ASSERT_EQ(all.size(), expectedCount);
+class ReferenceFrames : public ::testing::TestWithParam<size_t> {};
+
+TEST_P(ReferenceFrames, HaveTheirChecksums) {
+    const std::vector<ReferenceFrame> all = frames();
+    ASSERT_EQ(all.size(), 312U);
     for (const ReferenceFrame& f : all) {
         SCOPED_TRACE(f.number);
-        check(f, workers);
+        check(f, GetParam());
     }
 }
 
-class PlainFrames : public ::testing::TestWithParam<size_t> {};
-class CodedAlphaFrames : public ::testing::TestWithParam<size_t> {};
-
-TEST_P(PlainFrames, HaveTheirChecksums) {
-    checkAll(frames(false), GetParam(), 212);
-}
-TEST_P(CodedAlphaFrames, HaveTheirChecksums) {
-    checkAll(frames(true), GetParam(), 100);
-}
-
-INSTANTIATE_TEST_SUITE_P(Reference, PlainFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()));
-INSTANTIATE_TEST_SUITE_P(Reference, CodedAlphaFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()));
+INSTANTIATE_TEST_SUITE_P(Workers, ReferenceFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()));
 
 }  // namespace
 }  // namespace plenar_test

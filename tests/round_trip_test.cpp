@@ -117,48 +117,5 @@ TEST(Formats, AreOneHundredAndSix) {
     EXPECT_EQ(allPairs().size(), 106U);
 }
 
-// Rows worked out by hand, so that the model isn't the only witness of what no encoder writes.
-TEST(OddRows, DecodeWithTheirOddities) {
-    struct Row {
-        std::string code;
-        Bytes plane;
-        uint32_t order, type, width;
-        Bytes picture;
-    };
-    const Bytes old{0xFF, 0xFF, 0xFF, 0xFF};
-    const Row rows[] = {
-        {"y208", {1, 2, 3, 4, 5, 6, 7}, plenar::CbYCrY, plenar::Uint8, 3, {1, 2, 3, 4, 5, 6, 7}},
-        {"y208", {1, 2, 3, 4, 5, 6, 7}, plenar::YCbYCr, plenar::Uint8, 3, {2, 1, 4, 3, 6, 5, 0, 7}},
-        {"y210", {1, 2, 3, 0x39}, plenar::CbYCrY, plenar::Uint10, 1, {0x40, 1, 0x80, 2, 0xC0, 3}},
-        {"y210", {1, 2, 3, 0x39}, plenar::YCbYCr, plenar::Uint10, 1, {0, 2, 0, 1, 0, 0x39, 0, 3}},
-        {"y210",
-         {1, 0, 0, 1, 0, 0, 0, 0xFF, 3, 0xC0},
-         plenar::CbYCrY,
-         plenar::Packed10,
-         4,
-         join({{7, 0, 0, 0}, {3, 0, 0, 0}, {0, 0xFC, 0x0F, 0}, old})},
-        {"rgS1",
-         {0, 0x40, 0, 0x80, 0xFF, 0xFF},
-         plenar::RGB,
-         plenar::Float32,
-         1,
-         {0, 0, 0x80, 0x3F, 0, 0, 0, 0xC0, 0, 0, 0x80, 0xB8}},
-        {"y2S1",
-         {0, 0x40, 0, 0x80, 0xFF, 0xFF},
-         plenar::YCbYCr,
-         plenar::Float32,
-         1,
-         join({{0, 0, 0, 0xC0}, {0, 0, 0x80, 0x3F}, old, {0, 0, 0x80, 0xB8}})},
-    };
-    for (const Row& row : rows) {
-        const UncompressedParams params = makeParams(row.order, row.type, row.width, 1);
-        const Frame picture =
-            decode(withWorkers<TestDecoder>(0), params, payloadOf({{row.code, row.width, 1, 0, row.plane}}),
-                   Bytes(pictureSize(params), 0xFF));
-        EXPECT_EQ(picture.message, "");
-        EXPECT_EQ(difference(picture.bytes, row.picture), "") << row.code << " into order " << row.order;
-    }
-}
-
 }  // namespace
 }  // namespace plenar_test

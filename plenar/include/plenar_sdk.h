@@ -4,16 +4,21 @@
  * Ten functions, three records and one callback; this header is all there is. It is valid C11 and C++17 and needs
  * nothing but <stdint.h>.
  *
- * Memory      Every buffer belongs to the caller and is used only while the call that names it runs. Encoder and
- * Decoder objects belong to the library: made by a create call, released by the destroy call of the same kind. Threads
- * An object serves one call at a time; which thread makes the call doesn't matter. Calls on different objects may
- * overlap freely. The two size functions and Plenar_GetVersion may be called at any time from any thread. Worker
- * threads run only while a frame call runs. Errors      Functions that return uint32_t codes return one of the
- * PLENAR_RESULT_ values. With PLENAR_RESULT_FAILED the reason goes, as English text, to the object's message callback,
- * once and on the calling thread. The object stays usable; what the call was to write is unspecified. Untrusted Payload
- * bytes and every field of the records may come from anywhere: no value of them makes a call read input       or write
- * outside the buffers as their stated sizes delimit them. The pointers and sizes themselves are trusted: a size must
- * not exceed the memory behind its pointer. Source and destination must not overlap.
+ * Memory. Every buffer belongs to the caller and is used only while the call that names it runs. Encoder and Decoder
+ * objects belong to the library: a create call makes them, the destroy call of the same kind releases them.
+ *
+ * Threads. An object serves one call at a time; which thread makes the call doesn't matter. Calls on different objects
+ * may overlap freely. The two size functions and Plenar_GetVersion may be called at any time from any thread. Worker
+ * threads touch the caller's buffers only while a frame call runs.
+ *
+ * Errors. Functions that return a code return one of the PLENAR_RESULT_ values. With PLENAR_RESULT_FAILED the reason
+ * goes, as English text, to the object's message callback, once and on the calling thread. The object stays usable. A
+ * call that fails may already have written to its dst; *bytesWritten and the record of Plenar_ReadMetadata are written
+ * on success only.
+ *
+ * Untrusted input. Payload bytes and every field of the records may come from anywhere: no value of them makes a call
+ * read or write outside the buffers as their stated sizes delimit them. The pointers and sizes themselves are trusted:
+ * a size must not exceed the memory behind its pointer. Source and destination must not overlap.
  *
  * All numbers in records are in the machine's byte order, sizes are in bytes, and rows run from top to bottom.
  */
@@ -61,6 +66,7 @@ enum {
  * in memory order. Conversion moves samples by position: it doesn't interpret what a component means.
  *
  * 4:2:2 orders (1, 2, 11, 15, 16) share one pair of chroma samples between two pixels; an encode needs an even width.
+ * A decode takes any: see Plenar_DecodeFrame for what becomes of the last pixel of an odd width.
  * 4:2:0 orders (10, 13) hold chroma planes of half the width and half the height; an encode needs both to be even.
  */
 enum {
@@ -88,7 +94,8 @@ enum {
     PLENAR_TYPE_UINT16 = 2,     /* 16 bits in a word */
     PLENAR_TYPE_UINT10 = 3,     /* 10 bits in the top of a word; the 6 bits below are dropped, and zero on decode */
     PLENAR_TYPE_UINT12 = 4,     /* 12 bits in the top of a word; the 4 bits below are dropped, and zero on decode */
-    PLENAR_TYPE_PACKED10 = 5,   /* three 10-bit samples in 32 bits, 6 pixels in 16 bytes ("v210"); CbYCrY only */
+    PLENAR_TYPE_PACKED10 = 5,   /* three 10-bit samples in 32 bits, 6 pixels in 16 bytes ("v210"); CbYCrY only. Rows
+                                   without padding are whole groups of 16 bytes */
     PLENAR_TYPE_HALF16 = 6,     /* 16-bit floating point, carried bit for bit */
     PLENAR_TYPE_FLOAT32 = 7,    /* 32-bit floating point, carried bit for bit */
     PLENAR_TYPE_FIXED2P14 = 214 /* signed 16-bit fixed point, value / 16384; decodes to itself or to Float32 */
@@ -111,8 +118,10 @@ typedef struct UncompressedParams {
     uint32_t height;              /* rows; 0 is legal and gives empty planes */
     uint32_t rowBytes;            /* from one row to the next of the picture (of the Y plane, and of the alpha plane of
                                      orders 13 and 14), in bytes; 0 means rows without padding */
-    uint32_t frameLayout;         /* how fields lie in the frame: the low byte is stored with every plane, a decoder
-                                     accepts 0 and 1, and the library gives it no meaning */
+    uint32_t frameLayout;         /* how fields share the rows of the frame; no conversion depends on it. An
+                                     encode stores its low byte with every plane, whatever it is; payloads with other
+                                     values than 0 and 1 are refused by Plenar_ReadMetadata and Plenar_DecodeFrame. A
+                                     decode doesn't compare this field with the payload's */
     uint32_t rowBytes2;           /* the same as rowBytes for the chroma planes of orders 10 and 13 and the alpha plane
                                      of orders 15 and 16; not read for other orders */
 } UncompressedParams;
@@ -120,12 +129,13 @@ typedef struct UncompressedParams {
 /* What an encode is to do with the alpha plane. 10 bytes, no padding between fields. */
 typedef struct CompressedParams {
     uint64_t size;          /* must be 10 */
-    uint8_t alphaRle;       /* not 0: code the alpha plane, without loss, as runs; 8- and 16-bit samples only */
-    uint8_t alphaBandLimit; /* with alphaRle: the most bands that the plane is cut into, each coded by itself and so in
-                               parallel; 0 means 16. Bands must stay below 2^28 samples at 8 bits and 2^24 samples at 16
-                               bits: a longer run of equal samples doesn't fit the code, is not detected, and gives a
-                               payload that doesn't decode. The default of 16 bands is safe for any picture below 2^28
-                               samples. */
+    uint8_t alphaRle;       /* not 0: code the alpha plane, without loss, as runs; Uint8 and Uint16 only, and without
+                               effect on orders without alpha */
+    uint8_t alphaBandLimit; /* with alphaRle: the most bands of rows that the plane is cut into, each coded by itself
+                               and so in parallel; 0 means 16. Bands must stay below 2^28 samples at 8 bits and 2^24
+                               samples at 16 bits: a longer run of equal samples doesn't fit the code, is not detected,
+                               and gives a payload that doesn't decode. The default of 16 bands is safe for any picture
+                               below 2^28 samples. */
 } CompressedParams;
 
 /*
@@ -140,7 +150,7 @@ typedef struct CreateParams {
     uint32_t numThreads;                   /* worker threads of the object; 0 means one for each logical processor, and
                                               1 means none: all work is done on the calling thread. Results don't depend
                                               on it. Any other number is taken as it stands. */
-    void* userData;                        /* handed to messageCallback */
+    void* userData;                        /* handed to messageCallback as it is */
     PlenarMessageCallback messageCallback; /* may be null: then messages are dropped */
 } CreateParams;
 
@@ -154,26 +164,30 @@ typedef struct Encoder Encoder;
 typedef struct Decoder Decoder;
 
 /*
- * Makes an object and starts its worker threads. A null params stands for a record with all fields 0 but size: as many
+ * Make an object and start its worker threads. A null params stands for a record with all fields 0 but size: as many
  * threads as processors, no callback.
  *
- * Returns PLENAR_RESULT_OK and stores the object, or PLENAR_RESULT_NULL_POINTER (encoder or decoder is null), or
+ * Return PLENAR_RESULT_OK and store the object, or PLENAR_RESULT_NULL_POINTER (encoder or decoder is null), or
  * PLENAR_RESULT_BAD_RECORD_SIZE. Lack of memory or of threads leaves the call as a C++ exception (std::bad_alloc,
  * std::length_error, std::system_error) with nothing left behind; C hosts that must survive it wrap the call in C++.
  */
 PLENAR_API uint32_t Plenar_CreateEncoder(const CreateParams* params, Encoder** encoder);
 PLENAR_API uint32_t Plenar_CreateDecoder(const CreateParams* params, Decoder** decoder);
 
-/* Stops and joins the object's threads and releases it. Null is ignored. No other call on the object may be running. */
+/* Stop and join the object's threads and release it. Null is ignored. No other call on the object may be running. */
 PLENAR_API void Plenar_DestroyEncoder(Encoder* encoder);
 PLENAR_API void Plenar_DestroyDecoder(Decoder* decoder);
 
 /*
  * Encodes one picture.
  *
- * src, srcSize   the picture; at least Plenar_GetUncompressedBufSize(params) bytes
- * dst, dstSize   takes the payload; at least Plenar_GetCompressedBufSize(params, compressedParams) bytes, also where
- * the coded payload turns out smaller bytesWritten   may be null; takes the payload's size, on success only
+ * src, srcSize
+ *     the picture; at least Plenar_GetUncompressedBufSize(params) bytes
+ * dst, dstSize
+ *     takes the payload; at least Plenar_GetCompressedBufSize(params, compressedParams) bytes, also where the coded
+ *     payload turns out smaller
+ * bytesWritten
+ *     may be null; takes the payload's size, on success only
  *
  * Returns a PLENAR_RESULT_ code. Frames don't depend on one another: all parameters may change from call to call. Any
  * field values and any sample values are safe.
@@ -185,13 +199,28 @@ PLENAR_API uint32_t Plenar_EncodeFrame(Encoder* encoder, const UncompressedParam
 /*
  * Decodes a payload into a picture of the arrangement that params asks for: the one that Plenar_ReadMetadata reports,
  * or another that holds the same planes (orders of the same family, with or without alpha, alpha alone; Packed10 for
- * Uint10 in CbYCrY; Float32 for Fixed2p14). Width and height must be those of the payload.
+ * Uint10 in CbYCrY; Float32 for Fixed2p14 in orders without alpha). Width and height must be those of the payload.
  *
- * src, srcSize   the payload. Safe for untrusted bytes: what is damaged is refused, or decodes to some picture
- * dst, dstSize   takes the picture; at least Plenar_GetUncompressedBufSize(params) bytes. Padding behind rows stays
- *                untouched where the picture is not stored in one piece; bytes of coded alpha planes with padding may
- *                change there
- * bytesWritten   may be null; takes the picture's size, on success only
+ * src, srcSize
+ *     the payload. Safe for untrusted bytes: what is damaged is refused, or decodes to some picture
+ * dst, dstSize
+ *     takes the picture; at least Plenar_GetUncompressedBufSize(params) bytes. Bytes between the rows of a picture with
+ *     padding stay as they were; only those between the rows of a coded alpha plane that is decoded into a plane of its
+ *     own may change
+ * bytesWritten
+ *     may be null; takes the picture's size, on success only
+ *
+ * Two kinds of rows need care:
+ *
+ * Packed10 with a width of 4 or 5 more than a multiple of 6. The second word of a row's last group is added to the one
+ * that stands in dst: clear dst first. The words of a last group behind its last pair of pixels are not written.
+ *
+ * Odd widths in 4:2:2. Encodes refuse them, but payloads of other makers may have them: the last pixel of such a row
+ * has both its chroma samples. CbYCrY, CbYACrYA and CbYCrYPlusAlpha decode them whole. YCbYCr and YCbYCrPlusAlpha rows
+ * have one more luma sample than the plane, the last but one of the row: it is 0, or what stood at the end of the row
+ * in dst where Fixed2p14 becomes Float32. In these two orders at Uint10 and Uint12, and in Packed10, samples come out
+ * wrong, as their low bits are looked for in the wrong place, and Packed10 leaves the last pixel out. Decode such
+ * payloads into CbYCrY with Uint10 or Uint12.
  *
  * Returns a PLENAR_RESULT_ code.
  */
@@ -210,16 +239,17 @@ PLENAR_API uint32_t Plenar_ReadMetadata(Decoder* decoder, const void* src, uint3
                                         UncompressedParams* params);
 
 /*
- * The bytes that Plenar_EncodeFrame needs in dst, an upper bound when the alpha plane is coded. 0 when a pointer is
- * null, a record's size field is wrong, or the pair of order and type is not supported. A payload has at most 2^32 - 1
- * bytes: for pictures beyond that the result is cut to 32 bits, and the encode is refused.
+ * The bytes that Plenar_EncodeFrame needs in dst: the payload's size, or an upper bound when the alpha plane is coded.
+ * 0 when a pointer is null, a record's size field is wrong, or the pair of order and type is not supported. A payload
+ * has at most 2^32 - 1 bytes: for pictures beyond that the result is cut to 32 bits, and the encode is refused.
  */
 PLENAR_API uint32_t Plenar_GetCompressedBufSize(const UncompressedParams* params,
                                                 const CompressedParams* compressedParams);
 
 /*
- * The bytes of the caller's picture, padding included: (cut to 32 bits; encode and decode compare the full number). 0
- * when params is null or its size field is wrong. Unsupported pairs of order and type get some number too.
+ * The bytes of the caller's picture, padding between rows included. 0 when params is null or its size field is wrong.
+ * Unsupported pairs of order and type get some number too. The result is cut to 32 bits: for a picture beyond that it
+ * is too small to allocate by, and encode and decode, which compare the true size, refuse every buffer.
  */
 PLENAR_API uint32_t Plenar_GetUncompressedBufSize(const UncompressedParams* params);
 

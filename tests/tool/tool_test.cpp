@@ -60,21 +60,17 @@ protected:
     int Run(const std::string& arguments) {
         // NOLINTNEXTLINE(cert-env33-c): a shell is what the program is run from, and it sends the output to files
         const int status = std::system((PLENAR_TOOL " " + arguments + " >out.txt 2>err.txt").c_str());
-        out = Text("out.txt");
-        err = Text("err.txt");
-        fs::remove("out.txt");
-        fs::remove("err.txt");
+        for (const auto& [file, text] : {std::pair("out.txt", &out), std::pair("err.txt", &err)}) {
+            const Bytes bytes = Load(file);
+            text->assign(bytes.begin(), bytes.end());
+            fs::remove(file);
+        }
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     nlohmann::json Info(const std::string& file) {
         Run("info --json " + file);
         return nlohmann::json::parse(out);
-    }
-
-    static std::string Text(const std::string& file) {
-        const Bytes bytes = Load(file);
-        return {bytes.begin(), bytes.end()};
     }
 
     static Bytes Load(const std::string& file) {
@@ -132,8 +128,7 @@ constexpr const char* rawUyvy = "--raw --size 26x10 --order CbYCrY --type Uint8 
 TEST_F(Tool, PicturesComeBackBitForBit) {
     const PictureKind kinds[] = {
         rgba8,
-        {"p.png", TypeDesc::UINT8, 8, 4, "--order BGRA --threads 3", "ARGB", "Uint8"},
-        {"p.png", TypeDesc::UINT8, 8, 4, "--alpha-rle", "ARGB", "Uint8"},
+        {"p.png", TypeDesc::UINT8, 8, 4, "--alpha-rle --threads 3", "ARGB", "Uint8"},
         {"p.png", TypeDesc::UINT16, 16, 4, "--alpha-rle --alpha-bands 3", "ARGB", "Uint16"},
         {"p.png", TypeDesc::UINT16, 16, 3, "--order BGR", "RGB", "Uint16"},
         {"p.tif", TypeDesc::UINT16, 16, 1, "", "AlphaOnly", "Uint16"},
@@ -171,21 +166,24 @@ TEST_F(Tool, RawBuffersComeBack) {
     const struct {
         std::string layout;
         size_t bytes;
+        int (*mask)(size_t);  // what a decode writes as zero
     } kinds[] = {
-        {"--order CbYCrY --type Uint8", 520},          {"--order YCbYCr --type Half16", 1040},
-        {"--order CbYCrY --type Packed10", 800},  // 26 pixels take five groups of 16 bytes
-        {"--order YCbCr420Planar --type Uint8", 390},  {"--order YCbCrA420Planar --type Uint16", 1300},
-        {"--order YCbYCrPlusAlpha --type Uint8", 780}, {"--order CbYCrYPlusAlpha --type Uint8 --row-bytes2 30", 820},
+        // 26 pixels take five groups of 16 bytes; unused bits, and the words of the last group behind two pixels
+        {"--order CbYCrY --type Packed10", 800,
+         [](size_t i) {
+             return i % 80 >= 70 ? 0 : i % 80 == 69 ? 0x03 : i % 4 == 3 ? 0x3F : 0xFF;
+         }},
+        {"--order YCbYCr --type Half16", 1040, [](size_t) { return 0xFF; }},
+        {"--order YCbCr420Planar --type Uint8", 390, [](size_t) { return 0xFF; }},
+        {"--order YCbCrA420Planar --type Uint16", 1300, [](size_t) { return 0xFF; }},
+        {"--order CbYCrYPlusAlpha --type Uint8 --row-bytes 60 --row-bytes2 30", 900,
+         [](size_t i) { return (i < 600 ? i % 60 < 52 : (i - 600) % 30 < 26) ? 0xFF : 0; }},
     };
     for (const auto& kind : kinds) {
         SCOPED_TRACE(kind.layout);
         Bytes picture = Noise(kind.bytes);
-        for (size_t i = 0; kind.bytes == 800 && i < picture.size(); ++i) {
-            const size_t inRow = i % 80;  // unused bits, and the words of the last group behind two pixels, are zero
-            picture[i] &= inRow >= 70 ? 0x00 : inRow == 69 ? 0x03 : inRow % 4 == 3 ? 0x3F : 0xFF;
-        }
-        for (size_t i = 520; kind.bytes == 820 && i < picture.size(); ++i) {
-            picture[i] = (i - 520) % 30 >= 26 ? 0 : picture[i];
+        for (size_t i = 0; i < picture.size(); ++i) {
+            picture[i] &= static_cast<uint8_t>(kind.mask(i));
         }
         Save("p.raw", picture);
         ASSERT_EQ(Run("encode p.raw p.plenar --raw --size 26x10 " + kind.layout), 0) << err;
@@ -194,29 +192,11 @@ TEST_F(Tool, RawBuffersComeBack) {
     }
 }
 
-TEST_F(Tool, PaddingOfRowsStaysOutside) {
-    const Bytes padded = Noise(600);
-    Bytes tight;
-    for (size_t row = 0; row < 10; ++row) {
-        tight.insert(tight.end(), padded.begin() + static_cast<long>(row * 60),
-                     padded.begin() + static_cast<long>(row * 60 + 52));
-    }
-    Save("p.raw", padded);
-    ASSERT_EQ(Run("encode p.raw p.plenar --row-bytes 60 "s + rawUyvy), 0) << err;
-    const Bytes payload = Load("p.plenar");
-    ASSERT_GT(payload.size(), tight.size());
-    EXPECT_EQ(Bytes(payload.end() - static_cast<long>(tight.size()), payload.end()), tight);
-    ASSERT_EQ(Run("decode p.plenar back.raw --raw"), 0) << err;
-    EXPECT_EQ(Load("back.raw"), tight);
-}
-
 TEST_F(Tool, ManyFilesGoOnWhenOneFails) {
-    std::string inputs;
     for (uint32_t i = 0; i < 5; ++i) {
-        inputs += " p" + std::to_string(i) + ".png";
         SavePicture("p" + std::to_string(i) + ".png", rgba8, i);
     }
-    EXPECT_EQ(Run("encode missing.png" + inputs + " --out-dir made/payloads --jobs 3"), 1);
+    EXPECT_EQ(Run("encode missing.png p?.png --out-dir made/payloads --jobs 3"), 1);
     EXPECT_NE(err.find("plenar: missing.png: "), std::string::npos) << err;
     EXPECT_NE(err.find("[6/6] "), std::string::npos) << err;
     ASSERT_EQ(Run("decode made/payloads/*.plenar --out-dir back --ext tif"), 0) << err;
@@ -244,7 +224,6 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
         std::string message;
     } cases[] = {
         {"encode nothing.png out.png", "plenar: nothing.png: "},
-        {"encode p.raw out.png", "plenar: p.raw: "},
         {"info nothing.plenar", "plenar: nothing.plenar: can't be read: No such file"},
         {"encode rgb.png out.png --order RGBA", "plenar: rgb.png: has no alpha channel"},
         {"encode rgb.png out.png --order CbYCrY", "plenar: rgb.png: an RGB picture can't become CbYCrY"},
@@ -252,8 +231,6 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
         {"encode rgb.png no/such/out.png", "plenar: rgb.png: can't write no/such/out.png: No such file"},
         {"encode p.raw out.png --raw --size 28x10 --order CbYCrY --type Uint8",
          "plenar: p.raw: CbYCrY, Uint8, 28x10: src size is too small"},
-        {"encode p.raw out.png --raw --size 2x10 --order AlphaOnly --type Float32",
-         "combination of color component order and component type is not supported"},
         {"decode yuv.plenar out.png", "plenar: yuv.plenar: holds Y'CbCr samples"},
         {"decode half.plenar out.png", "plenar: half.plenar: png files don't hold Half16 samples"},
         {"decode rgba.plenar out.jpg", "plenar: rgba.plenar: jpeg files hold no alpha"},
@@ -267,7 +244,7 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
     for (const auto& [arguments, message] : cases) {
         EXPECT_EQ(Run(arguments), 1) << arguments;
         EXPECT_NE(err.find(message), std::string::npos) << err;
-        EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), arguments.find("2x10") == std::string::npos ? 1 : 2) << err;
+        EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << err;
         EXPECT_EQ(Load("out.png").size() + Load("out.jpg").size() + Load("out.raw").size(), 9) << arguments;
     }
     EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), filesBefore + 3);
@@ -294,9 +271,8 @@ TEST_F(Tool, InfoShowsPlanesAndBands) {
     EXPECT_EQ(info.at("boxes").size(), 7U);
     EXPECT_TRUE(info.at("remarks").empty()) << info.at("remarks");
     EXPECT_EQ(info.at("format").at("frameLayout"), 1);
-    const auto& colour = info.at("planes").at(0);
-    EXPECT_EQ(colour.at("code"), "rg08");
-    EXPECT_EQ(colour.at("bytes"), 26 * 10 * 3);
+    EXPECT_EQ(info.at("planes").at(0).at("code"), "rg08");
+    EXPECT_EQ(info.at("planes").at(0).at("bytes"), 26 * 10 * 3);
     const auto& alpha = info.at("planes").at(1);
     EXPECT_EQ(alpha.at("code"), "rl08");
     EXPECT_EQ(alpha.at("role"), "alpha");
@@ -343,8 +319,7 @@ TEST_F(Tool, ViewOfDamagedPayloadsStaysInside) {
             const size_t place = (random[change] % 2 ? 0 : alphaBox) + random[change + 1] % 120;
             damaged.at(place) = random[change + 2] % 2 ? random[change + 3] : 0xFF;
         }
-        const auto view = plenar_tool::ViewPayload(damaged);
-        EXPECT_LE(view.boxes.size(), 256U);
+        EXPECT_LE(plenar_tool::ViewPayload(damaged).boxes.size(), 256U);
     }
     Bytes boxes(1 << 20);  // a great many boxes of size 0
     boxes[2] = 0x10;
