@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "benchmarks.h"
-#include "plenar/cpu_features.h"
 #include "conversion/row_kernels.h"
 #include "frame_work.h"
 #include "matte_contents.h"
 #include "measurement.h"
+#include "plenar/cpu_features.h"
 #include "rle/rle_kernels.h"
 
 namespace plenar_bench {

@@ -11,7 +11,20 @@ namespace {
 
 using plenar::RleParams;
 
-enum Content { kMiddle, kFull, kRamp, kWrappingRamp, kCurve, kMatte, kSteps, kSparse, kNoise, kDearest, kContents };
+enum Content {
+    kMiddle,
+    kFull,
+    kRamp,
+    kWrappingRamp,
+    kCurve,
+    kMatte,
+    kSteps,
+    kSparse,
+    kNoise,
+    kDearest,
+    kLongRuns,
+    kContents
+};
 
 // A sample of each content, from its place and the two samples before it.
 class Source {
@@ -48,6 +61,8 @@ private:
                 return random();
             case kDearest:
                 return Dearest();
+            case kLongRuns:
+                return OfLongRuns();
             default:
                 return Top() / 2;
         }
@@ -66,12 +81,24 @@ private:
         }
     }
 
+    // Flat stretches and ramps of any length, with stretches of noise between them.
+    uint32_t OfLongRuns() {
+        if (left == 0) {
+            stretch = random() % 3;
+            left = 1U << random() % (stretch == 0 ? 7 : 17);
+        }
+        --left;
+        return stretch == 0 ? random() : prev1 + stretch - 1;
+    }
+
     Content kind;
     uint32_t depth;
     Random random;
     uint32_t prev1 = 127;
     uint32_t prev2 = 127;
     uint32_t last_second = 0;
+    uint32_t stretch = 0;
+    uint32_t left = 0;
 };
 
 Bytes MakePlain(const RleParams& params, Content content, uint32_t seed = 1) {
@@ -199,6 +226,9 @@ TEST_P(PlaneCodecAgreement, AllCodersGiveTheTwinsBytesAndDecodeExactly) {
         ExpectAllAgree(params_of(16, 16), static_cast<Content>(content));
     }
     ExpectAllAgree(params_of(1920, 1080), kMatte);
+    RleParams one_band = params_of(1920, 1080);
+    one_band.band_limit = 1;
+    ExpectAllAgree(one_band, kLongRuns);
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, PlaneCodecAgreement, testing::Combine(testing::Values(8U, 16U), testing::Bool()));

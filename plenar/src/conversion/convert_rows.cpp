@@ -2,10 +2,10 @@
 
 #include <vector>
 
-#include "plenar/cpu_features.h"
 #include "conversion/packing.h"
 #include "conversion/reorder.h"
 #include "conversion/row_kernels.h"
+#include "plenar/cpu_features.h"
 #include "plenar/params.h"
 #include "pool/split_rows.h"
 

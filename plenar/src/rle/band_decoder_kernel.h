@@ -23,17 +23,30 @@ constexpr uint32_t kRunLanes = 16;  // the vector that takes a run; no run in th
 // A token's beginning, up to the bits that say no more than a number; 0 if the token isn't in the table. One number,
 // and the length lowest, as that is what the next token waits for.
 struct TokenEntry {
-    uint32_t packed = 0;
+    uint64_t packed = 0;
 
     constexpr TokenEntry() = default;
-    constexpr TokenEntry(uint32_t length, uint32_t run, uint32_t mode, uint32_t residual)
-        : packed(length | run << 8 | residual << 16 | mode << 31) {}
+    constexpr TokenEntry(uint32_t length, uint32_t run, uint32_t mode)
+        : packed(length | run << 8 | uint64_t{mode} << 63) {}
+
+    constexpr TokenEntry With(uint64_t field, uint32_t place) const {
+        TokenEntry entry = *this;
+        entry.packed |= field << place;
+        return entry;
+    }
+
+    static constexpr uint64_t kLengths = 0xFF;  // where the lengths of the sum of a few entries are
 
     uint32_t Length() const { return packed & 0x3F; }  // bits of the whole token
     uint32_t Run() const { return packed >> 8 & 0xFF; }
-    uint32_t SecondOrder() const { return static_cast<uint32_t>(static_cast<int32_t>(packed) >> 31); }  // as a mask
-    // 8 bits: unfolded; 16 bits: the ones in front of the short code, kRaw for a raw value.
-    uint32_t Residual() const { return packed >> 16 & 0xFF; }
+    uint32_t SecondOrder() const { return static_cast<uint32_t>(static_cast<int64_t>(packed) >> 63); }  // as a mask
+    // 8 bits: what the residual adds to the last sample and to the last difference over the whole run, and the place of
+    // what it adds to each sample.
+    uint32_t ToLast() const { return packed >> 16 & 0xFF; }
+    uint32_t ToDifference() const { return packed >> 24 & 0xFF; }
+    uint32_t Shape() const { return packed >> 32 & 0xFFFF; }
+    // 16 bits: the ones in front of the short code, kRaw for a raw value.
+    uint32_t Ones() const { return packed >> 16 & 0xFF; }
 };
 
 template <class Sample>
@@ -71,14 +84,18 @@ struct TokenTable {
         }
         const uint32_t length = known + low_bits;
         const uint32_t mode = bits >> 31;
+        const TokenEntry entry(length, run, mode);
         if (sizeof(Sample) > 1) {
-            return {length, run, mode, ones};
+            return entry.With(ones, 16);
         }
         if (length > kIndexBits) {
             return {};
         }
         const uint32_t low = bits << known >> (32 - low_bits);
-        return {length, run, mode, RleUnfold(static_cast<uint8_t>(is_short ? (ones << low_bits) + low : low))};
+        const uint8_t residual = RleUnfold(static_cast<uint8_t>(is_short ? (ones << low_bits) + low : low));
+        const uint32_t to_last = residual * (mode == 0 ? run : run * (run + 1) / 2);
+        const uint32_t to_difference = residual * (mode == 0 ? 1 : run);
+        return entry.With(to_last & 0xFF, 16).With(to_difference & 0xFF, 24).With(mode << 8 | residual, 32);
     }
 };
 
@@ -103,29 +120,38 @@ struct RunSteps {
     static constexpr Lanes kTriangular = {1, 3, 6, 10, 15, 21, 28, 36, 45, 55, 66, 78, 91, 105, 120, 136};
 };
 
-// The same for bytes, as multiples by all slopes or curves: vectors have no product of bytes, and a load is cheaper
-// than what stands in for one.
+// The same for bytes, as multiples by all slopes and behind them by all curves: vectors have no product of bytes, and a
+// load is cheaper than what stands in for one.
+constexpr uint32_t kCurves = 256;
 struct StepMultiples {
-    alignas(kRunLanes) uint8_t lanes[256][kRunLanes] = {};
+    alignas(kRunLanes) uint8_t lanes[2 * kCurves][kRunLanes] = {};
 
-    constexpr explicit StepMultiples(bool triangular) {
+    constexpr StepMultiples() {
         for (uint32_t factor = 0; factor < 256; ++factor) {
             for (uint32_t i = 0; i < kRunLanes; ++i) {
-                const uint32_t step = triangular ? (i + 1) * (i + 2) / 2 : i + 1;
-                lanes[factor][i] = static_cast<uint8_t>(factor * step);
+                lanes[factor][i] = static_cast<uint8_t>(factor * (i + 1));
+                lanes[kCurves + factor][i] = static_cast<uint8_t>(factor * ((i + 1) * (i + 2) / 2));
             }
         }
     }
 };
 
-constexpr StepMultiples kSlopeMultiples(false);
-constexpr StepMultiples kCurveMultiples(true);
+constexpr StepMultiples kStepMultiples;
 constexpr uint8_t kTriangle[kRunLanes] = {0, 1, 3, 6, 10, 15, 21, 28, 36, 45, 55, 66, 78, 91, 105, 120};
+
+RLE_INLINE inline RunVector<uint8_t>::Type MultiplesOf(uint32_t factor) {
+    RunVector<uint8_t>::Type lanes;
+    std::memcpy(&lanes, kStepMultiples.lanes[factor], sizeof lanes);
+    return lanes;
+}
 
 // A run's samples are last + k * slope + k * (k + 1) / 2 * curve, for k from 1 on.
 template <class Sample>
 struct Run {
     using Lanes = typename RunVector<Sample>::Type;
+
+    static constexpr uint64_t kStretch = 4 * kRunLanes;  // few runs are longer
+    static constexpr uint64_t kWorthFilling = 16 * kRunLanes;
 
     Sample last;
     Sample slope;
@@ -134,10 +160,7 @@ struct Run {
     // The first kRunLanes samples, whatever the run.
     RLE_INLINE void Fill(Lanes& lanes) const {
         if constexpr (sizeof(Sample) == 1) {
-            Lanes along_slope;
-            std::memcpy(&along_slope, kSlopeMultiples.lanes[slope], sizeof along_slope);
-            std::memcpy(&lanes, kCurveMultiples.lanes[curve], sizeof lanes);
-            lanes += along_slope + last;
+            lanes = MultiplesOf(slope) + MultiplesOf(kCurves + curve) + last;
         } else {
             lanes = last + slope * RunSteps::kLinear + curve * RunSteps::kTriangular;
         }
@@ -155,6 +178,23 @@ struct Run {
         Lanes lanes;
         Fill(lanes);
         std::memcpy(dst, &lanes, count * sizeof(Sample));
+    }
+
+    // Writes `count` samples, kRunLanes at least, and may write kStretch more.
+    RLE_INLINE void StoreLoosely(uint8_t* dst, uint64_t count) const {
+        if (curve != 0 || count >= kWorthFilling) {
+            StoreLong(dst, count);
+            return;
+        }
+        Lanes lanes;
+        Fill(lanes);
+        const Sample step = static_cast<Sample>(slope * kRunLanes);
+        for (uint64_t done = 0; done < count; done += kStretch) {
+            for (uint64_t i = 0; i < kStretch; i += kRunLanes) {
+                std::memcpy(dst + (done + i) * sizeof(Sample), &lanes, sizeof lanes);
+                lanes += step;
+            }
+        }
     }
 
     // Writes `count` samples, kRunLanes at least.
@@ -205,32 +245,30 @@ class BandDecoder {
 public:
     explicit BandDecoder(RleDecodeState& band)
         : state(band),
-          next(band.stream + band.position / 8),
-          end(band.stream + band.readable),
+          stream(band.stream),
+          position(band.position),
           dst(band.dst),
           dst_end(band.dst + band.remaining * sizeof(Sample)),
           last(band.prev1),
           difference(band.prev1 - band.prev2) {}
 
     void Decode() {
-        if (state.position / 8 + RleDecodeWindow > state.readable) {
-            return;
-        }
-        Refill();
-        Consume(static_cast<uint32_t>(state.position % 8));
         bool sound = true;
-        while (sound && end - next >= kWindow && dst_end - dst >= kRoom) {
-            Refill();
+        if (HasWindow()) {
+            bits = Window();
+        }
+        while (sound && HasWindow() && dst_end - dst >= kRoom) {
             if (!DecodeShortTokens()) {
-                Refill();
+                bits = Window();
                 sound = DecodeAnyToken();
+                bits = Window();
             }
         }
-        while (sound && end - next >= kWindow && dst != dst_end) {
-            Refill();
+        while (sound && HasWindow() && dst != dst_end) {
+            bits = Window();
             sound = DecodeAnyToken();
         }
-        state.position = static_cast<uint64_t>(next - state.stream) * 8 - available;
+        state.position = position;
         state.remaining -= static_cast<uint64_t>(dst - state.dst) / sizeof(Sample);
         state.dst = dst;
         state.prev1 = last;
@@ -238,52 +276,83 @@ public:
     }
 
 private:
-    static constexpr uint32_t kFullWindow = 56;  // bits that can be consumed after a refill
+    static constexpr uint32_t kWindowBits = 57;
     static constexpr uint32_t kLongestShort = sizeof(Sample) == 1 ? kIndexBits : kIndexBits + 16;
-    static constexpr uint32_t kShortTokens = kFullWindow / kLongestShort;  // in a row, without a refill
-    // The bytes that a pass of the loop looks at: it refills twice, and the first moves on by 7 bytes at most.
-    static constexpr int64_t kWindow = 16;
-    static constexpr int64_t kRoom = static_cast<int64_t>(sizeof(Sample)) * kRunLanes * (kShortTokens + 1);
+    // Tokens of a pass, before and after the next window is loaded: early, as that takes a while. It has to cover those
+    // that are decoded meanwhile and those of the next pass.
+    static constexpr uint32_t kTokensBefore = sizeof(Sample) == 1 ? 2 : 0;
+    static constexpr uint32_t kTokensAfter = 1;
+    static_assert((kTokensBefore + 2 * kTokensAfter) * kLongestShort <= kWindowBits);
+    static constexpr int64_t kRoom =
+        static_cast<int64_t>(sizeof(Sample)) * kRunLanes * (kTokensBefore + kTokensAfter + 1);
 
-    RLE_INLINE void Refill() {
+    // A pass of the loop consumes 7 bytes at most before it needs another window, and 7 more before the last.
+    RLE_INLINE bool HasWindow() const { return position / 8 + RleDecodeWindow <= state.readable; }
+
+    RLE_INLINE uint64_t Window() const {
         uint64_t word;
-        std::memcpy(&word, next, sizeof word);
-        bits |= RleBigEndian(word) >> available;
-        next += (63 - available) / 8;
-        available |= kFullWindow;
+        std::memcpy(&word, stream + position / 8, sizeof word);
+        return RleBigEndian(word) << (position % 8);
     }
 
     RLE_INLINE void Consume(uint32_t count) {
         bits <<= count;
-        available -= count;
+        position += count;
     }
 
-    // The next few tokens, as long as they are in the table.
+    // The next few tokens, as long as they are in the table. With false, `bits` has to be loaded again.
     RLE_INLINE bool DecodeShortTokens() {
-        for (uint32_t i = 0; i < kShortTokens; ++i) {
+        if (!DecodeShortTokens(kTokensBefore)) {
+            return false;
+        }
+        const uint64_t ahead = Window();
+        const uint64_t ahead_position = position;
+        if (!DecodeShortTokens(kTokensAfter)) {
+            return false;
+        }
+        bits = ahead << (position - ahead_position);
+        return true;
+    }
+
+    RLE_INLINE bool DecodeShortTokens(uint32_t count) {
+        uint64_t sum = 0;
+        for (uint32_t i = 0; i < count; ++i) {
             const TokenEntry entry = kTokenTable<Sample>.entries[bits >> (64 - kIndexBits)];
             if (entry.packed == 0) {
+                position += sum & TokenEntry::kLengths;
                 return false;
             }
+            sum += entry.packed;
+            DecodeShortToken(entry);
+        }
+        position += sum & TokenEntry::kLengths;
+        return true;
+    }
+
+    RLE_INLINE void DecodeShortToken(TokenEntry entry) {
+        if constexpr (sizeof(Sample) == 1) {
+            bits <<= entry.Length();
+            const uint32_t slope = difference & entry.SecondOrder();
+            const auto lanes = MultiplesOf(slope & 0xFF) + MultiplesOf(entry.Shape()) + static_cast<Sample>(last);
+            std::memcpy(dst, &lanes, sizeof lanes);
+            last += slope * entry.Run() + entry.ToLast();
+            difference = slope + entry.ToDifference();
+            dst += entry.Run();
+        } else {
             const uint32_t residual = ResidualOf(entry);
-            Consume(entry.Length());
+            bits <<= entry.Length();
             const Run<Sample> run = NextRun(residual, entry.SecondOrder());
             run.StoreShort(dst);
             Advance(run, entry.Run(), kTriangle[entry.Run()]);
         }
-        return true;
     }
 
     RLE_INLINE uint32_t ResidualOf(TokenEntry entry) const {
-        if constexpr (sizeof(Sample) == 1) {
-            return entry.Residual();
-        } else {
-            const bool raw = entry.Residual() == TokenTable<Sample>::kRaw;
-            const uint32_t low_bits = TokenTable<Sample>::LowBits(entry.Residual());
-            const uint32_t low = static_cast<uint32_t>(bits << (entry.Length() - low_bits) >> (64 - low_bits));
-            const uint32_t high = raw ? 0U : entry.Residual() << low_bits;
-            return RleUnfold(high + low);
-        }
+        const bool raw = entry.Ones() == TokenTable<Sample>::kRaw;
+        const uint32_t low_bits = TokenTable<Sample>::LowBits(entry.Ones());
+        const uint32_t low = static_cast<uint32_t>(bits << (entry.Length() - low_bits) >> (64 - low_bits));
+        const uint32_t high = raw ? 0U : entry.Ones() << low_bits;
+        return RleUnfold(high + low);
     }
 
     RLE_INLINE Run<Sample> NextRun(uint32_t residual, uint32_t second_order) const {
@@ -308,7 +377,11 @@ private:
         Consume(token.length);
         const Run<Sample> run = NextRun(token.residual, token.second_order);
         if (token.run >= kRunLanes) {
-            run.StoreLong(dst, token.run);
+            if (room - token.run >= run.kStretch) {
+                run.StoreLoosely(dst, token.run);
+            } else {
+                run.StoreLong(dst, token.run);
+            }
         } else if (room >= kRunLanes) {
             run.StoreShort(dst);
         } else {
@@ -320,7 +393,7 @@ private:
 
     // False for a token that might not be whole in the window, a run of 0 among them.
     RLE_INLINE bool Parse(Token& token) const {
-        constexpr uint32_t kMostZeros = (kFullWindow - 3 - 16) / 2;
+        constexpr uint32_t kMostZeros = (kWindowBits - 3 - 16) / 2;
         const uint64_t run_bits = bits << 1;
         if (run_bits >> (63 - kMostZeros) == 0) {
             return false;
@@ -344,10 +417,9 @@ private:
     }
 
     RleDecodeState& state;
-    uint64_t bits = 0;       // the next bits of the stream, from the top; those below `available` may be there already
-    uint32_t available = 0;  // how many of them count
-    const uint8_t* next;     // the first byte of which no bit counts
-    const uint8_t* end;
+    const uint8_t* stream;
+    uint64_t position;  // bits consumed
+    uint64_t bits = 0;  // the next bits of the stream, from the top
     uint8_t* dst;
     uint8_t* dst_end;
     uint32_t last;        // sample; what stands above its width means nothing

@@ -27,20 +27,15 @@ public:
     void Put(uint64_t value, uint32_t n) {
         value &= RleBitMask(n);
         const uint32_t t = used + n;
-        if (t > 64) {
-            const uint32_t over = t - 64;
-            StoreWord(acc | value >> over);
-            acc = value << (64 - over);
-            used = over;
+        if (t < 64) {
+            acc |= value << 1 << (63 - t);
+            used = t;
             return;
         }
-        acc |= value << (64 - t);
-        used = t;
-        if (t == 64) {
-            StoreWord(acc);
-            acc = 0;
-            used = 0;
-        }
+        const uint32_t over = t - 64;
+        StoreWord(acc | value >> over);
+        acc = over != 0 ? value << (64 - over) : 0;
+        used = over;
     }
 
     // Writes out what is left, with zero bits up to the next byte, and returns the place behind the last byte.

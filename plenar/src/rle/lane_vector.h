@@ -29,6 +29,14 @@ struct VectorTypes<uint16_t> {
     typedef uint16_t Unsigned __attribute__((vector_size(kVectorBytes)));
     typedef int16_t Signed __attribute__((vector_size(kVectorBytes)));
 };
+template <>
+struct VectorTypes<uint32_t> {
+    typedef uint32_t Unsigned __attribute__((vector_size(kVectorBytes)));
+};
+template <>
+struct VectorTypes<uint64_t> {
+    typedef uint64_t Unsigned __attribute__((vector_size(kVectorBytes)));
+};
 
 template <class Lane>
 using Vector = typename VectorTypes<Lane>::Unsigned;
@@ -67,6 +75,24 @@ inline Vector<Lane> ShiftIn(Vector<Lane> before, Vector<Lane> lanes) {
     const __m128i moved = _mm_slli_si128(reinterpret_cast<__m128i>(lanes), kBytes);
     const __m128i first = _mm_srli_si128(reinterpret_cast<__m128i>(before), 16 - kBytes);
     return reinterpret_cast<Vector<Lane>>(_mm_or_si128(moved, first));
+#endif
+}
+
+// Stores the lanes of both in turn, twice as many.
+template <class Lane>
+inline void StoreInterleaved(uint8_t* bytes, Vector<Lane> even, Vector<Lane> odd) {
+#if defined(__AVX2__)
+    const auto a = reinterpret_cast<__m256i>(even);
+    const auto b = reinterpret_cast<__m256i>(odd);
+    const __m256i low = sizeof(Lane) == 1 ? _mm256_unpacklo_epi8(a, b) : _mm256_unpacklo_epi16(a, b);
+    const __m256i high = sizeof(Lane) == 1 ? _mm256_unpackhi_epi8(a, b) : _mm256_unpackhi_epi16(a, b);
+    StoreLanes(bytes, _mm256_permute2x128_si256(low, high, 0x20));
+    StoreLanes(bytes + kVectorBytes, _mm256_permute2x128_si256(low, high, 0x31));
+#else
+    const auto a = reinterpret_cast<__m128i>(even);
+    const auto b = reinterpret_cast<__m128i>(odd);
+    StoreLanes(bytes, sizeof(Lane) == 1 ? _mm_unpacklo_epi8(a, b) : _mm_unpacklo_epi16(a, b));
+    StoreLanes(bytes + kVectorBytes, sizeof(Lane) == 1 ? _mm_unpackhi_epi8(a, b) : _mm_unpackhi_epi16(a, b));
 #endif
 }
 

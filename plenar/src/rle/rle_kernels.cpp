@@ -1,9 +1,8 @@
 #include "rle/rle_kernels.h"
 
-#include <cpuid.h>
-
 #include <atomic>
 
+#include "plenar/cpu_features.h"
 #include "rle/band_encoder_plain.h"
 #include "rle/rle_kernels_targets.h"
 
@@ -17,20 +16,12 @@ constexpr RleKernels kPlainKernels = {RleEncodeBandPlain<uint8_t>, RleEncodeBand
 
 // All that rle_kernels_avx2.cpp is compiled for.
 bool RunsAvx2Kernels() {
-    constexpr uint32_t kExtendedFeatures = 0x80000001;
-    constexpr uint32_t kLzcnt = 1U << 5;
-    uint32_t eax = 0;
-    uint32_t ebx = 0;
-    uint32_t ecx = 0;
-    uint32_t edx = 0;
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
-           __get_cpuid(kExtendedFeatures, &eax, &ebx, &ecx, &edx) != 0 && (ecx & kLzcnt) != 0;
+    const CpuFeatures& features = DetectedCpuFeatures();
+    return features.hasAvx2 && features.hasBitManipulation;
 }
 
 const RleKernels& BestKernels() {
-    static const RleKernels& best = RunsAvx2Kernels() ? RleAvx2Kernels : RleBaselineKernels;
-    return best;
+    return RunsAvx2Kernels() ? RleAvx2Kernels : RleBaselineKernels;
 }
 
 std::atomic<const RleKernels*> chosen_kernels = nullptr;

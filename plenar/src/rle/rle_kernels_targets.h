@@ -1,4 +1,4 @@
-// The vector versions of the kernels: band_kernels.inl, compiled once for each target.
+// The vector versions of the kernels: the headers that say so, compiled once for each target.
 #pragma once
 
 #include "rle/rle_kernels.h"

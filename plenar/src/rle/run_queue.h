@@ -1,0 +1,147 @@
+// The runs of a band that wait for their tokens; for inclusion by the sources of the targets only.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "rle/lane_vector.h"
+
+namespace plenar {
+namespace {
+
+constexpr uint32_t kBlock = 64;
+
+template <class Sample>
+struct ClassOf;
+template <>
+struct ClassOf<uint8_t> {
+    using Type = uint16_t;
+};
+template <>
+struct ClassOf<uint16_t> {
+    using Type = uint32_t;
+};
+
+// The samples of a block, classed.
+template <class Sample>
+struct Block {
+    uint64_t starts;  // bit i: sample i is not of the class of the one before it
+    uint64_t modes;   // bit i: the mode of sample i
+    // The values, with the mode in all bits above them.
+    alignas(kVectorBytes) typename ClassOf<Sample>::Type classes[kBlock];
+};
+
+#if defined(__AVX2__)
+
+// For every byte the places of its ones, lowest first; what stands behind them means nothing.
+struct PlacesOfOnes {
+    uint8_t places[256][8] = {};
+
+    constexpr PlacesOfOnes() {
+        for (uint32_t byte = 0; byte < 256; ++byte) {
+            uint32_t count = 0;
+            for (uint32_t bit = 0; bit < 8; ++bit) {
+                if ((byte >> bit & 1) != 0) {
+                    places[byte][count++] = static_cast<uint8_t>(bit);
+                }
+            }
+        }
+    }
+};
+
+constexpr PlacesOfOnes kPlacesOfOnes;
+
+#endif
+
+class RunQueue {
+public:
+    // True before the band's first run only.
+    bool IsEmpty() const { return end == 0; }
+
+    // Runs that have ended, since another one has started behind them.
+    uint32_t Complete() const { return end - 1; }
+
+    bool LastIsFlat() const { return classes[end - 1] == 0; }
+    uint32_t LastStart() const { return starts[end - 1]; }
+
+    const uint32_t* Starts() const { return starts; }
+    const uint32_t* Classes() const { return classes; }
+
+    // Adds the runs of a block whose first sample is the band's sample `position`. No more than kBlock
+    // runs may be there yet.
+    template <class Sample>
+    void Add(const Block<Sample>& block, uint32_t position) {
+        const auto count = static_cast<uint32_t>(__builtin_popcountll(block.starts));
+#if defined(__AVX2__)
+        if (count >= kMany) {
+            AddMany(block, position);
+        } else
+#endif
+        {
+            AddFew(block, position);
+        }
+        end += count;
+    }
+
+    // Ends the last run; no other can be added.
+    void Close(uint32_t position) {
+        starts[end++] = position;
+    }
+
+    // Takes out the first kBlock runs.
+    void Drop() {
+        end -= kBlock;
+        std::memcpy(starts, starts + kBlock, kBlock * sizeof *starts);
+        std::memcpy(classes, classes + kBlock, kBlock * sizeof *classes);
+    }
+
+private:
+    // Entries written at once. Those behind the last run mean nothing.
+    static constexpr uint32_t kStep = 8;
+    static constexpr uint32_t kMany = 10;  // runs in a block that cost more one by one
+
+    template <class Sample>
+    void AddFew(const Block<Sample>& block, uint32_t position) {
+        constexpr uint64_t kTop = uint64_t{1} << (kBlock - 1);
+        uint64_t rest = block.starts;
+        for (uint32_t next = end; rest != 0; next += kStep / 2) {
+            for (uint32_t i = 0; i < kStep / 2; ++i) {
+                const auto place = static_cast<uint32_t>(__builtin_ctzll(rest | kTop));
+                starts[next + i] = position + place;
+                classes[next + i] = block.classes[place];
+                rest &= rest - 1;
+            }
+        }
+    }
+
+#if defined(__AVX2__)
+    template <class Sample>
+    void AddMany(const Block<Sample>& block, uint32_t position) {
+        uint32_t next = end;
+        for (uint32_t first_lane = 0; first_lane < kBlock; first_lane += kStep) {
+            const auto ones = static_cast<uint8_t>(block.starts >> first_lane);
+            const __m256i places =
+                _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPlacesOfOnes.places[ones])));
+            Vector<uint32_t> lanes;
+            if constexpr (sizeof(Sample) == 1) {
+                lanes = reinterpret_cast<Vector<uint32_t>>(_mm256_cvtepu16_epi32(
+                    _mm_load_si128(reinterpret_cast<const __m128i*>(block.classes + first_lane))));
+            } else {
+                lanes = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(block.classes + first_lane));
+            }
+            StoreLanes(reinterpret_cast<uint8_t*>(classes + next),
+                       _mm256_permutevar8x32_epi32(reinterpret_cast<__m256i>(lanes), places));
+            StoreLanes(reinterpret_cast<uint8_t*>(starts + next),
+                       reinterpret_cast<Vector<uint32_t>>(places) + (position + first_lane));
+            next += static_cast<uint32_t>(__builtin_popcount(ones));
+        }
+    }
+#endif
+
+    uint32_t end = 0;
+    uint32_t starts[2 * kBlock + kStep];
+    uint32_t classes[2 * kBlock + kStep];
+};
+
+}  // namespace
+}  // namespace plenar

@@ -1,0 +1,176 @@
+// Makes the tokens of runs and writes them; for inclusion by the sources of the targets only.
+#pragma once
+
+#include "rle/lane_vector.h"
+#include "rle/rle_codes.h"
+#include "rle/run_queue.h"
+
+namespace plenar {
+namespace {
+
+// Appends bits with few steps for each token. Only the low `used` bits of `acc` are still to be written; what stands
+// above them has been, and drops out at the top in time.
+class TokenWriter {
+public:
+    TokenWriter(uint8_t* first, const uint8_t* room_end) : out(first), end(room_end) {}
+
+    int64_t Room() const { return end - out; }
+
+    // Appends up to 57 bits, and at least one. Without kExact there must be room for 8 bytes.
+    template <bool kExact>
+    void Put(uint64_t bits, uint32_t length) {
+        acc = acc << length | bits;
+        used += length;
+        const uint64_t word = RleBigEndian(acc << (64 - used));
+        const uint32_t bytes = used / 8;
+        if constexpr (kExact) {
+            std::memcpy(out, &word, bytes);
+        } else {
+            std::memcpy(out, &word, sizeof word);
+        }
+        out += bytes;
+        used %= 8;
+    }
+
+    template <bool kExact>
+    void Put(RleToken token) {
+        if (token.length > 32) {
+            Put<kExact>(token.bits >> 32, token.length - 32);
+            Put<kExact>(token.bits & 0xFFFFFFFF, 32);
+        } else {
+            Put<kExact>(token.bits, token.length);
+        }
+    }
+
+    // Writes what is left, and returns the place behind the last byte.
+    uint8_t* Flush() {
+        if (used != 0) {
+            *out++ = static_cast<uint8_t>(acc << (8 - used));
+        }
+        return out;
+    }
+
+private:
+    uint8_t* out;
+    const uint8_t* end;
+    uint64_t acc = 0;
+    uint32_t used = 0;  // less than 8 between calls
+};
+
+// What a batch of kBlock tokens of any length and the width of the last store can take.
+constexpr int64_t kBatchRoom = kBlock * 8 + 8;
+
+// The codes of the values with their flags; the last entry has the length of all those that are raw.
+template <class Sample>
+struct ValueCodeTable {
+    static constexpr uint32_t kCount = RleSample<Sample>::kShortLimit;
+    RleCode entries[kCount + 1] = {};
+
+    constexpr ValueCodeTable() {
+        for (uint32_t value = 0; value < kCount; ++value) {
+            entries[value] = RleValueCode<Sample>(value);
+        }
+        entries[kCount] = {0, RleSample<Sample>::kBits + 1};
+    }
+};
+
+template <class Sample>
+constexpr ValueCodeTable<Sample> kValueCodes;
+
+template <class Sample>
+inline RleCode CodeOf(uint32_t value) {
+    constexpr uint32_t kCount = ValueCodeTable<Sample>::kCount;
+    const RleCode code = kValueCodes<Sample>.entries[value < kCount ? value : kCount];
+    return {value < kCount ? code.bits : value, code.length};
+}
+
+// The tokens of the first runs of the queue, one by one.
+template <class Sample, bool kExact>
+inline void PutTokens(TokenWriter& writer, const uint32_t* starts, const uint32_t* classes, uint32_t count) {
+    constexpr uint32_t kBits = RleSample<Sample>::kBits;
+    constexpr uint32_t kShortRun = 1U << 12;  // runs below have tokens for a single Put
+    for (uint32_t i = 0; i < count; ++i) {
+        const RleCode code = CodeOf<Sample>(classes[i] & ((1U << kBits) - 1));
+        const uint32_t mode = classes[i] >> kBits & 1;
+        const uint32_t run = starts[i + 1] - starts[i];
+        if (run < kShortRun) {
+            const uint32_t length = 2 * (32 - static_cast<uint32_t>(__builtin_clz(run))) + code.length;
+            writer.Put<kExact>(uint64_t{mode} << (length - 1) | run << code.length | code.bits, length);
+        } else {
+            writer.Put<kExact>(RleMakeToken(mode, run, code));
+        }
+    }
+}
+
+#if defined(__AVX2__)
+
+constexpr uint32_t kMostBits = 57;  // of one Put
+constexpr uint32_t kTokens = kLanes<uint32_t>;
+
+// As many tokens as there are lanes, if all of them are short enough to be put in pairs.
+template <class Sample>
+inline bool PutInPairs(TokenWriter& writer, const uint32_t* starts, const uint32_t* classes) {
+    using Traits = RleSample<Sample>;
+    using Lanes = Vector<uint32_t>;
+    const Lanes starts_here = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts));
+    const Lanes run = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts + 1)) - starts_here;
+    const Lanes run_class = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(classes));
+    const Lanes value = run_class & ((1U << Traits::kBits) - 1);
+    const Lanes mode = run_class >> Traits::kBits & 1;
+
+    // A raw code is as long as a short one with one bit more than the largest can have in front.
+    constexpr uint32_t kRaw = Traits::kShortLimit >> Traits::kShortBits;
+    const Lanes hi = value >> Traits::kShortBits;
+    const Lanes ones = hi < kRaw ? hi : Splat(kRaw);
+    const Lanes prefix = (Splat(4U << Traits::kShortBits) << ones) - (2U << Traits::kShortBits);
+    const Lanes short_code = prefix | (value & ((1U << Traits::kShortBits) - 1));
+    const Lanes code = hi < kRaw ? short_code : value;
+    const Lanes code_length = ones + Traits::kShortBits + 2;
+
+    // The exponent of a floating-point number is that of its highest bit. Too large for runs that are rounded up, but
+    // those are too long in any case.
+    const auto exponent = reinterpret_cast<Lanes>(_mm256_cvtepi32_ps(reinterpret_cast<__m256i>(run))) >> 23;
+    const Lanes length = 2 * (exponent - 126) + code_length;
+    const Lanes token = mode << (length - 1) | run << code_length | code;
+
+    using Pairs = Vector<uint64_t>;
+    const Pairs second_length = reinterpret_cast<Pairs>(length) >> 32;
+    const Pairs pair_length = (reinterpret_cast<Pairs>(length) & 0xFFFFFFFF) + second_length;
+    const Pairs pair =
+        (reinterpret_cast<Pairs>(token) & 0xFFFFFFFF) << second_length | reinterpret_cast<Pairs>(token) >> 32;
+    if (!AllSet(length <= 32) || !AllSet(reinterpret_cast<Lanes>(pair_length) <= kMostBits)) {
+        return false;
+    }
+    for (uint32_t i = 0; i < kTokens / 2; i += 2) {
+        const auto first_length = static_cast<uint32_t>(pair_length[i]);
+        const auto both_lengths = first_length + static_cast<uint32_t>(pair_length[i + 1]);
+        if (sizeof(Sample) == 1 && both_lengths <= kMostBits) {
+            writer.Put<false>(pair[i] << pair_length[i + 1] | pair[i + 1], both_lengths);
+        } else {
+            writer.Put<false>(pair[i], first_length);
+            writer.Put<false>(pair[i + 1], both_lengths - first_length);
+        }
+    }
+    return true;
+}
+
+#endif
+
+// The tokens of the first kBlock runs. There must be room for kBatchRoom bytes.
+template <class Sample>
+inline void PutTokenBatch(TokenWriter& writer, const RunQueue& runs) {
+    TokenWriter local = writer;  // nothing refers to it, so that it can stay in registers
+#if defined(__AVX2__)
+    for (uint32_t i = 0; i < kBlock; i += kTokens) {
+        if (!PutInPairs<Sample>(local, runs.Starts() + i, runs.Classes() + i)) {
+            PutTokens<Sample, false>(local, runs.Starts() + i, runs.Classes() + i, kTokens);
+        }
+    }
+#else
+    PutTokens<Sample, false>(local, runs.Starts(), runs.Classes(), kBlock);
+#endif
+    writer = local;
+}
+
+}  // namespace
+}  // namespace plenar
