@@ -1,7 +1,6 @@
 #include "plenar/decode_driver.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "container/box_reader.h"
 #include "container/metadata_checks.h"
@@ -86,7 +85,7 @@ private:
         uint8_t* plain = state.Scratch(size);
         // A plane without bands decodes to nothing, and what an earlier frame left must not come out as its alpha.
         if (RleStatedBands(PlaneData(alpha), CodedSize(alpha)) == 0) {
-            std::memset(plain, 0, size);
+            std::fill_n(plain, size, uint8_t{0});
         }
         DecodeAlpha(alpha, plain, size);
         return plain;

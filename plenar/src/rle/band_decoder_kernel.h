@@ -150,8 +150,8 @@ template <class Sample>
 struct Run {
     using Lanes = typename RunVector<Sample>::Type;
 
-    static constexpr uint64_t kStretch = 4 * kRunLanes;  // few runs are longer
-    static constexpr uint64_t kWorthFilling = 16 * kRunLanes;
+    static constexpr uint64_t kStretch = uint64_t{4} * kRunLanes;  // few runs are longer
+    static constexpr uint64_t kWorthFilling = uint64_t{16} * kRunLanes;
 
     Sample last;
     Sample slope;
