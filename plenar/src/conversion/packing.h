@@ -14,8 +14,8 @@ namespace plenar {
 // Whether the samples of the type are stored in fewer bits than the caller holds them in.
 bool NeedsPacking(uint32_t componentType);
 
-// One row each, of `width` pixels, with `length` the bytes of the caller's row (not used for Packed10, whose rows
-// follow from the width). Both throw invalid_argument for a type that needs no packing.
+// One row each, of `width` pixels and `samples` samples, alpha left out (`samples` is not used for Packed10, whose rows
+// follow from the width and aren't reordered). Both throw invalid_argument for a type that needs no packing.
 void PackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
              uint8_t* planeRow);
 
