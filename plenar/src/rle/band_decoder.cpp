@@ -9,7 +9,21 @@
 namespace plenar {
 namespace {
 
-using DecodeFast = void (*)(RleDecodeState& state);
+// The kernels for a sample's width.
+template <class Sample>
+struct Decoders {
+    void (*one)(RleDecodeState& state);
+    RleDecodeState& (*two)(RleDecodeState& first, RleDecodeState& second);
+};
+
+template <class Sample>
+Decoders<Sample> ActiveDecoders() {
+    const RleKernels& kernels = RleActiveKernels();
+    if (sizeof(Sample) == 1) {
+        return {kernels.decode_tokens8, kernels.decode_tokens_of_two8};
+    }
+    return {kernels.decode_tokens16, kernels.decode_tokens_of_two16};
+}
 
 // Whether the fast decoder would have to read beyond the coded plane.
 bool NearEnd(const RleDecodeState& state) {
@@ -30,10 +44,10 @@ void MoveToTail(RleDecodeState& state, Tail& tail) {
 
 // Decodes with the fast decoder, and with the plain one what that leaves, while `go_on` says so.
 template <class Sample, class GoOn>
-RleDefect DecodeWhile(RleDecodeState& state, DecodeFast decode_fast, const GoOn& go_on) {
+RleDefect DecodeWhile(RleDecodeState& state, const Decoders<Sample>& decoders, const GoOn& go_on) {
     RleDefect defect = RleDefect::kNone;
     while (defect == RleDefect::kNone && state.remaining != 0 && go_on(state)) {
-        decode_fast(state);
+        decoders.one(state);
         if (state.position > state.stream_size * 8) {
             return RleDefect::kStreamPastEnd;
         }
@@ -44,13 +58,14 @@ RleDefect DecodeWhile(RleDecodeState& state, DecodeFast decode_fast, const GoOn&
     return defect;
 }
 
+// Decodes what is left of a band.
 template <class Sample>
-RleDefect DecodeTokens(RleDecodeState state, DecodeFast decode_fast) {
-    RleDefect defect = DecodeWhile<Sample>(state, decode_fast, [](const RleDecodeState& s) { return !NearEnd(s); });
+RleDefect DecodeRest(RleDecodeState& state, const Decoders<Sample>& decoders) {
+    RleDefect defect = DecodeWhile(state, decoders, [](const RleDecodeState& s) { return !NearEnd(s); });
     if (defect == RleDefect::kNone && state.remaining != 0) {
         Tail tail = {};
         MoveToTail(state, tail);
-        defect = DecodeWhile<Sample>(state, decode_fast, [](const RleDecodeState&) { return true; });
+        defect = DecodeWhile(state, decoders, [](const RleDecodeState&) { return true; });
     }
     return defect;
 }
@@ -67,19 +82,53 @@ void SpreadRows(const RleParams& band, uint8_t* dst) {
     }
 }
 
+template <class Sample>
+RleDecodeState StartBand(const RleBandToDecode& job) {
+    return RleStartBand<Sample>(job.src, job.src_size, job.dst, uint64_t{job.band.width} * job.band.height);
+}
+
+template <class Sample>
+void FinishBand(RleBandToDecode& job, RleDecodeState& state, const Decoders<Sample>& decoders) {
+    if (job.defect == RleDefect::kNone) {
+        job.defect = DecodeRest(state, decoders);
+    }
+    if (job.defect == RleDefect::kNone) {
+        SpreadRows(job.band, job.dst);
+    }
+}
+
+template <class Sample>
+void DecodeOne(RleBandToDecode& job) {
+    RleDecodeState state = StartBand<Sample>(job);
+    FinishBand(job, state, ActiveDecoders<Sample>());
+}
+
+template <class Sample>
+void DecodeTwo(RleBandToDecode& first, RleBandToDecode& second) {
+    const Decoders<Sample> decoders = ActiveDecoders<Sample>();
+    RleDecodeState a = StartBand<Sample>(first);
+    RleDecodeState b = StartBand<Sample>(second);
+    RleDefect defect = RleDefect::kNone;
+    while (defect == RleDefect::kNone) {
+        RleDecodeState& left = decoders.two(a, b);
+        if (left.remaining == 0 || NearEnd(left)) {
+            break;
+        }
+        defect = RleDecodeTokenPlain<Sample>(left);
+        (&left == &a ? first : second).defect = defect;
+    }
+    FinishBand(first, a, decoders);
+    FinishBand(second, b, decoders);
+}
+
 }  // namespace
 
-RleDefect RleDecodeBand(const RleParams& band, const uint8_t* src, uint64_t src_size, uint8_t* dst) {
-    const RleKernels& kernels = RleActiveKernels();
-    const uint64_t samples = uint64_t{band.width} * band.height;
-    const RleDefect defect =
-        band.bitdepth == 8
-            ? DecodeTokens<uint8_t>(RleStartBand<uint8_t>(src, src_size, dst, samples), kernels.decode_tokens8)
-            : DecodeTokens<uint16_t>(RleStartBand<uint16_t>(src, src_size, dst, samples), kernels.decode_tokens16);
-    if (defect == RleDefect::kNone) {
-        SpreadRows(band, dst);
-    }
-    return defect;
+void RleDecodeBand(RleBandToDecode& job) {
+    job.band.bitdepth == 8 ? DecodeOne<uint8_t>(job) : DecodeOne<uint16_t>(job);
+}
+
+void RleDecodeTwoBands(RleBandToDecode& first, RleBandToDecode& second) {
+    first.band.bitdepth == 8 ? DecodeTwo<uint8_t>(first, second) : DecodeTwo<uint16_t>(first, second);
 }
 
 }  // namespace plenar

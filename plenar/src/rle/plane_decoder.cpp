@@ -1,5 +1,6 @@
 #include "rle/plane_decoder.h"
 
+#include <algorithm>
 #include <array>
 
 #include "plenar/exceptions.h"
@@ -11,15 +12,7 @@
 namespace plenar {
 namespace {
 
-struct DecodeJob {
-    RleParams params;
-    const uint8_t* src;
-    uint64_t src_size;
-    uint8_t* dst;
-    RleDefect defect;
-};
-
-using DecodeJobs = std::array<DecodeJob, RleMaxBands>;
+using DecodeJobs = std::array<RleBandToDecode, RleMaxBands>;
 
 void CheckBuffers(const RleParams& params, const uint8_t* src, const uint8_t* dst, uint64_t dst_size) {
     RleCheckParams(params);
@@ -48,13 +41,34 @@ RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const ui
         if (start > src_size) {
             return RleDefect::kBandStartPastEnd;
         }
-        DecodeJob& job = jobs[band];
+        RleBandToDecode& job = jobs[band];
         job = {params, src + start, src_size - start, dst, RleDefect::kNone};
-        job.params.height = table.rows[band];
+        job.band.height = table.rows[band];
         start += table.sizes[band];
         dst += RleRowStride(params) * table.rows[band];
     }
     return RleDefect::kNone;
+}
+
+// Whether to decode bands in pairs: where short runs follow one another, a band spends its time waiting for the next
+// token, and the other one's tokens come for free; long runs only get in each other's way. And no worker is to be left
+// without a band.
+bool DecodesInPairs(const RleParams& params, uint64_t coded_size, uint32_t bands, uint32_t workers) {
+    constexpr uint64_t kMostSamplesPerByte = 12;
+    const uint64_t samples = uint64_t{params.width} * params.height;
+    return bands >= 2 * std::max<uint64_t>(workers, 1) && samples / kMostSamplesPerByte < coded_size;
+}
+
+void DecodeBands(WorkPool& pool, DecodeJobs& jobs, uint32_t count, bool in_pairs) {
+    const uint32_t step = in_pairs ? 2 : 1;
+    RleForEachBand(pool, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
+        const uint32_t band = index * step;
+        if (step == 2 && band + 1 < count) {
+            RleDecodeTwoBands(jobs[band], jobs[band + 1]);
+        } else {
+            RleDecodeBand(jobs[band]);
+        }
+    });
 }
 
 }  // namespace
@@ -67,10 +81,7 @@ uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
     RleThrowDefect(CheckRows(table, params.height));
     DecodeJobs jobs;
     RleThrowDefect(PlaceJobs(params, table, src, src_size, dst, jobs));
-    RleForEachBand(pool, table.count, [&jobs](uint32_t band) {
-        DecodeJob& job = jobs[band];
-        job.defect = RleDecodeBand(job.params, job.src, job.src_size, job.dst);
-    });
+    DecodeBands(pool, jobs, table.count, DecodesInPairs(params, src_size, table.count, pool.WorkerCount()));
     // The first band's defect, not the first one found, so that the message doesn't depend on the workers.
     for (uint32_t band = 0; band < table.count; ++band) {
         RleThrowDefect(jobs[band].defect);

@@ -10,9 +10,12 @@ namespace plenar {
 namespace {
 
 void LeaveAllTokens(RleDecodeState& /*state*/) {}
+RleDecodeState& LeaveFirst(RleDecodeState& first, RleDecodeState& /*second*/) {
+    return first;
+}
 
-constexpr RleKernels kPlainKernels = {RleEncodeBandPlain<uint8_t>, RleEncodeBandPlain<uint16_t>, LeaveAllTokens,
-                                      LeaveAllTokens};
+constexpr RleKernels kPlainKernels = {
+    RleEncodeBandPlain<uint8_t>, RleEncodeBandPlain<uint16_t>, LeaveAllTokens, LeaveAllTokens, LeaveFirst, LeaveFirst};
 
 // All that rle_kernels_avx2.cpp is compiled for.
 bool RunsAvx2Kernels() {

@@ -16,6 +16,10 @@ struct RleKernels {
     // RleDecodeTokenPlain. The end of the stream goes unnoticed if more is readable.
     void (*decode_tokens8)(RleDecodeState& state);
     void (*decode_tokens16)(RleDecodeState& state);
+    // The same for two bands in turn, so that one goes on while the other waits for its next token. Returns the band
+    // that it can't go on with.
+    RleDecodeState& (*decode_tokens_of_two8)(RleDecodeState& first, RleDecodeState& second);
+    RleDecodeState& (*decode_tokens_of_two16)(RleDecodeState& first, RleDecodeState& second);
 };
 
 // The bytes of a stream that must be readable for decode_tokens to decode something.

@@ -1,0 +1,103 @@
+// The short tokens by the bits that they begin with, for inclusion by the sources of the targets only; see
+// lane_vector.h.
+#pragma once
+
+#include <cstdint>
+
+#include "rle/rle_codes.h"
+#include "rle/run_lanes.h"
+
+namespace plenar {
+namespace {
+
+constexpr uint32_t kIndexBits = 12;
+
+// A token's beginning, up to the bits that say no more than a number; 0 if the token isn't in the table. One number,
+// with what comes first where it costs least to take out: the next token waits for the length, which a shift takes from
+// the lowest bits, and the mode is the sign.
+struct TokenEntry {
+    uint64_t packed = 0;
+
+    constexpr TokenEntry() = default;
+    constexpr TokenEntry(uint32_t length, uint32_t run, uint32_t mode)
+        : packed(length | run << 8 | uint64_t{mode} << 63) {}
+
+    constexpr TokenEntry With(uint64_t field, uint32_t place) const {
+        TokenEntry entry = *this;
+        entry.packed |= field << place;
+        return entry;
+    }
+
+    static constexpr uint64_t kLengths = 0xFF;  // where the lengths of the sum of a few entries are
+
+    uint32_t Length() const { return packed & 0x3F; }  // bits of the whole token
+    uint32_t Run() const { return packed >> 8 & 0xFF; }
+    uint32_t SecondOrder() const { return static_cast<uint32_t>(static_cast<int64_t>(packed) >> 63); }  // as a mask
+
+    // 8 bits: what the residual adds to the difference over the whole run; the place in StepMultiples of what it adds
+    // to each sample, with the mode as its highest bit.
+    constexpr TokenEntry WithResidual(uint32_t residual, uint32_t to_difference) const {
+        return With(to_difference & 0xFF, 24).With(residual, 55);
+    }
+    uint32_t ToDifference() const { return static_cast<uint32_t>(packed) >> 24; }
+    uint64_t Shape() const { return packed >> 55; }
+
+    // 16 bits: how many bits stand before the value's low ones, which are in no table; the shift that leaves those
+    // alone at the bottom; what is to be added to them.
+    constexpr TokenEntry WithLowBits(uint32_t known, uint32_t low_bits, uint32_t high) const {
+        return With(known, 16).With(64 - low_bits, 24).With(high, 32);
+    }
+    uint32_t Known() const { return packed >> 16 & 0x3F; }
+    uint32_t AboveLow() const { return packed >> 24 & 0x3F; }
+    uint32_t High() const { return packed >> 32 & 0xFFFF; }
+};
+
+template <class Sample>
+struct TokenTable {
+    static constexpr uint32_t kSize = 1U << kIndexBits;
+    TokenEntry entries[kSize] = {};
+
+    constexpr TokenTable() {
+        for (uint32_t index = 0; index < kSize; ++index) {
+            entries[index] = EntryOf(index << (32 - kIndexBits));
+        }
+    }
+
+    // `bits` has the index at its top.
+    static constexpr TokenEntry EntryOf(uint32_t bits) {
+        using Traits = RleSample<Sample>;
+        const uint32_t zeros = RleLeadingZeros(bits << 1);
+        const uint32_t run_end = 2 * zeros + 2;
+        if (run_end >= kIndexBits) {
+            return {};
+        }
+        const uint32_t run = bits << (1 + zeros) >> (31 - zeros);
+        const uint32_t value_bits = bits << run_end;
+        const bool is_short = value_bits >> 31 != 0;
+        const uint32_t ones = is_short ? RleLeadingZeros(~(value_bits << 1)) : 0;
+        const uint32_t known = run_end + 1 + (is_short ? ones + 1 : 0);
+        if (run >= kRunLanes || known > kIndexBits || ones > 8) {
+            return {};
+        }
+        const uint32_t low_bits = is_short ? Traits::kShortBits : Traits::kBits;
+        const uint32_t high = ones << Traits::kShortBits;
+        const uint32_t length = known + low_bits;
+        const uint32_t mode = bits >> 31;
+        const TokenEntry entry(length, run, mode);
+        if (sizeof(Sample) > 1) {
+            return entry.WithLowBits(known, low_bits, high);
+        }
+        if (length > kIndexBits) {
+            return {};
+        }
+        const uint32_t low = bits << known >> (32 - low_bits);
+        const uint8_t residual = RleUnfold(static_cast<uint8_t>(high + low));
+        return entry.WithResidual(residual, residual * (mode == 0 ? 1 : run));
+    }
+};
+
+template <class Sample>
+constexpr TokenTable<Sample> kTokenTable;
+
+}  // namespace
+}  // namespace plenar
