@@ -56,9 +56,47 @@ constexpr Spelling alternativeSpellings[] = {
     {FourCC("cr f"), FourCC(" crf")},
 };
 
+// The catalogue's entries by a product of their codes. Every plane of every frame is looked up several times, which
+// going through the catalogue made most of the cost of small frames.
+class CatalogueIndex {
+public:
+    constexpr CatalogueIndex() {
+        while (!Fill()) {
+            multiplier += 2;
+        }
+    }
+
+    // The one entry that may have this code.
+    constexpr const PlaneEntry& Candidate(PlaneType type) const { return catalogue[places[SlotOf(type)]]; }
+
+private:
+    static constexpr uint32_t slotBits = 8;
+
+    constexpr uint32_t SlotOf(PlaneType type) const { return type * multiplier >> (32 - slotBits); }
+
+    // False if two codes fall into one slot.
+    constexpr bool Fill() {
+        bool taken[1U << slotBits] = {};
+        for (uint8_t place = 0; place < std::size(catalogue); ++place) {
+            const uint32_t slot = SlotOf(catalogue[place].type);
+            if (taken[slot]) {
+                return false;
+            }
+            taken[slot] = true;
+            places[slot] = place;
+        }
+        return true;
+    }
+
+    uint32_t multiplier = 0x9E3779B1;  // odd, with bits all over it
+    uint8_t places[1U << slotBits] = {};
+};
+
+constexpr CatalogueIndex catalogueIndex;
+
 const PlaneEntry* FindEntry(PlaneType type) {
-    const auto* entry = std::ranges::find(catalogue, type, &PlaneEntry::type);
-    return entry != std::end(catalogue) ? entry : nullptr;
+    const PlaneEntry& candidate = catalogueIndex.Candidate(type);
+    return candidate.type == type ? &candidate : nullptr;
 }
 
 const PlaneEntry& PrimaryEntry(PlaneType type) {

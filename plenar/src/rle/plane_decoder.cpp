@@ -51,12 +51,14 @@ RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const ui
 }
 
 // Whether to decode bands in pairs: where short runs follow one another, a band spends its time waiting for the next
-// token, and the other one's tokens come for free; long runs only get in each other's way. And no worker is to be left
-// without a band.
+// token, and the other one's tokens come for free; long runs only get in each other's way, and small bands are over
+// before it pays. No worker is to be left without a band.
 bool DecodesInPairs(const RleParams& params, uint64_t coded_size, uint32_t bands, uint32_t workers) {
     constexpr uint64_t kMostSamplesPerByte = 12;
+    constexpr uint64_t kFewestSamples = 1024;
     const uint64_t samples = uint64_t{params.width} * params.height;
-    return bands >= 2 * std::max<uint64_t>(workers, 1) && samples / kMostSamplesPerByte < coded_size;
+    return bands >= 2 * std::max<uint64_t>(workers, 1) && samples / bands >= kFewestSamples &&
+           samples / kMostSamplesPerByte < coded_size;
 }
 
 void DecodeBands(WorkPool& pool, DecodeJobs& jobs, uint32_t count, bool in_pairs) {
