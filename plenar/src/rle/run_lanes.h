@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "rle/lane_vector.h"
+
 namespace plenar {
 namespace {
 
@@ -58,8 +60,10 @@ template <class Sample>
 struct Run {
     using Lanes = typename RunVector<Sample>::Type;
 
-    static constexpr uint64_t kStretch = uint64_t{8} * kRunLanes;     // written at once, as most long runs are shorter
-    static constexpr uint64_t kWorthFilling = 4096 / sizeof(Sample);  // for memset to start
+    static constexpr uint64_t kStretch = uint64_t{8} * kRunLanes;  // written at once, as most runs are shorter
+    static constexpr uint64_t kLong = 4096 / sizeof(Sample);       // a run with a loop of its own
+    static constexpr uint64_t kFlatStep = 4 * kVectorBytes;
+    static constexpr uint64_t kWorthFilling = 1 << 16;  // bytes from which on it doesn't count how memset starts
 
     Sample last;
     Sample slope;
@@ -90,7 +94,7 @@ struct Run {
 
     // Writes `count` samples, kRunLanes at least, and may write kStretch more.
     RLE_INLINE void StoreLoosely(uint8_t* dst, uint64_t count) const {
-        if (curve != 0 || count >= kWorthFilling) {
+        if (curve != 0 || count >= kLong) {
             StoreLong(dst, count);
             return;
         }
@@ -107,12 +111,31 @@ struct Run {
 
     // Writes `count` samples, kRunLanes at least.
     [[gnu::noinline]] void StoreLong(uint8_t* dst, uint64_t count) const {
+        const uint64_t bytes = count * sizeof(Sample);
         if (curve != 0) {
             StoreCurved(dst, count);
-        } else if (slope == 0 && (sizeof(Sample) == 1 || last % 256 == last / 256)) {
-            std::memset(dst, last & 0xFF, count * sizeof(Sample));
-        } else {
+        } else if (slope != 0 || bytes < kFlatStep) {
             StoreRamp(dst, count);
+        } else if (bytes >= kWorthFilling && (sizeof(Sample) == 1 || last % 256 == last / 256)) {
+            std::memset(dst, last & 0xFF, bytes);
+        } else {
+            StoreFlat(dst, bytes);
+        }
+    }
+
+    // Writes the last sample into `bytes` bytes, kFlatStep at least.
+    void StoreFlat(uint8_t* dst, uint64_t bytes) const {
+        uint8_t* const last_step = dst + bytes - kFlatStep;
+        for (; dst < last_step; dst += kFlatStep) {
+            StoreFlatStep(dst);
+        }
+        StoreFlatStep(last_step);
+    }
+
+    RLE_INLINE void StoreFlatStep(uint8_t* dst) const {
+        const Vector<Sample> lanes = Splat(last);
+        for (uint64_t i = 0; i < kFlatStep; i += kVectorBytes) {
+            StoreLanes(dst + i, lanes);
         }
     }
 
