@@ -83,28 +83,28 @@ void SpreadRows(const RleParams& band, uint8_t* dst) {
 }
 
 template <class Sample>
-RleDecodeState StartBand(const RleBandToDecode& job) {
-    return RleStartBand<Sample>(job.src, job.src_size, job.dst, uint64_t{job.band.width} * job.band.height);
+RleDecodeState StartBand(const RleBandJob& job) {
+    return RleStartBand<Sample>(job.src, job.src_size, job.dst, uint64_t{job.params.width} * job.params.height);
 }
 
 template <class Sample>
-void FinishBand(RleBandToDecode& job, RleDecodeState& state, const Decoders<Sample>& decoders) {
+void FinishBand(RleBandJob& job, RleDecodeState& state, const Decoders<Sample>& decoders) {
     if (job.defect == RleDefect::kNone) {
         job.defect = DecodeRest(state, decoders);
     }
     if (job.defect == RleDefect::kNone) {
-        SpreadRows(job.band, job.dst);
+        SpreadRows(job.params, job.dst);
     }
 }
 
 template <class Sample>
-void DecodeOne(RleBandToDecode& job) {
+void DecodeOne(RleBandJob& job) {
     RleDecodeState state = StartBand<Sample>(job);
     FinishBand(job, state, ActiveDecoders<Sample>());
 }
 
 template <class Sample>
-void DecodeTwo(RleBandToDecode& first, RleBandToDecode& second) {
+void DecodeTwo(RleBandJob& first, RleBandJob& second) {
     const Decoders<Sample> decoders = ActiveDecoders<Sample>();
     RleDecodeState a = StartBand<Sample>(first);
     RleDecodeState b = StartBand<Sample>(second);
@@ -123,12 +123,12 @@ void DecodeTwo(RleBandToDecode& first, RleBandToDecode& second) {
 
 }  // namespace
 
-void RleDecodeBand(RleBandToDecode& job) {
-    job.band.bitdepth == 8 ? DecodeOne<uint8_t>(job) : DecodeOne<uint16_t>(job);
+void RleDecodeBand(RleBandJob& job) {
+    job.params.bitdepth == 8 ? DecodeOne<uint8_t>(job) : DecodeOne<uint16_t>(job);
 }
 
-void RleDecodeTwoBands(RleBandToDecode& first, RleBandToDecode& second) {
-    first.band.bitdepth == 8 ? DecodeTwo<uint8_t>(first, second) : DecodeTwo<uint16_t>(first, second);
+void RleDecodeTwoBands(RleBandJob& first, RleBandJob& second) {
+    first.params.bitdepth == 8 ? DecodeTwo<uint8_t>(first, second) : DecodeTwo<uint16_t>(first, second);
 }
 
 }  // namespace plenar

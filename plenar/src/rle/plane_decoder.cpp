@@ -1,18 +1,15 @@
 #include "rle/plane_decoder.h"
 
 #include <algorithm>
-#include <array>
 
 #include "plenar/exceptions.h"
 #include "pool/work_pool.h"
 #include "rle/band_decoder.h"
-#include "rle/band_jobs.h"
 #include "rle/band_table.h"
+#include "rle/for_each_band.h"
 
 namespace plenar {
 namespace {
-
-using DecodeJobs = std::array<RleBandToDecode, RleMaxBands>;
 
 void CheckBuffers(const RleParams& params, const uint8_t* src, const uint8_t* dst, uint64_t dst_size) {
     RleCheckParams(params);
@@ -35,15 +32,15 @@ RleDefect CheckRows(const RleBandTable& table, uint32_t height) {
 
 // Call after CheckRows, which keeps the bands' places inside `dst`.
 RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const uint8_t* src, uint64_t src_size,
-                    uint8_t* dst, DecodeJobs& jobs) {
+                    uint8_t* dst, RleBandJobs& jobs) {
     uint64_t start = table.bytes;
     for (uint32_t band = 0; band < table.count; ++band) {
         if (start > src_size) {
             return RleDefect::kBandStartPastEnd;
         }
-        RleBandToDecode& job = jobs[band];
-        job = {params, src + start, src_size - start, dst, RleDefect::kNone};
-        job.band.height = table.rows[band];
+        RleBandJob& job = jobs[band];
+        job = {params, src + start, dst, 0, src_size - start, RleDefect::kNone};
+        job.params.height = table.rows[band];
         start += table.sizes[band];
         dst += RleRowStride(params) * table.rows[band];
     }
@@ -61,7 +58,7 @@ bool DecodesInPairs(const RleParams& params, uint64_t coded_size, uint32_t bands
            samples / kMostSamplesPerByte < coded_size;
 }
 
-void DecodeBands(WorkPool& pool, DecodeJobs& jobs, uint32_t count, bool in_pairs) {
+void DecodeBands(WorkPool& pool, RleBandJobs& jobs, uint32_t count, bool in_pairs) {
     const uint32_t step = in_pairs ? 2 : 1;
     RleForEachBand(pool, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
         const uint32_t band = index * step;
@@ -81,7 +78,7 @@ uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
     RleBandTable table;
     RleThrowDefect(RleReadBandTable(src, src_size, table));
     RleThrowDefect(CheckRows(table, params.height));
-    DecodeJobs jobs;
+    RleBandJobs jobs;
     RleThrowDefect(PlaceJobs(params, table, src, src_size, dst, jobs));
     DecodeBands(pool, jobs, table.count, DecodesInPairs(params, src_size, table.count, pool.WorkerCount()));
     // The first band's defect, not the first one found, so that the message doesn't depend on the workers.

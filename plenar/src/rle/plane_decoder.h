@@ -9,8 +9,8 @@ namespace plenar {
 class WorkPool;
 
 // Decodes a coded plane of `src_size` bytes and returns its plain size. With two workers or more the bands are jobs of
-// the pool, one or two in each; the result is the same without. With padded rows the bytes between them are left with parts of the rows or
-// as they were, and those behind the last row aren't touched.
+// the pool, one or two in each; the result is the same without. With padded rows the bytes between them are left with
+// parts of the rows or as they were, and those behind the last row aren't touched.
 //
 // The coded plane is hostile: nothing is read outside it or written outside the rows of `dst`, and the time it takes is
 // bounded by its size and theirs. Throws invalid_argument for bad parameters and buffers, and out_of_range for a plane

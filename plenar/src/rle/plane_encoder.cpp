@@ -1,25 +1,16 @@
 #include "rle/plane_encoder.h"
 
-#include <array>
 #include <cstring>
 
 #include "plenar/exceptions.h"
 #include "pool/work_pool.h"
 #include "rle/band_encoder.h"
-#include "rle/band_jobs.h"
+#include "rle/band_job.h"
 #include "rle/band_table.h"
+#include "rle/for_each_band.h"
 
 namespace plenar {
 namespace {
-
-struct EncodeJob {
-    RleParams params;
-    const uint8_t* src;
-    uint8_t* dst;  // the band's working place, far enough from the next one's for the worst of its samples
-    uint32_t coded_size;
-};
-
-using EncodeJobs = std::array<EncodeJob, RleMaxBands>;
 
 RleParams BandOf(const RleParams& params, uint32_t band) {
     RleParams band_params = params;
@@ -56,11 +47,11 @@ void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t src_size
     }
 }
 
-void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, EncodeJobs& jobs) {
+void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, RleBandJobs& jobs) {
     dst += RleHeadReserve;
     for (uint32_t band = 0; band < RleBandCount(params); ++band) {
         const RleParams band_params = BandOf(params, band);
-        jobs[band] = {band_params, src, dst, 0};
+        jobs[band] = {band_params, src, dst, 0, 0, RleDefect::kNone};
         src += RleRowStride(params) * band_params.height;
         dst += RleMaxStreamSize(params, SamplesOf(band_params));
     }
@@ -73,10 +64,10 @@ uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
     CheckBuffers(params, src, src_size, dst, dst_size);
     RleBandTable table;
     table.count = RleBandCount(params);
-    EncodeJobs jobs;
+    RleBandJobs jobs;
     PlaceJobs(params, src, dst, jobs);
     RleForEachBand(pool, table.count, [&jobs](uint32_t band) {
-        EncodeJob& job = jobs[band];
+        RleBandJob& job = jobs[band];
         job.coded_size = static_cast<uint32_t>(RleEncodeBand(job.params, job.src, job.dst));
     });
 
