@@ -2,6 +2,7 @@
 //
 // A kernel makes its output in units of a few pieces of 16 bytes. Each piece is put together from one or two loads of
 // 16 bytes of the unit's input, each shuffled so that its bytes stand where the piece has them, with zeros elsewhere.
+// All tables are made by the compiler, from functions that say which byte of the input a byte of the output is.
 #pragma once
 
 #include <cstddef>
@@ -56,34 +57,128 @@ struct MergeShuffles {
     Shuffle16 alpha[4];
 };
 
-// Triples whose first and third sample change places: units of 48 bytes.
-inline constexpr size_t tripleLoads[3][2] = {{0, 8}, {12, 20}, {24, 32}};
-
-struct TripleShuffles {
-    Shuffle16 piece[3][2];
-};
-
-constexpr TripleShuffles MakeTripleShuffles(size_t sampleBytes) {
-    TripleShuffles shuffles;
-    const auto source = [&](size_t i) {
-        const size_t sample = i / sampleBytes;
-        return (sample / 3 * 3 + 2 - sample % 3) * sampleBytes + i % sampleBytes;
-    };
-    for (size_t piece = 0; piece < 3; ++piece) {
-        for (size_t term = 0; term < 2; ++term) {
-            shuffles.piece[piece][term] = PieceShuffle(piece, tripleLoads[piece][term], source);
-        }
-    }
-    return shuffles;
-}
-
 // Pairs whose samples change places.
 constexpr Shuffle16 MakePairShuffle(size_t sampleBytes) {
     return PieceShuffle(0, 0, [&](size_t i) { return (i / sampleBytes ^ 1) * sampleBytes + i % sampleBytes; });
 }
 
-inline constexpr TripleShuffles tripleShuffles[sampleSizes] = {MakeTripleShuffles(1), MakeTripleShuffles(2),
-                                                               MakeTripleShuffles(4)};
 inline constexpr Shuffle16 pairShuffles[sampleSizes] = {MakePairShuffle(1), MakePairShuffle(2), MakePairShuffle(4)};
+
+// A register of several lanes holds its pieces in the order of the row: lane l of register r is piece r * Lanes + l.
+// Each lane is shuffled from the 16 bytes of the unit's input that begin at its `load`.
+template <size_t Lanes>
+struct Gather {
+    size_t load[Lanes] = {};
+    uint8_t pattern[Lanes * pieceBytes] = {};
+};
+
+// For lanes that need more than 16 bytes of input: what one load has of them, and the rest.
+template <size_t Lanes>
+struct GatherTwo {
+    Gather<Lanes> lower;
+    Gather<Lanes> upper;
+};
+
+// What each lane of register `reg` needs of the input, from its first byte up to the one behind its last.
+template <size_t Lanes>
+struct LaneSpans {
+    size_t first[Lanes] = {};
+    size_t end[Lanes] = {};
+
+    template <class Source>
+    constexpr LaneSpans(size_t reg, const Source& source) {
+        for (size_t lane = 0; lane < Lanes; ++lane) {
+            first[lane] = nowhere;
+            for (size_t i = 0; i < pieceBytes; ++i) {
+                const size_t from = source((reg * Lanes + lane) * pieceBytes + i);
+                if (from != nowhere) {
+                    first[lane] = from < first[lane] ? from : first[lane];
+                    end[lane] = from < end[lane] ? end[lane] : from + 1;
+                }
+            }
+        }
+    }
+};
+
+// The loads begin `step` bytes apart, the first of them at the first or last offset from which each lane's load, given
+// as (lane, offset), suits. Returns whether there is one.
+template <size_t Lanes, class Suits>
+constexpr bool LoadEvenly(Gather<Lanes>& gather, size_t step, size_t inputBytes, bool fromLast, const Suits& suits) {
+    const size_t readBytes = (Lanes - 1) * step + pieceBytes;
+    for (size_t i = 0; i + readBytes <= inputBytes; ++i) {
+        const size_t start = fromLast ? inputBytes - readBytes - i : i;
+        bool suitsAll = true;
+        for (size_t lane = 0; lane < Lanes; ++lane) {
+            gather.load[lane] = start + lane * step;
+            suitsAll = suitsAll && suits(lane, gather.load[lane]);
+        }
+        if (suitsAll) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// One load for all lanes, or for each 16 bytes in a row, is a single load of the register; loads at other places have
+// to be joined.
+template <size_t Lanes>
+constexpr Gather<Lanes> PlaceLoads(const LaneSpans<Lanes>& spans, size_t inputBytes) {
+    const auto holds = [&](size_t lane, size_t load) {
+        return load <= spans.first[lane] && spans.end[lane] <= load + pieceBytes;
+    };
+    Gather<Lanes> gather;
+    if (LoadEvenly(gather, 0, inputBytes, true, holds) || LoadEvenly(gather, pieceBytes, inputBytes, true, holds)) {
+        return gather;
+    }
+    for (size_t lane = 0; lane < Lanes; ++lane) {
+        const size_t last = inputBytes - pieceBytes;
+        gather.load[lane] = spans.first[lane] < last ? spans.first[lane] : last;
+    }
+    return gather;
+}
+
+// Takes the bytes of the register that its loads hold, but for those that `taken` holds already.
+template <size_t Lanes, class Source>
+constexpr void TakeBytes(Gather<Lanes>& gather, size_t reg, const Source& source,
+                         const Gather<Lanes>* taken = nullptr) {
+    for (size_t i = 0; i < Lanes * pieceBytes; ++i) {
+        const size_t from = source(reg * Lanes * pieceBytes + i);
+        const size_t load = gather.load[i / pieceBytes];
+        const bool loaded = from != nowhere && from >= load && from < load + pieceBytes;
+        const bool isTaken = taken != nullptr && taken->pattern[i] != zeroLane;
+        gather.pattern[i] = loaded && !isTaken ? static_cast<uint8_t>(from - load) : zeroLane;
+    }
+}
+
+// Register `reg` of a unit whose byte i comes from byte source(i) of its `inputBytes` bytes of input.
+template <size_t Lanes, class Source>
+constexpr Gather<Lanes> MakeGather(size_t reg, size_t inputBytes, const Source& source) {
+    Gather<Lanes> gather = PlaceLoads(LaneSpans<Lanes>(reg, source), inputBytes);
+    TakeBytes(gather, reg, source);
+    return gather;
+}
+
+template <size_t Lanes, class Source>
+constexpr GatherTwo<Lanes> MakeGatherTwo(size_t reg, size_t inputBytes, const Source& source) {
+    const LaneSpans<Lanes> spans(reg, source);
+    GatherTwo<Lanes> gather;
+    const auto reachesFirst = [&](size_t lane, size_t load) { return load <= spans.first[lane]; };
+    const auto reachesEnd = [&](size_t lane, size_t load) { return spans.end[lane] <= load + pieceBytes; };
+    const bool lowerEven = LoadEvenly(gather.lower, pieceBytes, inputBytes, true, reachesFirst);
+    const bool upperEven = LoadEvenly(gather.upper, pieceBytes, inputBytes, false, reachesEnd);
+    for (size_t lane = 0; lane < Lanes; ++lane) {
+        gather.lower.load[lane] = lowerEven ? gather.lower.load[lane] : spans.first[lane];
+        gather.upper.load[lane] = upperEven ? gather.upper.load[lane] : spans.end[lane] - pieceBytes;
+    }
+    TakeBytes(gather.lower, reg, source);
+    TakeBytes(gather.upper, reg, source, &gather.lower);
+    return gather;
+}
+
+// Triples whose first and third sample change places: the byte of the source that becomes byte i.
+constexpr size_t ReversedTripleByte(size_t i, size_t sampleBytes) {
+    const size_t sample = i / sampleBytes;
+    return (sample / 3 * 3 + 2 - sample % 3) * sampleBytes + i % sampleBytes;
+}
 
 }  // namespace plenar

@@ -51,11 +51,10 @@ auto CopyKernelFor(uint64_t bytesMoved) {
     return bytesMoved > DetectedCpuFeatures().lastLevelCacheBytes ? kernels.streamCopy : kernels.copy;
 }
 
-// Whether all rows are made of whole pixels and of bytes that are moved one by one, so that rows without padding can be
-// taken as one long row. A 4:2:2 row of odd width ends in a chroma sample of its own, and packed rows have two parts.
+// Whether all rows are made of whole pixels, so that rows of bytes that are moved one by one can be taken as one long
+// row where there is no padding. A 4:2:2 row of odd width ends in a chroma sample of its own.
 bool CanJoinRows(const UncompressedParams& params) {
-    const bool wholePixels = params.width % 2 == 0 || SubsamplingClass(params.colorComponentOrder) != 422;
-    return wholePixels && !NeedsPacking(params.componentType);
+    return params.width % 2 == 0 || SubsamplingClass(params.colorComponentOrder) != 422;
 }
 
 EncodeRowsArgs BandOf(EncodeRowsArgs args, const Band& band) {
@@ -73,25 +72,28 @@ void JoinRows(EncodeRowsArgs& band) {
     band.params.height = 1;
 }
 
-void EncodeRow(const EncodeRowsArgs& band, const Reordering& reordering, const uint8_t* src, uint8_t* dst,
-               uint8_t* alphaDst) {
-    const uint32_t type = band.params.componentType;
-    if (NeedsPacking(type)) {
-        const size_t colourLength = band.rowLength - band.alphaStride;
-        PackRow(type, reordering, band.params.width, src, colourLength / SampleBytes(type), dst);
-    } else {
-        ReorderRowToPlane(reordering, type, src, band.rowLength, dst, alphaDst);
+void PackBand(const EncodeRowsArgs& band, const Reordering& reordering) {
+    const UncompressedParams& params = band.params;
+    const RowPacker packer(params.componentType);
+    const size_t samples = (band.rowLength - band.alphaStride) / SampleBytes(params.componentType);
+    for (size_t row = 0; row < params.height; ++row) {
+        packer.Pack(reordering, params.width, band.src + row * band.srcStride, samples,
+                    band.dst + row * band.dstStride);
     }
 }
 
 void EncodeBand(EncodeRowsArgs band) {
     const Reordering reordering = ReorderingOf(band.params.colorComponentOrder);
+    if (NeedsPacking(band.params.componentType)) {
+        return PackBand(band, reordering);
+    }
     if (CanJoinRows(band.params) && band.srcStride == band.rowLength) {
         JoinRows(band);
     }
     for (size_t row = 0; row < band.params.height; ++row) {
-        EncodeRow(band, reordering, band.src + row * band.srcStride, band.dst + row * band.dstStride,
-                  band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr);
+        ReorderRowToPlane(reordering, band.params.componentType, band.src + row * band.srcStride, band.rowLength,
+                          band.dst + row * band.dstStride,
+                          band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr);
     }
 }
 
@@ -110,22 +112,31 @@ void JoinRows(DecodeRowsArgs& band) {
     band.params.height = 1;
 }
 
+void UnpackBand(const DecodeRowsArgs& band, const Reordering& reordering) {
+    const UncompressedParams& params = band.params;
+    const RowPacker packer(params.componentType);
+    const size_t samples = band.rowLength / SampleBytes(params.componentType);
+    for (size_t row = 0; row < params.height; ++row) {
+        packer.Unpack(reordering, params.width, band.plane + row * band.planeStride, band.planeEnd,
+                      band.dst + row * band.dstStride, samples);
+    }
+}
+
 void DecodeRow(const DecodeRowsArgs& band, const Reordering& reordering, const uint8_t* planeRow,
                const uint8_t* alphaRow, uint8_t* dst) {
-    const uint32_t type = band.params.componentType;
     if (band.fixedToFloat) {
         FixedRowToFloat(reordering, planeRow, band.planeStride, dst, band.rowLength);
-    } else if (NeedsPacking(type)) {
-        UnpackRow(type, reordering, band.params.width, planeRow, band.planeEnd, dst,
-                  band.rowLength / SampleBytes(type));
     } else {
-        ReorderRowFromPlane(reordering, type, planeRow, band.planeStride, alphaRow, band.alphaStride, dst,
-                            band.rowLength);
+        ReorderRowFromPlane(reordering, band.params.componentType, planeRow, band.planeStride, alphaRow,
+                            band.alphaStride, dst, band.rowLength);
     }
 }
 
 void DecodeBand(DecodeRowsArgs band) {
     const Reordering reordering = ReorderingOf(band.params.colorComponentOrder);
+    if (NeedsPacking(band.params.componentType) && !band.fixedToFloat) {
+        return UnpackBand(band, reordering);
+    }
     if (CanJoinRows(band.params) && band.dstStride == band.rowLength) {
         JoinRows(band);
     }

@@ -20,8 +20,14 @@ struct Vector32 {
     static __m128i LoadHalf(const uint8_t* src) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(src)); }
 
     static void StoreHalf(uint8_t* dst, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), value); }
-    static void StoreEight(uint8_t* dst, __m128i value) { _mm_storel_epi64(reinterpret_cast<__m128i*>(dst), value); }
 
+    // 16 bytes from each of two places. Where these are constants, one of the cases is left.
+    static Reg LoadLanes(const uint8_t* src, const size_t (&at)[lanes]) {
+        if (at[1] == at[0]) {
+            return _mm256_broadcastsi128_si256(LoadHalf(src + at[0]));
+        }
+        return at[1] == at[0] + pieceBytes ? Load(src + at[0]) : LoadLanes(src + at[0], at[1] - at[0]);
+    }
     // 16 bytes from each of two places, `distance` bytes apart.
     static Reg LoadLanes(const uint8_t* src, size_t distance) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(LoadHalf(src)), LoadHalf(src + distance), 1);
@@ -46,55 +52,51 @@ struct Vector32 {
         }
     }
 
-    // The upper lane's 12 bytes are loaded together with the 4 ahead of them, not with what follows.
-    static Reg LoadTwelve(const uint8_t* src) {
-        const Reg shift = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,  //
-                                           4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, -1, -1, -1, -1);
-        return _mm256_shuffle_epi8(LoadLanes(src, 8), shift);
+    // Brings the eights, fours or twos of bytes, which come from the two lanes by turns, to the order of the row.
+    static Reg JoinEights(Reg value) {
+        return _mm256_permutevar8x32_epi32(value, _mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7));
     }
-    static void StoreTwelve(uint8_t* dst, Reg value) {
-        const Reg together = _mm256_permutevar8x32_epi32(value, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 0));
-        StoreHalf(dst, _mm256_castsi256_si128(together));
-        StoreEight(dst + pieceBytes, _mm256_extracti128_si256(together, 1));
+    static Reg JoinFours(Reg value) {
+        return _mm256_permutevar8x32_epi32(value, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
     }
-    static void StoreTwentyFour(uint8_t* dst, Reg first16, Reg last8) {
-        StoreHalf(dst, _mm256_castsi256_si128(first16));
-        StoreEight(dst + 16, _mm256_castsi256_si128(last8));
-        StoreHalf(dst + 24, _mm256_extracti128_si256(first16, 1));
-        StoreEight(dst + 40, _mm256_extracti128_si256(last8, 1));
+    static Reg JoinTwos(Reg value) {
+        const Reg pattern = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15,  //
+                                             0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
+        return Shuffle(JoinEights(value), pattern);
     }
+    static void StoreHalf(uint8_t* dst, Reg value) { StoreHalf(dst, _mm256_castsi256_si128(value)); }
 
+    static Reg JoinLanes(const uint8_t* const (&src)[lanes]) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(LoadHalf(src[0])), LoadHalf(src[1]), 1);
+    }
     static Reg Pattern(const Shuffle16& shuffle) { return _mm256_broadcastsi128_si256(LoadHalf(shuffle.byte)); }
-    static Reg Factors(const uint16_t (&words)[8]) {
-        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(words)));
+    static Reg LoadWords(const uint16_t (&words)[lanes * 8]) {
+        return _mm256_loadu_si256(reinterpret_cast<const Reg*>(words));
     }
     static Reg Shuffle(Reg value, Reg pattern) { return _mm256_shuffle_epi8(value, pattern); }
-    static Reg UnpackLo16(Reg a, Reg b) { return _mm256_unpacklo_epi16(a, b); }
-    static Reg UnpackHi16(Reg a, Reg b) { return _mm256_unpackhi_epi16(a, b); }
 
-    static Reg Zero() { return _mm256_setzero_si256(); }
     static Reg Bytes(int a, int b) { return _mm256_set1_epi16(static_cast<short>(a | b << 8)); }
     static Reg Words(int a, int b) { return _mm256_set1_epi32(a | b << 16); }
-    static Reg WordsOf8(int a, int b, int c, int d, int e, int f, int g, int h) {
-        return _mm256_broadcastsi128_si256(_mm_setr_epi32(a | b << 16, c | d << 16, e | f << 16, g | h << 16));
+    static Reg WordsOf4(int a, int b, int c, int d) {
+        return _mm256_broadcastsi128_si256(_mm_setr_epi32(a | b << 16, c | d << 16, a | b << 16, c | d << 16));
     }
     static Reg And(Reg a, Reg b) { return _mm256_and_si256(a, b); }
     static Reg Or(Reg a, Reg b) { return _mm256_or_si256(a, b); }
     static Reg Multiply16(Reg a, Reg b) { return _mm256_mullo_epi16(a, b); }
+    static Reg MultiplyHigh16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
+    // The compiler would make shifts and additions of a multiplication by a factor that it knows.
+    static Reg MultiplyByHidden(Reg words, int factor) {
+        Reg factors = Words(factor, factor);
+        asm("" : "+x"(factors));
+        return Multiply16(words, factors);
+    }
+    // The top bits of all bytes.
+    static uint64_t TopBits(Reg a, Reg b) {
+        return uint64_t{static_cast<uint32_t>(_mm256_movemask_epi8(a))} |
+               uint64_t{static_cast<uint32_t>(_mm256_movemask_epi8(b))} << 32;
+    }
     static Reg MultiplyAdd8(Reg a, Reg b) { return _mm256_maddubs_epi16(a, b); }
     static Reg MultiplyAdd16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
-    template <int Bits>
-    static Reg ShiftRight16(Reg value) {
-        return _mm256_srli_epi16(value, Bits);
-    }
-    template <int Bits>
-    static Reg ShiftRight32(Reg value) {
-        return _mm256_srli_epi32(value, Bits);
-    }
-    template <int Bits>
-    static Reg ShiftLeft32(Reg value) {
-        return _mm256_slli_epi32(value, Bits);
-    }
     static Reg PackWords(Reg a, Reg b) { return _mm256_packus_epi16(a, b); }
     static Reg PackDwords(Reg a, Reg b) { return _mm256_packs_epi32(a, b); }
 

@@ -1,10 +1,15 @@
-// The kernels in vectors of bytes. Every kernel is written for one lane of 16 bytes and a unit of work of that lane; a
-// vector type V of several lanes works on as many units side by side. V brings the instructions (kernels_ssse3.cpp,
-// kernels_avx2.cpp). What is left of a row behind the last full round of units is done by a round that ends with the
-// row and does some units twice; rows shorter than a round go to the next narrower set of kernels.
+// The kernels in vectors of bytes. A vector type V of one or more lanes of 16 bytes brings the instructions
+// (kernels_ssse3.cpp, kernels_avx2.cpp). What is left of a row behind the last full round is done by a round that ends
+// with the row and does some of it twice; rows shorter than a round go to the next narrower set of kernels.
 //
-// V::LoadLanes loads 16 bytes for each lane, `distance` bytes apart. V::StorePieces stores a unit's N pieces of 16
-// bytes for all lanes: lane l has the pieces l * N to l * N + N - 1. All other operations of V stay within a lane.
+// Kernels that split and merge alpha are written for a unit of work of one lane, and the lanes do as many units side by
+// side: V::LoadLanes(src, distance) loads 16 bytes for each lane, `distance` bytes apart, and V::StorePieces stores a
+// unit's N pieces of 16 bytes for all lanes, of which lane l has the pieces l * N to l * N + N - 1.
+//
+// In the other kernels registers hold their bytes in the order of the row. V::LoadLanes(src, offsets) loads 16 bytes
+// for each lane from its own offset; what offsets that are equal or 16 apart take is one load. V::JoinEights, JoinFours
+// and JoinTwos mend the order of registers that were packed together lane by lane. All other operations of V stay
+// within a lane.
 //
 // This header is compiled for several instruction sets into one program. Everything in it is local to the file that
 // includes it, and it calls no inline function from elsewhere: the linker keeps one copy of such a function for all,
@@ -13,6 +18,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
 #include "conversion/byte_shuffles.h"
 #include "conversion/row_kernels.h"
@@ -36,68 +43,75 @@ inline bool LoadsMeetStores(const uint8_t* src, const uint8_t* dst) {
     return ((reinterpret_cast<uintptr_t>(dst) - reinterpret_cast<uintptr_t>(src)) & pageMask) <= pageMask / 2;
 }
 
-// Calls round(start) for rounds of `size` that cover `total`, from the top down if that is asked for, and returns what
-// they cover: all, or nothing of a total below a round. Rounds start at multiples of `step`; with a total that isn't
-// one the last part stays uncovered. Without `mayOverlap` it always does.
+// Calls round(start) for rounds of `size` that cover `total` or, where `total` isn't a multiple of `step`, what comes
+// ahead of its last part; from the top down if that is asked for. Returns what they cover: nothing of a total below a
+// round. The last round overlaps the one ahead of it, unless that is ruled out; then it is left out.
+// There is one call, so that the round is compiled in place and its constants stay in registers.
 template <class Round>
 size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, bool downward, const Round& round) {
-    const size_t rounds = total / size;
-    const size_t done = rounds * size;
-    const bool overlaps = rounds != 0 && done != total && total % step == 0 && mayOverlap;
-    if (downward) {
-        for (size_t i = rounds; i-- > 0;) {
-            round(i * size);
-        }
-    } else {
-        for (size_t i = 0; i < rounds; ++i) {
-            round(i * size);
-        }
+    const size_t covered = total - total % (mayOverlap ? step : size);
+    if (covered < size) {
+        return 0;
     }
-    if (overlaps) {
-        round(total - size);
+    const size_t last = covered - size;
+    for (size_t done = 0; done < covered; done += size) {
+        const size_t start = done < last ? done : last;
+        round(downward ? last - start : start);
     }
-    return overlaps ? total : done;
+    return covered;
 }
 
-constexpr size_t copyRegisters = 8;
+// Calls body<0>() to body<N - 1>().
+template <size_t N, class Body>
+void Repeat(const Body& body) {
+    [&]<size_t... I>(std::index_sequence<I...>) {
+        (body.template operator()<I>(), ...);
+    }
+    (std::make_index_sequence<N>());
+}
+
+// What is moved as it is, or nearly so, goes by lines of the cache. Longer turns of loads and of stores cost up to a
+// third in the second-level cache.
+constexpr size_t lineBytes = 64;
+
+template <class V>
+constexpr size_t registerBytes = V::lanes* pieceBytes;
+template <class V>
+constexpr size_t registerWords = registerBytes<V> / 2;
+template <class V>
+constexpr size_t lineRegisters = lineBytes / registerBytes<V>;
+
+template <class V, size_t N>
+void StoreAll(uint8_t* dst, const Pieces<V, N>& registers) {
+    Repeat<N>([&]<size_t I>() { V::Store(dst + I * sizeof(typename V::Reg), registers[I]); });
+}
 
 template <class V, bool Stream>
-void CopyBlock(const uint8_t* src, uint8_t* dst) {
-    constexpr size_t registerBytes = V::lanes * pieceBytes;
-    Pieces<V, copyRegisters> loads;
-    for (size_t i = 0; i < copyRegisters; ++i) {
-        loads[i] = V::Load(src + i * registerBytes);
+void CopyLine(const uint8_t* src, uint8_t* dst) {
+    Pieces<V, lineRegisters<V>> loads;
+    for (size_t i = 0; i < lineRegisters<V>; ++i) {
+        loads[i] = V::Load(src + i * registerBytes<V>);
     }
-    for (size_t i = 0; i < copyRegisters; ++i) {
+    for (size_t i = 0; i < lineRegisters<V>; ++i) {
         if constexpr (Stream) {
-            V::StoreStream(dst + i * registerBytes, loads[i]);
+            V::StoreStream(dst + i * registerBytes<V>, loads[i]);
         } else {
-            V::Store(dst + i * registerBytes, loads[i]);
+            V::Store(dst + i * registerBytes<V>, loads[i]);
         }
     }
 }
 
-// Whole blocks at addresses of the target that are multiples of a cache line, and at both ends a block at any address.
+// Whole lines of the target, and at both ends a line's bytes at any address.
 template <class V, bool Stream>
-void CopyBlocks(const uint8_t* src, uint8_t* dst, size_t bytes) {
-    constexpr size_t blockBytes = copyRegisters * V::lanes * pieceBytes;
-    constexpr size_t lineBytes = 64;
-    if (bytes < 2 * blockBytes) {
+void CopyLines(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    if (bytes < 2 * lineBytes) {
         return plainRowKernels.copy(src, dst, bytes);
     }
     const size_t first = lineBytes - reinterpret_cast<uintptr_t>(dst) % lineBytes;
-    const size_t blocks = (bytes - first) / blockBytes;
-    CopyBlock<V, false>(src, dst);
-    if (LoadsMeetStores(src, dst)) {
-        for (size_t i = blocks; i-- > 0;) {
-            CopyBlock<V, Stream>(src + first + i * blockBytes, dst + first + i * blockBytes);
-        }
-    } else {
-        for (size_t i = 0; i < blocks; ++i) {
-            CopyBlock<V, Stream>(src + first + i * blockBytes, dst + first + i * blockBytes);
-        }
-    }
-    CopyBlock<V, false>(src + bytes - blockBytes, dst + bytes - blockBytes);
+    CopyLine<V, false>(src, dst);
+    CoverInRounds((bytes - first) / lineBytes * lineBytes, lineBytes, lineBytes, false, LoadsMeetStores(src, dst),
+                  [&](size_t at) { CopyLine<V, Stream>(src + first + at, dst + first + at); });
+    CopyLine<V, false>(src + bytes - lineBytes, dst + bytes - lineBytes);
     if constexpr (Stream) {
         V::FinishStream();
     }
@@ -151,16 +165,26 @@ struct AlphaUnit {
     }
 };
 
+// Rounds of several units: stores that cross the lines of the cache are dear unless they follow one another, so alpha
+// is kept until the colour of all is stored.
 template <class V, size_t ColourSamples, bool WithAlpha>
 size_t SplitRounds(const SplitShuffles& shuffles, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
                    size_t alphaBytes, size_t sampleBytes) {
     using Unit = AlphaUnit<V, ColourSamples>;
+    constexpr size_t units = 2;
     const Unit unit(shuffles);
-    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, false, [&](size_t at) {
-        const auto loads = Unit::Load(src + at * (ColourSamples + 1), Unit::callerBytes);
-        V::StorePieces(colour + at * ColourSamples, unit.Colour(loads));
+    return CoverInRounds(alphaBytes, units * registerBytes<V>, sampleBytes, true, false, [&](size_t at) {
+        Pieces<V, units> alphas;
+        for (size_t i = 0; i < units; ++i) {
+            const size_t place = at + i * registerBytes<V>;
+            const auto loads = Unit::Load(src + place * (ColourSamples + 1), Unit::callerBytes);
+            V::StorePieces(colour + place * ColourSamples, unit.Colour(loads));
+            if constexpr (WithAlpha) {
+                alphas[i] = unit.Alpha(loads);
+            }
+        }
         if constexpr (WithAlpha) {
-            V::Store(alpha + at, unit.Alpha(loads));
+            StoreAll<V>(alpha + at, alphas);
         }
     });
 }
@@ -218,236 +242,365 @@ void Merge(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour,
 
 template <class V>
 void SwapPairs(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pairs) {
-    constexpr size_t registers = 4;
-    constexpr size_t registerBytes = V::lanes * pieceBytes;
     const auto pattern = V::Pattern(pairShuffles[SampleSizeIndex(sampleBytes)]);
     const size_t bytes = pairs * 2 * sampleBytes;
-    const size_t done = CoverInRounds(bytes, registers * registerBytes, 2 * sampleBytes, src != dst,
-                                      LoadsMeetStores(src, dst), [&](size_t at) {
-                                          Pieces<V, registers> loads;
-                                          for (size_t i = 0; i < registers; ++i) {
-                                              loads[i] = V::Load(src + at + i * registerBytes);
-                                          }
-                                          for (size_t i = 0; i < registers; ++i) {
-                                              V::Store(dst + at + i * registerBytes, V::Shuffle(loads[i], pattern));
-                                          }
-                                      });
+    const size_t done =
+        CoverInRounds(bytes, lineBytes, 2 * sampleBytes, src != dst, LoadsMeetStores(src, dst), [&](size_t at) {
+            Pieces<V, lineRegisters<V>> out;
+            for (size_t i = 0; i < lineRegisters<V>; ++i) {
+                out[i] = V::Shuffle(V::Load(src + at + i * registerBytes<V>), pattern);
+            }
+            StoreAll<V>(dst + at, out);
+        });
     if (done != bytes) {
         V::Next().swapPairs(sampleBytes, src + done, dst + done, (bytes - done) / (2 * sampleBytes));
     }
 }
 
 template <class V>
-struct TripleUnit {
-    static constexpr size_t bytes = 3 * pieceBytes;
+typename V::Reg Gathered(const uint8_t* src, const Gather<V::lanes>& gather) {
+    return V::Shuffle(V::LoadLanes(src, gather.load), V::Load(gather.pattern));
+}
 
-    typename V::Reg patterns[3][2];
+template <class V>
+typename V::Reg Gathered(const uint8_t* src, const GatherTwo<V::lanes>& gather) {
+    return V::Or(Gathered<V>(src, gather.lower), Gathered<V>(src, gather.upper));
+}
 
-    explicit TripleUnit(const TripleShuffles& shuffles) {
-        for (size_t i = 0; i < 3; ++i) {
-            patterns[i][0] = V::Pattern(shuffles.piece[i][0]);
-            patterns[i][1] = V::Pattern(shuffles.piece[i][1]);
+// N tables, the one for register r being make(r).
+template <class Table, size_t N>
+struct Tables {
+    Table table[N];
+
+    template <class Make>
+    constexpr explicit Tables(const Make& make) {
+        for (size_t i = 0; i < N; ++i) {
+            table[i] = make(i);
         }
     }
-
-    Pieces<V, 3> Reversed(const uint8_t* src, size_t distance) const {
-        Pieces<V, 3> out;
-        for (size_t i = 0; i < 3; ++i) {
-            out[i] = ShuffleTwo<V>(V::LoadLanes(src + tripleLoads[i][0], distance), patterns[i][0],
-                                   V::LoadLanes(src + tripleLoads[i][1], distance), patterns[i][1]);
-        }
-        return out;
-    }
+    constexpr const Table& operator[](size_t i) const { return table[i]; }
 };
+
+// Makes registers make<0>() to make<N - 1>() and stores them one behind the other, two at a time, which for the widest
+// is a line of the cache.
+template <class V, size_t N, class Make>
+void MakeAndStore(uint8_t* dst, const Make& make) {
+    Repeat<N / 2>([&]<size_t I>() {
+        const auto first = make.template operator()<2 * I>();
+        const auto second = make.template operator()<2 * I + 1>();
+        V::Store(dst + 2 * I * sizeof first, first);
+        V::Store(dst + (2 * I + 1) * sizeof first, second);
+    });
+}
+
+// The registers of a unit of triples; they repeat for the units behind it.
+template <class V, size_t SampleBytes>
+constexpr Tables<GatherTwo<V::lanes>, 3> tripleGathers([](size_t reg) {
+    return MakeGatherTwo<V::lanes>(reg, 3 * registerBytes<V>,
+                                   [](size_t i) { return ReversedTripleByte(i, SampleBytes); });
+});
+
+template <class V, size_t SampleBytes>
+size_t TripleRounds(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    return CoverInRounds(
+        bytes, 3 * registerBytes<V>, 3 * SampleBytes, src != dst, LoadsMeetStores(src, dst), [&](size_t at) {
+            Pieces<V, 3> out;
+            Repeat<3>([&]<size_t I>() { out[I] = Gathered<V>(src + at, tripleGathers<V, SampleBytes>[I]); });
+            StoreAll<V>(dst + at, out);
+        });
+}
 
 template <class V>
 void ReverseTriples(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pixels) {
-    using Unit = TripleUnit<V>;
-    const Unit unit(tripleShuffles[SampleSizeIndex(sampleBytes)]);
     const size_t bytes = pixels * 3 * sampleBytes;
-    const size_t done =
-        CoverInRounds(bytes, V::lanes * Unit::bytes, 3 * sampleBytes, src != dst, LoadsMeetStores(src, dst),
-                      [&](size_t at) { V::StorePieces(dst + at, unit.Reversed(src + at, Unit::bytes)); });
+    const auto rounds = sampleBytes == 1   ? TripleRounds<V, 1>
+                        : sampleBytes == 2 ? TripleRounds<V, 2>
+                                           : TripleRounds<V, 4>;
+    const size_t done = rounds(src, dst, bytes);
     if (done != bytes) {
         V::Next().reverseTriples(sampleBytes, src + done, dst + done, (bytes - done) / (3 * sampleBytes));
     }
 }
 
-// Sources of words in plane order: a unit is `pieces` pieces of 8 words, made of `callerBytes` bytes of the caller.
+// Sources of words in plane order. `registers` of them make a unit, of `samples` samples, from `callerBytes` bytes of
+// the caller; samples of a `group` are moved together.
+
+constexpr size_t unitRegisters = 8;
+constexpr size_t tripleUnitRegisters = 12;
 
 template <class V>
 struct PlainWords {
-    static constexpr size_t pieces = 8;
-    static constexpr size_t callerBytes = pieces * pieceBytes;
+    static constexpr bool shufflesMuch = false;
+    static constexpr size_t group = 1;
+    static constexpr size_t registers = unitRegisters;
+    static constexpr size_t samples = registers * registerWords<V>;
+    static constexpr size_t callerBytes = 2 * samples;
 
     explicit PlainWords(const Reordering&) {}
 
-    Pieces<V, pieces> Load(const uint8_t* src) const {
-        Pieces<V, pieces> words;
-        for (size_t i = 0; i < pieces; ++i) {
-            words[i] = V::LoadLanes(src + i * pieceBytes, callerBytes);
-        }
-        return words;
+    template <size_t I>
+    typename V::Reg Load(const uint8_t* src) const {
+        return V::Load(src + I * registerBytes<V>);
     }
 };
 
 template <class V>
 struct PairWords {
-    static constexpr size_t pieces = 8;
-    static constexpr size_t callerBytes = pieces * pieceBytes;
+    static constexpr bool shufflesMuch = false;
+    static constexpr size_t group = 2;
+    static constexpr size_t registers = unitRegisters;
+    static constexpr size_t samples = registers * registerWords<V>;
+    static constexpr size_t callerBytes = 2 * samples;
 
     typename V::Reg pattern = V::Pattern(pairShuffles[SampleSizeIndex(2)]);
 
     explicit PairWords(const Reordering&) {}
 
-    Pieces<V, pieces> Load(const uint8_t* src) const {
-        Pieces<V, pieces> words;
-        for (size_t i = 0; i < pieces; ++i) {
-            words[i] = V::Shuffle(V::LoadLanes(src + i * pieceBytes, callerBytes), pattern);
-        }
-        return words;
+    template <size_t I>
+    typename V::Reg Load(const uint8_t* src) const {
+        return V::Shuffle(V::Load(src + I * registerBytes<V>), pattern);
     }
 };
 
 template <class V>
 struct TripleWords {
-    static constexpr size_t pieces = 6;
-    static constexpr size_t callerBytes = pieces * pieceBytes;
-
-    TripleUnit<V> unit{tripleShuffles[SampleSizeIndex(2)]};
+    static constexpr bool shufflesMuch = true;
+    static constexpr size_t group = 3;
+    static constexpr size_t registers = tripleUnitRegisters;
+    static constexpr size_t samples = registers * registerWords<V>;
+    static constexpr size_t callerBytes = 2 * samples;
 
     explicit TripleWords(const Reordering&) {}
 
-    Pieces<V, pieces> Load(const uint8_t* src) const {
-        const auto a = unit.Reversed(src, callerBytes);
-        const auto b = unit.Reversed(src + TripleUnit<V>::bytes, callerBytes);
-        return {a[0], a[1], a[2], b[0], b[1], b[2]};
+    template <size_t I>
+    typename V::Reg Load(const uint8_t* src) const {
+        return Gathered<V>(src + I / 3 * 3 * registerBytes<V>, tripleGathers<V, 2>[I % 3]);
     }
 };
 
 // The colour of pixels with alpha; alpha is dropped.
 template <class V, size_t ColourSamples>
 struct ColourWords {
-    using Unit = AlphaUnit<V, ColourSamples>;
-    static constexpr size_t parts = ColourSamples == 3 ? 2 : 4;
-    static constexpr size_t pieces = parts * ColourSamples;
-    static constexpr size_t callerBytes = parts * Unit::callerBytes;
+    static constexpr bool three = ColourSamples == 3;
+    static constexpr bool shufflesMuch = true;
+    static constexpr size_t group = ColourSamples;
+    static constexpr size_t registers = three ? tripleUnitRegisters : unitRegisters;
+    static constexpr size_t samples = registers * registerWords<V>;
+    static constexpr size_t callerBytes = 2 * samples / ColourSamples * (ColourSamples + 1);
 
-    Unit unit;
+    typename V::Reg patterns[ColourSamples][2];
 
-    explicit ColourWords(const Reordering& reordering) : unit(reordering.layout->split[SampleSizeIndex(2)]) {}
-
-    Pieces<V, pieces> Load(const uint8_t* src) const {
-        Pieces<V, pieces> words;
-        for (size_t part = 0; part < parts; ++part) {
-            const auto colour = unit.Colour(Unit::Load(src + part * Unit::callerBytes, callerBytes));
-            for (size_t i = 0; i < ColourSamples; ++i) {
-                words[part * ColourSamples + i] = colour[i];
+    explicit ColourWords(const Reordering& reordering) {
+        const SplitShuffles& shuffles = reordering.layout->split[SampleSizeIndex(2)];
+        for (size_t reg = 0; reg < ColourSamples; ++reg) {
+            for (size_t term = 0; term < 2; ++term) {
+                const uint8_t* lanes[V::lanes];
+                for (size_t lane = 0; lane < V::lanes; ++lane) {
+                    lanes[lane] = shuffles.colour[(reg * V::lanes + lane) % ColourSamples][term].byte;
+                }
+                patterns[reg][term] = V::JoinLanes(lanes);
             }
         }
-        return words;
     }
-};
 
-// Three fields of 10 bits in each 32 bits. Field f begins in byte f, 2 f bits up; a multiplication brings it to the
-// top.
-constexpr Shuffle16 FieldShuffle(size_t load, size_t firstSample) {
-    return PieceShuffle(0, load, [&](size_t i) {
-        const size_t sample = firstSample + i / 2;
-        return sample / 3 * 4 + sample % 3 + i % 2;
-    });
-}
-
-template <class V>
-struct PackedWords {
-    static constexpr size_t pieces = 6;
-    static constexpr size_t groups = 4;
-    static constexpr size_t callerBytes = groups * pieceBytes;
-
-    // Two groups of 12 samples are three pieces of 8; the second piece comes from the 16 bytes in the middle.
-    typename V::Reg patterns[3] = {V::Pattern(shuffles[0]), V::Pattern(shuffles[1]), V::Pattern(shuffles[2])};
-    typename V::Reg factors[3] = {V::WordsOf8(64, 16, 4, 64, 16, 4, 64, 16), V::WordsOf8(4, 64, 16, 4, 64, 16, 4, 64),
-                                  V::WordsOf8(16, 4, 64, 16, 4, 64, 16, 4)};
-
-    explicit PackedWords(const Reordering&) {}
-
-    Pieces<V, pieces> Load(const uint8_t* src) const {
-        Pieces<V, pieces> words;
-        for (size_t i = 0; i < pieces; ++i) {
-            const auto bytes = V::LoadLanes(src + i / 3 * 2 * pieceBytes + offsets[i % 3], callerBytes);
-            words[i] = V::Multiply16(V::Shuffle(bytes, patterns[i % 3]), factors[i % 3]);
-        }
-        return words;
+    template <size_t I>
+    typename V::Reg Load(const uint8_t* src) const {
+        constexpr auto lower = LoadsOf(I, 0);
+        constexpr auto upper = LoadsOf(I, 1);
+        const auto& pattern = patterns[I % ColourSamples];
+        return ShuffleTwo<V>(V::LoadLanes(src, lower.load), pattern[0], V::LoadLanes(src, upper.load), pattern[1]);
     }
 
 private:
-    static constexpr size_t offsets[3] = {0, 8, 16};
-    static constexpr Shuffle16 shuffles[3] = {FieldShuffle(0, 0), FieldShuffle(8, 8), FieldShuffle(16, 16)};
+    static constexpr Gather<V::lanes> LoadsOf(size_t reg, size_t term) {
+        Gather<V::lanes> loads;
+        for (size_t lane = 0; lane < V::lanes; ++lane) {
+            const size_t piece = (reg * V::lanes + lane) % ColourSamples;
+            const size_t unit = (reg * V::lanes + lane) / ColourSamples;
+            const size_t offset = three ? splitLoads4[piece + term] : splitLoads3[2 * piece + term];
+            loads.load[lane] = unit * (ColourSamples + 1) * pieceBytes + offset;
+        }
+        return loads;
+    }
 };
 
-template <class V, size_t N>
-Pieces<V, N / 2> HighPart(const Pieces<V, N>& words) {
-    Pieces<V, N / 2> high;
-    for (size_t i = 0; i < N / 2; ++i) {
-        high[i] =
-            V::PackWords(V::template ShiftRight16<8>(words[2 * i]), V::template ShiftRight16<8>(words[2 * i + 1]));
+// Packed10: groups of 12 samples in four dwords of three fields each.
+constexpr size_t packedGroupSamples = 12;
+constexpr size_t packedGroupBytes = 16;
+
+// Field f of a dword begins in byte f, 2 f bits up; a multiplication brings it to the top of a word.
+template <class V>
+struct PackedWords {
+    static constexpr bool shufflesMuch = true;
+    static constexpr size_t group = packedGroupSamples;
+    static constexpr size_t registers = tripleUnitRegisters;
+    static constexpr size_t samples = registers * registerWords<V>;
+    static constexpr size_t callerBytes = samples / packedGroupSamples * packedGroupBytes;
+
+    explicit PackedWords(const Reordering&) {}
+
+    template <size_t I>
+    typename V::Reg Load(const uint8_t* src) const {
+        return V::Multiply16(Gathered<V>(src, fields[I]), V::LoadWords(factors[I % 3].word));
     }
-    return high;
+
+private:
+    struct Factors {
+        uint16_t word[registerWords<V>];
+    };
+    static constexpr Tables<Gather<V::lanes>, registers> fields{[](size_t reg) {
+        return MakeGather<V::lanes>(reg, callerBytes, [](size_t i) { return i / 2 / 3 * 4 + i / 2 % 3 + i % 2; });
+    }};
+    static constexpr Tables<Factors, 3> factors{[](size_t reg) {
+        Factors made;
+        for (size_t i = 0; i < registerWords<V>; ++i) {
+            made.word[i] = static_cast<uint16_t>(64U >> (reg * registerWords<V> + i) % 3 * 2);
+        }
+        return made;
+    }};
+};
+
+// Shifts by multiplication: the units that shift have the shuffles to do.
+template <class V, int Bits>
+typename V::Reg ShiftRight(typename V::Reg words) {
+    return V::MultiplyHigh16(words, V::Words(1 << (16 - Bits), 1 << (16 - Bits)));
 }
 
-// Four samples a byte. The byte of each four is made in a dword of its own.
-template <class V, size_t N>
-void StoreLowPart10(uint8_t* low, const Pieces<V, N>& words) {
-    const auto mask = V::Words(0xC0, 0xC0);
-    Pieces<V, 4> joined;
-    for (size_t i = 0; i < N / 2; ++i) {
-        const auto bits = V::PackWords(V::And(words[2 * i], mask), V::And(words[2 * i + 1], mask));
+// The upper bytes of the words of two registers.
+template <class V>
+typename V::Reg HighBytes(typename V::Reg a, typename V::Reg b) {
+    return V::JoinEights(V::PackWords(ShiftRight<V, 8>(a), ShiftRight<V, 8>(b)));
+}
+
+// The low part of a unit is taken from four registers at a time. Stores that cross the processor's lines are dear
+// unless they follow one another, so what is taken is kept until the unit's high part is stored.
+
+// Four samples a byte, the two low bits of each. The byte of each four is made in a dword of its own.
+template <class V, size_t Registers>
+class LowPart10 {
+public:
+    template <size_t I>
+    void Take(const Pieces<V, 4>& words, uint8_t*) {
         // The bits stand 6 up in their bytes; joined, they are brought down together.
-        joined[i] =
-            V::template ShiftRight32<6>(V::MultiplyAdd16(V::MultiplyAdd8(bits, V::Bytes(1, 4)), V::Words(1, 16)));
+        joined[I] = ShiftRight<V, 6>(V::PackDwords(JoinFours(words[0], words[1]), JoinFours(words[2], words[3])));
     }
-    if constexpr (N == 8) {
-        V::Store(low, V::PackWords(V::PackDwords(joined[0], joined[1]), V::PackDwords(joined[2], joined[3])));
-    } else {
-        V::StoreTwelve(low, V::PackWords(V::PackDwords(joined[0], joined[1]), V::PackDwords(joined[2], joined[2])));
-    }
-}
 
-// Two samples a byte. The byte of each two is made in a word of its own.
-template <class V, size_t N>
-void StoreLowPart12(uint8_t* low, const Pieces<V, N>& words) {
-    const auto mask = V::Words(0xF0, 0xF0);
-    Pieces<V, 4> joined;
-    for (size_t i = 0; i < N / 2; ++i) {
-        const auto bits = V::PackWords(V::And(words[2 * i], mask), V::And(words[2 * i + 1], mask));
-        joined[i] = V::template ShiftRight16<4>(V::MultiplyAdd8(bits, V::Bytes(1, 16)));
+    void Finish(uint8_t* low) const {
+        constexpr size_t whole = Registers / 8;
+        Repeat<whole>([&]<size_t I>() {
+            V::Store(low + I * registerBytes<V>, V::JoinTwos(V::PackWords(joined[2 * I], joined[2 * I + 1])));
+        });
+        if constexpr (Registers % 8 != 0) {
+            const auto last = joined[2 * whole];
+            V::StoreHalf(low + whole * registerBytes<V>, V::JoinTwos(V::PackWords(last, last)));
+        }
     }
-    const auto first = V::PackWords(joined[0], joined[1]);
-    if constexpr (N == 8) {
-        V::StorePieces(low, Pieces<V, 2>{first, V::PackWords(joined[2], joined[3])});
-    } else {
-        V::StoreTwentyFour(low, first, V::PackWords(joined[2], joined[2]));
+
+private:
+    static typename V::Reg JoinFours(typename V::Reg a, typename V::Reg b) {
+        const auto mask = V::Words(0xC0, 0xC0);
+        const auto bits = V::PackWords(V::And(a, mask), V::And(b, mask));
+        return V::MultiplyAdd16(V::MultiplyAdd8(bits, V::Bytes(1, 4)), V::Words(1, 16));
     }
-}
+
+    Pieces<V, Registers / 4> joined;
+};
+
+// The same without a shuffle, for sources that have many: with a sample's bits at the tops of the two bytes of its word
+// they come out of the register as they are wanted. There are too many results to keep.
+template <class V, size_t Registers>
+class LowPart10AtOnce {
+public:
+    template <size_t I>
+    void Take(const Pieces<V, 4>& words, uint8_t* low) const {
+        Store(low + I * registerWords<V>, words[0], words[1]);
+        Store(low + I * registerWords<V> + registerWords<V> / 2, words[2], words[3]);
+    }
+
+    void Finish(uint8_t*) const {}
+
+private:
+    static typename V::Reg BitsAtTops(typename V::Reg words) {
+        return V::MultiplyByHidden(V::And(words, V::Words(0xC0, 0xC0)), 0x102);
+    }
+    static void Store(uint8_t* low, typename V::Reg a, typename V::Reg b) {
+        const auto bits = V::TopBits(BitsAtTops(a), BitsAtTops(b));
+        __builtin_memcpy(low, &bits, sizeof bits);
+    }
+};
+
+// Two samples a byte, the four low bits of each. The byte of each two is made in a word of its own.
+template <class V, size_t Registers>
+class LowPart12 {
+public:
+    template <size_t I>
+    void Take(const Pieces<V, 4>& words, uint8_t*) {
+        joined[I] = V::JoinFours(V::PackWords(JoinTwos(words[0], words[1]), JoinTwos(words[2], words[3])));
+    }
+
+    void Finish(uint8_t* low) const { StoreAll<V>(low, joined); }
+
+private:
+    static typename V::Reg JoinTwos(typename V::Reg a, typename V::Reg b) {
+        const auto mask = V::Words(0xF0, 0xF0);
+        const auto bits = V::PackWords(V::And(a, mask), V::And(b, mask));
+        return ShiftRight<V, 4>(V::MultiplyAdd8(bits, V::Bytes(1, 16)));
+    }
+
+    Pieces<V, Registers / 4> joined;
+};
 
 constexpr size_t SamplesInLowByte(size_t lowBits) {
     return 8 / lowBits;
 }
 
-// Returns the samples done.
+// The least number of samples that has whole groups and whole bytes of the low part.
+constexpr size_t StepOf(size_t group, size_t lowBits) {
+    const size_t perByte = SamplesInLowByte(lowBits);
+    return group % perByte == 0 ? group : group % 2 == 0 ? group * perByte / 2 : group * perByte;
+}
+
+template <class V, size_t LowBits, size_t Registers, class Source>
+void PackUnit(const Source& source, const uint8_t* src, uint8_t* high, uint8_t* low) {
+    using Low10 = std::conditional_t<Source::shufflesMuch, LowPart10AtOnce<V, Registers>, LowPart10<V, Registers>>;
+    std::conditional_t<LowBits == 2, Low10, LowPart12<V, Registers>> lowPart;
+    Repeat<Registers / 4>([&]<size_t I>() {
+        const Pieces<V, 4> words = {source.template Load<4 * I>(src), source.template Load<4 * I + 1>(src),
+                                    source.template Load<4 * I + 2>(src), source.template Load<4 * I + 3>(src)};
+        V::Store(high + 2 * I * registerBytes<V>, HighBytes<V>(words[0], words[1]));
+        V::Store(high + (2 * I + 1) * registerBytes<V>, HighBytes<V>(words[2], words[3]));
+        lowPart.template Take<I>(words, low);
+    });
+    lowPart.Finish(low);
+}
+
+// Whole units and, where a part of one is left, smaller rounds. Returns the samples done.
 template <class V, size_t LowBits, class Source>
 size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
-    constexpr size_t unitSamples = Source::pieces * 8;
+    constexpr size_t step = StepOf(Source::group, LowBits);
+    constexpr bool halves = Source::registers % 8 == 0;
+    constexpr size_t lastRegisters = halves ? Source::registers / 2 : Source::registers;
+    constexpr size_t lastSamples = lastRegisters * registerWords<V>;
+    const size_t covered = samples - samples % step;
+    if (covered < lastSamples) {
+        return 0;
+    }
     const Source source(reordering);
-    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, false, [&](size_t at) {
-        const auto words = source.Load(src + at * Source::callerBytes / unitSamples);
-        V::StorePieces(high + at, HighPart<V>(words));
-        if constexpr (LowBits == 2) {
-            StoreLowPart10<V>(low + at / SamplesInLowByte(LowBits), words);
-        } else {
-            StoreLowPart12<V>(low + at / SamplesInLowByte(LowBits), words);
-        }
-    });
+    const auto pack = [&]<size_t Registers>(size_t at) {
+        PackUnit<V, LowBits, Registers>(source, src + at * Source::callerBytes / Source::samples, high + at,
+                                        low + at / SamplesInLowByte(LowBits));
+    };
+    size_t done = 0;
+    if constexpr (halves) {
+        done = CoverInRounds(covered, Source::samples, step, false, false,
+                             [&](size_t at) { pack.template operator()<Source::registers>(at); });
+    }
+    if (done < covered) {
+        const size_t start = covered - done < lastSamples ? covered - lastSamples : done;
+        CoverInRounds(covered - start, lastSamples, step, true, false,
+                      [&](size_t at) { pack.template operator()<lastRegisters>(start + at); });
+    }
+    return covered;
 }
 
 // The bytes that `samples` samples of the plane take of the caller's row.
@@ -478,88 +631,72 @@ void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, ui
 
 template <class V>
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
-    constexpr size_t groupSamples = 12;
-    const PackedWords<V> source{Reordering{}};
-    const size_t done = CoverInRounds(groups, V::lanes * PackedWords<V>::groups, 1, true, false, [&](size_t at) {
-        const auto words = source.Load(packed + at * pieceBytes);
-        V::StorePieces(high + at * groupSamples, HighPart<V>(words));
-        StoreLowPart10<V>(low + at * groupSamples / SamplesInLowByte(2), words);
-    });
-    if (done != groups) {
-        V::Next().packedGroupsToPlane(packed + done * pieceBytes, groups - done, high + done * groupSamples,
-                                      low + done * groupSamples / SamplesInLowByte(2));
+    const size_t samples = groups * packedGroupSamples;
+    const size_t done = PackRounds<V, 2, PackedWords<V>>({}, packed, samples, high, low);
+    if (done != samples) {
+        const size_t doneGroups = done / packedGroupSamples;
+        V::Next().packedGroupsToPlane(packed + doneGroups * packedGroupBytes, groups - doneGroups, high + done,
+                                      low + done / SamplesInLowByte(2));
     }
 }
 
-// How a unit's words are put together: for each piece of 8 words, where their samples' high bytes are loaded and how
-// they are placed in the high bytes of words, how the bytes of the low part that hold their low bits are placed in the
-// low bytes, and by what these are multiplied to bring the bits to the top.
-struct UnpackTable {
-    size_t highLoad[8] = {};
-    size_t lowLoad[8] = {};
-    Shuffle16 high[8];
-    Shuffle16 low[8];
-    uint16_t factors[8][8] = {};
-};
-
-constexpr size_t UnpackPieces(Reordering::Kind kind) {
-    return kind == Reordering::Triples ? 6 : 8;
+// The least that fills loads of 16 bytes of the low part, and whole registers of triples.
+constexpr size_t UnitSamples(Reordering::Kind kind) {
+    return kind == Reordering::Triples ? 96 : 64;
 }
 
-constexpr UnpackTable MakeUnpackTable(Reordering::Kind kind, size_t lowBits) {
-    constexpr size_t tripleLoad[3] = {0, 6, 8};
-    const size_t pieces = UnpackPieces(kind);
-    // The low part of a unit takes up to 16 bytes, one load, or up to 32, two that end with the unit.
-    const size_t lowBytes = pieces * lowBits;
-    UnpackTable table;
-    const auto sourceOf = [&](size_t sample) {
-        return kind == Reordering::Pairs     ? sample ^ 1
-               : kind == Reordering::Triples ? sample / 3 * 3 + 2 - sample % 3
-                                             : sample;
+constexpr size_t GroupOf(Reordering::Kind kind) {
+    return kind == Reordering::Triples ? 3 : kind == Reordering::Pairs ? 2 : 1;
+}
+
+// The plane's sample that becomes sample i of the caller's row.
+constexpr size_t PlaneSampleOf(Reordering::Kind kind, size_t i) {
+    return kind == Reordering::Pairs ? i ^ 1 : kind == Reordering::Triples ? i / 3 * 3 + 2 - i % 3 : i;
+}
+
+// How the caller's words are put together: `tops` puts the samples' high bytes in their places, `lows` the bytes of the
+// low part that hold their low bits; these are brought to the top of the low byte by multiplication.
+template <class V, size_t LowBits, Reordering::Kind Kind>
+struct UnpackTables {
+    static constexpr size_t samples = UnitSamples(Kind);
+    static constexpr size_t registers = samples / registerWords<V>;
+    static constexpr size_t perByte = SamplesInLowByte(LowBits);
+    // Registers that differ in their factors.
+    static constexpr size_t period = Kind == Reordering::Triples ? 3 : 1;
+
+    struct Factors {
+        uint16_t word[registerWords<V>];
     };
-    for (size_t piece = 0; piece < pieces; ++piece) {
-        table.highLoad[piece] =
-            kind == Reordering::Triples ? piece / 3 * 24 + tripleLoad[piece % 3] : piece / 2 * pieceBytes;
-        table.lowLoad[piece] = lowBytes > pieceBytes && piece >= pieces / 2 ? lowBytes - pieceBytes : 0;
-        table.high[piece] = PieceShuffle(piece, table.highLoad[piece],
-                                         [&](size_t i) { return i % 2 == 1 ? sourceOf(i / 2) : nowhere; });
-        table.low[piece] = PieceShuffle(piece, table.lowLoad[piece], [&](size_t i) {
-            return i % 2 == 0 ? sourceOf(i / 2) / SamplesInLowByte(lowBits) : nowhere;
-        });
-        for (size_t i = 0; i < 8; ++i) {
-            const size_t place = sourceOf(8 * piece + i) % SamplesInLowByte(lowBits);
-            table.factors[piece][i] = static_cast<uint16_t>(1U << (8 - lowBits * (place + 1)));
-        }
-    }
-    return table;
-}
 
-template <Reordering::Kind Kind, size_t LowBits>
-constexpr UnpackTable unpackTable = MakeUnpackTable(Kind, LowBits);
+    static constexpr Tables<Gather<V::lanes>, registers> tops{[](size_t reg) {
+        return MakeGather<V::lanes>(reg, samples,
+                                    [](size_t i) { return i % 2 == 1 ? PlaneSampleOf(Kind, i / 2) : nowhere; });
+    }};
+    static constexpr Tables<Gather<V::lanes>, registers> lows{[](size_t reg) {
+        return MakeGather<V::lanes>(reg, samples / perByte, [](size_t i) {
+            return i % 2 == 0 ? PlaneSampleOf(Kind, i / 2) / perByte : nowhere;
+        });
+    }};
+    static constexpr Tables<Factors, period> factors{[](size_t reg) {
+        Factors made;
+        for (size_t i = 0; i < registerWords<V>; ++i) {
+            const size_t place = PlaneSampleOf(Kind, reg * registerWords<V> + i) % perByte;
+            made.word[i] = static_cast<uint16_t>(1U << (8 - LowBits * (place + 1)));
+        }
+        return made;
+    }};
+};
 
 template <class V, size_t LowBits, Reordering::Kind Kind>
 size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    constexpr const UnpackTable& table = unpackTable<Kind, LowBits>;
-    constexpr size_t pieces = UnpackPieces(Kind);
-    constexpr size_t unitSamples = pieces * 8;
-    constexpr size_t lowBytes = pieces * LowBits;
-    // The tables of the pieces repeat, but for where the low bits are.
-    constexpr size_t highPeriod = Kind == Reordering::Triples ? 3 : 2;
-    constexpr size_t factorPeriod = Kind == Reordering::Triples ? 3 : 1;
+    using Tables = UnpackTables<V, LowBits, Kind>;
     const auto mask = LowBits == 2 ? V::Words(0xC0, 0xC0) : V::Words(0xF0, 0xF0);
-    return CoverInRounds(samples, V::lanes * unitSamples, SamplesInLowByte(LowBits), true, false, [&](size_t at) {
-        const uint8_t* lowPart = low + at / SamplesInLowByte(LowBits);
-        Pieces<V, pieces> out;
-        for (size_t i = 0; i < pieces; ++i) {
-            const auto lows =
-                lowBytes == 12 ? V::LoadTwelve(lowPart) : V::LoadLanes(lowPart + table.lowLoad[i], lowBytes);
-            const auto bits =
-                V::Multiply16(V::Shuffle(lows, V::Pattern(table.low[i])), V::Factors(table.factors[i % factorPeriod]));
-            const auto tops = V::Shuffle(V::LoadLanes(high + at + table.highLoad[i], unitSamples),
-                                         V::Pattern(table.high[i % highPeriod]));
-            out[i] = V::Or(tops, V::And(bits, mask));
-        }
-        V::StorePieces(words + 2 * at, out);
+    return CoverInRounds(samples, Tables::samples, StepOf(GroupOf(Kind), LowBits), true, false, [&](size_t at) {
+        MakeAndStore<V, Tables::registers>(words + 2 * at, [&]<size_t I>() {
+            const auto lows = Gathered<V>(low + at / Tables::perByte, Tables::lows[I]);
+            const auto bits = V::Multiply16(lows, V::LoadWords(Tables::factors[I % Tables::period].word));
+            return V::Or(Gathered<V>(high + at, Tables::tops[I]), V::And(bits, mask));
+        });
     });
 }
 
@@ -575,77 +712,100 @@ void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* lo
     }
 }
 
-// Samples 3 j + first and, with `both`, the one after it, of each word j of a group: the bytes that hold their bits in
-// a row of `perByte` samples a byte, one in the byte `place` of each 16 bits.
-constexpr Shuffle16 WordFieldShuffle(size_t load, size_t base, size_t first, bool both, size_t place, size_t perByte) {
-    return PieceShuffle(0, load, [&](size_t i) {
-        const bool used = i % 2 == place && (both || i % 4 < 2);
-        return used ? base + (i / 4 * 3 + first + i % 4 / 2) / perByte : nowhere;
-    });
-}
+// The caller's dwords of four groups a lane. The top bits of fields 0 and 1 of a dword stand in a word each, to be
+// added with their weights, and those of field 2 in the upper word. The low bits of a dword's samples are 6 bits in a
+// row of the low part, at bit 6 j for dword j: `sixes` puts the bytes that hold them in a word, for as many dwords as a
+// register has words, a multiplication brings them to its upper byte, and from there they go to each field's byte.
+template <class V>
+struct PackedTables {
+    static constexpr size_t groups = 8;
+    static constexpr size_t samples = groups * packedGroupSamples;
+    static constexpr size_t registers = groups / V::lanes;
+
+    // Some high bytes of a register's dwords, with loads that hold all of them, so that they serve twice.
+    template <class Source>
+    static constexpr Gather<V::lanes> HighBytes(size_t reg, const Source& source) {
+        auto gather = MakeGather<V::lanes>(reg, samples, [](size_t i) { return i / 4 * 3 + i % 4 * 3 / 4; });
+        TakeBytes(gather, reg, source);
+        return gather;
+    }
+    static constexpr Tables<Gather<V::lanes>, registers> pairs{[](size_t reg) {
+        return HighBytes(reg, [](size_t i) { return i % 2 == 0 ? i / 4 * 3 + i % 4 / 2 : nowhere; });
+    }};
+    static constexpr Tables<Gather<V::lanes>, registers> thirds{
+        [](size_t reg) { return HighBytes(reg, [](size_t i) { return i % 4 == 2 ? i / 4 * 3 + 2 : nowhere; }); }};
+    static constexpr Tables<Gather<V::lanes>, registers / 2> sixes{[](size_t two) {
+        return MakeGather<V::lanes>(two, samples / 4, [](size_t i) {
+            // A lane of two registers: the first four words are of the one, the others of the other.
+            const size_t lane = i / pieceBytes % V::lanes;
+            const size_t reg = i / (V::lanes * pieceBytes) * 2 + i % pieceBytes / 8;
+            const size_t dword = i / 2 % 4;
+            const size_t byte = 6 * dword / 8 + i % 2;
+            return byte < 3 ? (reg * V::lanes + lane) * 3 + byte : nowhere;
+        });
+    }};
+    static constexpr Shuffle16 SixesOf(size_t half) {
+        Shuffle16 shuffle;
+        for (size_t i = 0; i < pieceBytes; ++i) {
+            shuffle.byte[i] = i % 4 == 3 ? zeroLane : static_cast<uint8_t>(8 * half + i / 4 * 2 + 1);
+        }
+        return shuffle;
+    }
+    static constexpr Shuffle16 toFields[2] = {SixesOf(0), SixesOf(1)};
+};
 
 template <class V>
 void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed) {
-    constexpr size_t unitGroups = 4;
-    constexpr size_t groupSamples = 12;
-    // The last of the four loads of the high part ends with the unit.
-    static constexpr size_t highLoads[unitGroups] = {0, 12, 24, 32};
-    static constexpr struct Tables {
-        Shuffle16 highPair[2] = {WordFieldShuffle(0, 0, 0, true, 1, 1), WordFieldShuffle(0, 4, 0, true, 1, 1)};
-        Shuffle16 highThird[2] = {WordFieldShuffle(0, 0, 2, false, 1, 1), WordFieldShuffle(0, 4, 2, false, 1, 1)};
-        Shuffle16 lowPair[unitGroups] = {WordFieldShuffle(0, 0, 0, true, 0, 4), WordFieldShuffle(0, 3, 0, true, 0, 4),
-                                         WordFieldShuffle(0, 6, 0, true, 0, 4), WordFieldShuffle(0, 9, 0, true, 0, 4)};
-        Shuffle16 lowThird[unitGroups] = {
-            WordFieldShuffle(0, 0, 2, false, 0, 4), WordFieldShuffle(0, 3, 2, false, 0, 4),
-            WordFieldShuffle(0, 6, 2, false, 0, 4), WordFieldShuffle(0, 9, 2, false, 0, 4)};
-    } tables;
-    // Moves the low bits of samples 0 and 1 of each word, and of sample 2, to the top of their low byte.
-    const auto pairFactors = V::WordsOf8(64, 16, 1, 64, 4, 1, 16, 4);
-    const auto thirdFactors = V::WordsOf8(4, 0, 16, 0, 64, 0, 1, 0);
-    const auto lowMask = V::Words(0xC0, 0xC0);
-    const size_t done = CoverInRounds(groups, V::lanes * unitGroups, 1, true, false, [&](size_t at) {
-        const auto lows = V::LoadTwelve(low + at * groupSamples / SamplesInLowByte(2));
-        Pieces<V, unitGroups> out;
-        for (size_t i = 0; i < unitGroups; ++i) {
-            const auto highs = V::LoadLanes(high + at * groupSamples + highLoads[i], unitGroups * groupSamples);
-            const auto fields = [&](const Shuffle16& highShuffle, const Shuffle16& lowShuffle, auto factors) {
-                const auto bits = V::Multiply16(V::Shuffle(lows, V::Pattern(lowShuffle)), factors);
-                return V::template ShiftRight16<6>(
-                    V::Or(V::Shuffle(highs, V::Pattern(highShuffle)), V::And(bits, lowMask)));
-            };
-            const auto pairs = fields(tables.highPair[i / 3], tables.lowPair[i], pairFactors);
-            const auto thirds = fields(tables.highThird[i / 3], tables.lowThird[i], thirdFactors);
-            out[i] = V::Or(V::MultiplyAdd16(pairs, V::Words(1, 1024)), V::template ShiftLeft32<20>(thirds));
-        }
-        V::StorePieces(packed + at * pieceBytes, out);
+    using Tables = PackedTables<V>;
+    const auto pairWeights = V::Words(4, 4096);
+    const auto thirdWeights = V::Words(0, 64);
+    const auto sixFactors = V::WordsOf4(256, 4, 16, 64);
+    const auto lowMask = V::Words(0x0C03, 0x0030);
+    const size_t done = CoverInRounds(groups, Tables::groups, 1, true, false, [&](size_t at) {
+        const uint8_t* highs = high + at * packedGroupSamples;
+        const uint8_t* lows = low + at * packedGroupSamples / SamplesInLowByte(2);
+        MakeAndStore<V, Tables::registers>(packed + at * packedGroupBytes, [&]<size_t I>() {
+            const auto sixes = V::Multiply16(Gathered<V>(lows, Tables::sixes[I / 2]), sixFactors);
+            const auto bits = V::And(V::Shuffle(sixes, V::Pattern(Tables::toFields[I % 2])), lowMask);
+            const auto pairs = V::MultiplyAdd16(Gathered<V>(highs, Tables::pairs[I]), pairWeights);
+            const auto thirds = V::Multiply16(Gathered<V>(highs, Tables::thirds[I]), thirdWeights);
+            return V::Or(V::Or(pairs, thirds), bits);
+        });
     });
     if (done != groups) {
-        V::Next().planeToPackedGroups(high + done * groupSamples, low + done * groupSamples / SamplesInLowByte(2),
-                                      groups - done, packed + done * pieceBytes);
+        V::Next().planeToPackedGroups(high + done * packedGroupSamples,
+                                      low + done * packedGroupSamples / SamplesInLowByte(2), groups - done,
+                                      packed + done * packedGroupBytes);
     }
 }
 
-template <class V, class Source>
-size_t FloatRounds(const uint8_t* fixed, size_t samples, size_t step, uint8_t* floats) {
-    const Source source{Reordering{}};
-    constexpr size_t pieces = Source::pieces;
-    return CoverInRounds(samples, V::lanes * pieces * 8, step, true, false, [&](size_t at) {
-        const auto words = source.Load(fixed + 2 * at);
-        Pieces<V, 2 * pieces> out;
-        for (size_t i = 0; i < pieces; ++i) {
-            out[2 * i] = V::Fixed14ToFloat(V::UnpackLo16(V::Zero(), words[i]));
-            out[2 * i + 1] = V::Fixed14ToFloat(V::UnpackHi16(V::Zero(), words[i]));
-        }
-        V::StorePieces(floats + 4 * at, out);
+// Each word goes to the upper half of a dword.
+template <class V, Reordering::Kind Kind>
+struct FloatTables {
+    static constexpr size_t samples = UnitSamples(Kind) / 2;
+    static constexpr size_t registers = samples * 4 / registerBytes<V>;
+    static constexpr Tables<Gather<V::lanes>, registers> words{[](size_t reg) {
+        return MakeGather<V::lanes>(
+            reg, 2 * samples, [](size_t i) { return i % 4 >= 2 ? 2 * PlaneSampleOf(Kind, i / 4) + i % 2 : nowhere; });
+    }};
+};
+
+template <class V, Reordering::Kind Kind>
+size_t FloatRounds(const uint8_t* fixed, size_t samples, uint8_t* floats) {
+    using Tables = FloatTables<V, Kind>;
+    return CoverInRounds(samples, Tables::samples, GroupOf(Kind), true, false, [&](size_t at) {
+        MakeAndStore<V, Tables::registers>(floats + 4 * at, [&]<size_t I>() {
+            return V::Fixed14ToFloat(Gathered<V>(fixed + 2 * at, Tables::words[I]));
+        });
     });
 }
 
 template <class V>
 void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats) {
-    const size_t done = reordering.kind == Reordering::Pairs ? FloatRounds<V, PairWords<V>>(fixed, samples, 2, floats)
-                        : reordering.kind == Reordering::Triples
-                            ? FloatRounds<V, TripleWords<V>>(fixed, samples, 3, floats)
-                            : FloatRounds<V, PlainWords<V>>(fixed, samples, 1, floats);
+    const auto rounds = reordering.kind == Reordering::Pairs     ? FloatRounds<V, Reordering::Pairs>
+                        : reordering.kind == Reordering::Triples ? FloatRounds<V, Reordering::Triples>
+                                                                 : FloatRounds<V, Reordering::None>;
+    const size_t done = rounds(fixed, samples, floats);
     if (done != samples) {
         V::Next().fixedToFloat(reordering, fixed + 2 * done, samples - done, floats + 4 * done);
     }
@@ -654,8 +814,8 @@ void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t sam
 template <class V>
 constexpr RowKernels VectorRowKernels() {
     return {
-        .copy = CopyBlocks<V, false>,
-        .streamCopy = CopyBlocks<V, true>,
+        .copy = CopyLines<V, false>,
+        .streamCopy = CopyLines<V, true>,
         .split = Split<V>,
         .merge = Merge<V>,
         .swapPairs = SwapPairs<V>,

@@ -49,11 +49,11 @@ void PackFour(const uint8_t* packed, size_t first, uint8_t* high, uint8_t* low) 
 }
 
 // The last pixels of a row go by twos.
-void PackedRowToPlane(uint32_t width, const uint8_t* src, uint8_t* dst) {
+void PackedRowToPlane(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst) {
     const size_t groups = width / groupPixels;
     uint8_t* high = dst;
     uint8_t* low = dst + size_t{2} * width;
-    ActiveRowKernels().packedGroupsToPlane(src, groups, high, low);
+    kernels.packedGroupsToPlane(src, groups, high, low);
     src += groups * groupBytes;
     high += groups * groupSamples;
     low += groups * groupLowBytes;
@@ -77,11 +77,11 @@ uint32_t JoinFields(const uint8_t* high, const uint8_t* low, size_t first, size_
 
 // The words of an unfinished last group are as hosts have always got them: what isn't named here keeps the target's
 // bytes, and with 4 or 5 pixels left the second word is added to them, so that a cleared buffer gets the plain word.
-void PlaneRowToPacked(uint32_t width, const uint8_t* src, uint8_t* dst) {
+void PlaneRowToPacked(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst) {
     const size_t groups = width / groupPixels;
     const uint8_t* high = src;
     const uint8_t* low = src + size_t{2} * width;
-    ActiveRowKernels().planeToPackedGroups(high, low, groups, dst);
+    kernels.planeToPackedGroups(high, low, groups, dst);
     high += groups * groupSamples;
     low += groups * groupLowBytes;
     dst += groups * groupBytes;
@@ -98,63 +98,54 @@ void PlaneRowToPacked(uint32_t width, const uint8_t* src, uint8_t* dst) {
     }
 }
 
-[[noreturn]] void RefuseType() {
-    throw invalid_argument("component type is not supported");
-}
-
-struct SplitForm {
-    void (*pack)(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
-    void (*unpack)(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples,
-                   uint8_t* words);
-    size_t samplesInLowByte;
-};
-
-SplitForm SplitFormOf(uint32_t type) {
-    const RowKernels& kernels = ActiveRowKernels();
-    switch (type) {
-        case Uint10:
-            return {kernels.pack10, kernels.unpack10, 4};
-        case Uint12:
-            return {kernels.pack12, kernels.unpack12, 2};
-        default:
-            RefuseType();
-    }
-}
-
-void UnpackSplitRow(const SplitForm& form, const Reordering& reordering, const uint8_t* planeRow,
-                    const uint8_t* planeEnd, uint8_t* dst, size_t samples) {
-    const uint8_t* low = planeRow + samples;
-    const size_t lowBytes = (samples + form.samplesInLowByte - 1) / form.samplesInLowByte;
-    if (lowBytes <= static_cast<size_t>(planeEnd - planeRow) - samples) {
-        return form.unpack(reordering, planeRow, low, samples, dst);
-    }
-    // Only the last byte of the low part can be missing.
-    const size_t whole = (lowBytes - 1) * form.samplesInLowByte;
-    const uint8_t missing = 0;
-    form.unpack(reordering, planeRow, low, whole, dst);
-    form.unpack(reordering, planeRow + whole, &missing, samples - whole, dst + whole * wordBytes);
-}
-
 }  // namespace
 
 bool NeedsPacking(uint32_t componentType) {
     return componentType == Uint10 || componentType == Uint12 || componentType == Packed10;
 }
 
-void PackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
-             uint8_t* planeRow) {
-    if (type == Packed10) {
-        return PackedRowToPlane(width, src, planeRow);
+RowPacker::RowPacker(uint32_t type) : kernels(ActiveRowKernels()) {
+    switch (type) {
+        case Uint10:
+            pack = kernels.pack10;
+            unpack = kernels.unpack10;
+            lowBits = 2;
+            break;
+        case Uint12:
+            pack = kernels.pack12;
+            unpack = kernels.unpack12;
+            lowBits = 4;
+            break;
+        case Packed10:
+            break;
+        default:
+            throw invalid_argument("component type is not supported");
     }
-    SplitFormOf(type).pack(reordering, src, samples, planeRow, planeRow + samples);
 }
 
-void UnpackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* planeRow,
-               const uint8_t* planeEnd, uint8_t* dst, size_t samples) {
-    if (type == Packed10) {
-        return PlaneRowToPacked(width, planeRow, dst);
+void RowPacker::Pack(const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
+                     uint8_t* planeRow) const {
+    if (pack == nullptr) {
+        return PackedRowToPlane(kernels, width, src, planeRow);
     }
-    UnpackSplitRow(SplitFormOf(type), reordering, planeRow, planeEnd, dst, samples);
+    pack(reordering, src, samples, planeRow, planeRow + samples);
+}
+
+void RowPacker::Unpack(const Reordering& reordering, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd,
+                       uint8_t* dst, size_t samples) const {
+    if (unpack == nullptr) {
+        return PlaneRowToPacked(kernels, width, planeRow, dst);
+    }
+    const uint8_t* low = planeRow + samples;
+    const size_t lowBytes = (samples * lowBits + 7) / 8;
+    if (lowBytes <= static_cast<size_t>(planeEnd - planeRow) - samples) {
+        return unpack(reordering, planeRow, low, samples, dst);
+    }
+    // Only the last byte of the low part can be missing.
+    const size_t whole = (lowBytes - 1) * 8 / lowBits;
+    const uint8_t missing = 0;
+    unpack(reordering, planeRow, low, whole, dst);
+    unpack(reordering, planeRow + whole, &missing, samples - whole, dst + whole * wordBytes);
 }
 
 }  // namespace plenar

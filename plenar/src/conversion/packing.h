@@ -14,14 +14,28 @@ namespace plenar {
 // Whether the samples of the type are stored in fewer bits than the caller holds them in.
 bool NeedsPacking(uint32_t componentType);
 
-// One row each, of `width` pixels and `samples` samples, alpha left out (`samples` is not used for Packed10, whose rows
-// follow from the width and aren't reordered). Both throw invalid_argument for a type that needs no packing.
-void PackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
-             uint8_t* planeRow);
+// Packs and unpacks the rows of a type: what depends on the type alone is settled once for all of them.
+class RowPacker {
+public:
+    // Throws invalid_argument for a type that needs no packing.
+    explicit RowPacker(uint32_t type);
 
-// Rows whose length is one sample more than the plane's (YCbYCr of odd width) ask for one byte behind the plane's row.
-// At `planeEnd` and beyond that byte counts as 0.
-void UnpackRow(uint32_t type, const Reordering& reordering, uint32_t width, const uint8_t* planeRow,
-               const uint8_t* planeEnd, uint8_t* dst, size_t samples);
+    // One row each, of `width` pixels and `samples` samples, alpha left out (`samples` is not used for Packed10, whose
+    // rows follow from the width and aren't reordered).
+    void Pack(const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
+              uint8_t* planeRow) const;
+
+    // Rows whose length is one sample more than the plane's (YCbYCr of odd width) ask for one byte behind the plane's
+    // row. At `planeEnd` and beyond that byte counts as 0.
+    void Unpack(const Reordering& reordering, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd,
+                uint8_t* dst, size_t samples) const;
+
+private:
+    const RowKernels& kernels;
+    // Null for Packed10.
+    decltype(RowKernels::pack10) pack = nullptr;
+    decltype(RowKernels::unpack10) unpack = nullptr;
+    size_t lowBits = 0;  // of a sample, in the low part
+};
 
 }  // namespace plenar
