@@ -18,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -700,12 +701,34 @@ size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uin
     });
 }
 
+// Less than a round, by way of a round beside it; what doesn't make whole groups stays. Returns the samples done.
+template <class V, size_t LowBits, Reordering::Kind Kind>
+size_t UnpackStaged(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+    constexpr size_t roundSamples = UnitSamples(Kind);
+    const size_t covered = samples - samples % StepOf(GroupOf(Kind), LowBits);
+    uint8_t stagedHigh[roundSamples] = {};
+    uint8_t stagedLow[roundSamples / SamplesInLowByte(LowBits)] = {};
+    uint8_t stagedWords[2 * roundSamples];
+    std::memcpy(stagedHigh, high, covered);
+    std::memcpy(stagedLow, low, covered / SamplesInLowByte(LowBits));
+    UnpackRounds<V, LowBits, Kind>(stagedHigh, stagedLow, roundSamples, stagedWords);
+    std::memcpy(words, stagedWords, 2 * covered);
+    return covered;
+}
+
+// Rows of less than a round are staged by the last set that is ahead of the plain one.
+template <class V, size_t LowBits, Reordering::Kind Kind>
+size_t UnpackMost(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+    const size_t done = UnpackRounds<V, LowBits, Kind>(high, low, samples, words);
+    return done == 0 && V::lanes == 1 ? UnpackStaged<V, LowBits, Kind>(high, low, samples, words) : done;
+}
+
 template <class V, size_t LowBits>
 void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    const auto rounds = reordering.kind == Reordering::Pairs     ? UnpackRounds<V, LowBits, Reordering::Pairs>
-                        : reordering.kind == Reordering::Triples ? UnpackRounds<V, LowBits, Reordering::Triples>
-                                                                 : UnpackRounds<V, LowBits, Reordering::None>;
-    const size_t done = rounds(high, low, samples, words);
+    const auto most = reordering.kind == Reordering::Pairs     ? UnpackMost<V, LowBits, Reordering::Pairs>
+                      : reordering.kind == Reordering::Triples ? UnpackMost<V, LowBits, Reordering::Triples>
+                                                               : UnpackMost<V, LowBits, Reordering::None>;
+    const size_t done = most(high, low, samples, words);
     if (done != samples) {
         const auto next = LowBits == 2 ? V::Next().unpack10 : V::Next().unpack12;
         next(reordering, high + done, low + done / SamplesInLowByte(LowBits), samples - done, words + 2 * done);
