@@ -1,11 +1,16 @@
 // Payloads built by hand: what is refused and with which words, and what is read all the same.
 #include <algorithm>
-#include <numeric>
+#include <cstring>
+#include <limits>
 
 #include "codec_fixture.h"
+#include "fault_injection.h"
 
 namespace plenar_test {
 namespace {
+
+constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
+constexpr uint32_t kHalf = 0x80000000;
 
 constexpr char kNoPlanes[] = "at least one 'sinf' and one 'sdat' box expected";
 constexpr char kBadSet[] = "Invalid combination of planes";
@@ -39,7 +44,7 @@ void expectRefused(TestDecoder& decoder, const Bytes& payload, const std::string
 
 TEST(Reader, RefusesWithTheExactMessage) {
     const Plane y208{"y208", 4, 2, 0, Bytes(16, 0x11)};
-    const Plane wide{"y208", 0xFFFFFFFF, 0xFFFFFFFF, 0, Bytes(16)};
+    const Plane wide{"y208", kMax, kMax, 0, Bytes(16)};
     const Bytes pair = join({sinf(y208), sdat(y208)});
     const Bytes described = sinf(y208);
     const Bytes fields(described.begin() + 8, described.end());
@@ -55,10 +60,10 @@ TEST(Reader, RefusesWithTheExactMessage) {
         {"nothing", {}, "buffer size should be at least 8"},
         {"another box first", pair, "'pack' box expected at offset 4"},
         {"pack beyond the buffer", box("pack", pair, 54), "pack box size(54) is greater than buffer size(53)"},
-        {"largest pack", box("pack", pair, 0xFFFFFFFF), "pack box size(4294967295) is greater than buffer size(53)"},
+        {"largest pack", box("pack", pair, kMax), "pack box size(4294967295) is greater than buffer size(53)"},
         {"pack of size 0", box("pack", pair, 0), kNoPlanes},
         {"unknown boxes only", pack({box("junk", Bytes(20)), box("pack", {}), sdat(y208)}), kNoPlanes},
-        {"unknown box without end", pack({box("junk", {}, 0xFFFFFFFF), pair}), kNoPlanes},
+        {"unknown box without end", pack({box("junk", {}), box("junk", {}, kMax - 7), pair}), kNoPlanes},
         {"empty icmp at the end", pack({box("icmp", {})}), noHeaderAt(16)},
         {"sdat first in icmp", pack({box("icmp", join({sdat(y208), sinf(y208)}))}), "'sinf' box expected at offset 20"},
         {"short sinf", pack({box("sinf", fields, 19), sdat(y208)}),
@@ -72,16 +77,22 @@ TEST(Reader, RefusesWithTheExactMessage) {
         {"20 bytes of sinf outside the pack", box("pack", join({box("sinf", twelve, 20), sdat(y208)}), 27),
          noHeaderAt(28)},
         {"long sinf cut off", pack({box("sinf", {}, 1000)}), noHeaderAt(1008)},
-        {"20 bytes of sinf at the end", pack({sinf(y208, 20)}), noHeaderAt(28)},
-        {"sinf past the end", pack({box("sinf", fields, 0xFFFFFFFF), sdat(y208)}), noHeaderAt(4294967303)},
+        {"20 bytes of sinf at the end", pack({sinf(y208, 20), Bytes(7)}), noHeaderAt(28)},
+        {"sinf past the end", pack({box("sinf", fields, kMax), sdat(y208)}), noHeaderAt(4294967303)},
         {"no sdat behind sinf", pack({sinf(y208), box("junk", Bytes(24)), sdat(y208)}),
          "'sdat' box expected at offset 33"},
         {"sdat too small", payloadOf({shortData}), "'sdat' box size expected to be at least 24 at offset 29"},
         {"sdat far too small", payloadOf({wide}),
          "'sdat' box size expected to be at least 18446744065119617033 at offset 29"},
+        {"4 GiB less 9 bytes", pack({sinf({" a08", kMax - 8, 1}), box("sdat", Bytes(23), kMax)}),
+         "can't read 4294967295 bytes at offset 37"},
+        {"4 GiB less 8 bytes", pack({sinf({" a08", kMax - 7, 1}), box("sdat", Bytes(23), kMax)}),
+         "'sdat' box size expected to be at least 4294967296 at offset 29"},
         {"empty coded plane", payloadOf({{"rl08", 4, 2}}), "'sdat' box size expected to be at least 9 at offset 29"},
         {"empty coded plane cut off", pack({sinf({"rl16", 4, 2}), box("sdat", {}, 9)}),
          "can't read 9 bytes at offset 37"},
+        {"plane cut off", box("pack", join({sinf(y208), box("sdat", Bytes(15), 24)}), 52),
+         "can't read 24 bytes at offset 37"},
         {"two bare pairs", pack({pair, pair}), kSecondBare},
         {"bare pair behind icmp", pack({icmp(y208), pair}), kSecondBare},
         {"unknown code", payloadOf({plane("y209")}), kBadSet},
@@ -216,14 +227,14 @@ TEST_F(TolerantReader, TakesBoxesThatNoEncoderWrites) {
         {"planes in a second pack are none", pack({y, cb, cr, a, box("pack", a)})},
         {"sdat without sinf", pack({sdat(planes_[2]), y, cb, cr, a})},
         {"less than a header behind the planes", pack({y, cb, cr, a, Bytes(7, 0xEE)})},
-        {"box without end behind the planes", pack({y, cb, cr, a, box("junk", {}, 0xFFFFFFF0)})},
+        {"box without end behind the planes", pack({y, cb, cr, a, box("junk", {}, kMax - 15)})},
         {"tails in icmp", pack({icmp(planes_[0], junk), icmp(planes_[1], {1}), icmp(planes_[2], a), a})},
         {"sinf of 20 bytes", pack({box("icmp", join({sinf(planes_[0], 20), sdat(planes_[0])})), cb, cr, a})},
         {"sinf of 40 bytes", pack({y, cb, box("icmp", join({sinf(planes_[2], 40), sdat(planes_[2])})), a})},
         {"bare pair, then icmp", pack({alphaPair, y, cb, cr})},
         {"larger sdat", pack({y, icmp(longer), cr, a})},
         {"larger sdat, past the end",
-         pack({y, cb, cr, box("icmp", join({sinf(planes_[3]), box("sdat", planes_[3].data, 0xFFFFFFFF)}))})},
+         pack({y, cb, cr, box("icmp", join({sinf(planes_[3]), box("sdat", planes_[3].data, kMax)}))})},
         {"icmp smaller than its planes", pack({box("icmp", join({sinf(planes_[0]), sdat(planes_[0])}), 8), cb,
                                                box("icmp", join({sinf(planes_[2]), sdat(planes_[2])}), 30), a})},
         {"last icmp below 8", pack({y, cb, cr, box("icmp", alphaPair, 0)})},
@@ -232,37 +243,6 @@ TEST_F(TolerantReader, TakesBoxesThatNoEncoderWrites) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         expectSame(c.payload);
-    }
-}
-
-TEST(Reader, HandlesEveryTruncation) {
-    const UncompressedParams params = makeParams(plenar::CbYACrYA, plenar::Uint8, 4, 2);
-    const Bytes whole = payloadOf(noisePlanes(params, 2));
-    ASSERT_EQ(whole.size(), 106U);
-    const std::pair<uint32_t, std::string> steps[] = {
-        {8, "buffer size should be at least 8"},   {16, kNoPlanes}, {24, noHeaderAt(16)}, {45, noHeaderAt(37)},
-        {61, "can't read 24 bytes at offset 45"},  {69, ""},        {77, noHeaderAt(69)}, {98, noHeaderAt(90)},
-        {106, "can't read 16 bytes at offset 98"},
-    };
-    TestDecoder decoder;
-    for (uint32_t size = 0; size < whole.size(); ++size) {
-        SCOPED_TRACE(size);
-        const Bytes cut(whole.begin(), whole.begin() + size);
-        UncompressedParams read = makeParams(0, 0, 0, 0);
-        EXPECT_EQ(readMetadata(decoder, cut, read).message,
-                  size < 8 ? "buffer size should be at least 8"
-                           : "pack box size(106) is greater than buffer size(" + std::to_string(size) + ")");
-        // The same with a pack box that tells the true size: up to the alpha plane's box it is a frame without alpha.
-        Bytes closed = cut;
-        std::copy_n(littleEndian(size).begin(), std::min<size_t>(size, 4), closed.begin());
-        const std::string& message = std::find_if(std::begin(steps), std::end(steps), [&](const auto& step) {
-                                         return size < step.first;
-                                     })->second;
-        EXPECT_EQ(readMetadata(decoder, closed, read).message, message);
-        EXPECT_EQ(decode(decoder, params, closed, Bytes(24)).message,
-                  message.empty() ? "src metadata type is incompatible with color component order or component type"
-                                  : message);
-        EXPECT_EQ(decode(decoder, makeParams(plenar::YCbYCr, plenar::Uint8, 4, 2), closed, Bytes(16)).message, message);
     }
 }
 
@@ -295,14 +275,63 @@ TEST(CodedAlpha, GivesNothingButItsOwnBytes) {
     EXPECT_EQ(decode(decoder, rgb, cut, Bytes(1536)).message, "");  // alpha that isn't asked for isn't decoded
 }
 
-// Row samples are counted in 32 bits, so this plane takes no bytes; a picture of that width would take 4 GiB a row.
-TEST(Reader, WrappedRowsAreReportedAndNotDecoded) {
-    TestDecoder decoder;
-    const Bytes payload = payloadOf({{"y208", 0x80000000, 5}});
-    UncompressedParams read = makeParams(0, 0, 0, 0);
-    EXPECT_EQ(readMetadata(decoder, payload, read).message, "");
-    EXPECT_EQ(uint32_t{read.width}, 0x80000000U);
-    EXPECT_EQ(decode(decoder, read, payload, Bytes(64)).message, "dst size is too small");
+// Whatever a payload states about what it doesn't hold, and wherever it is cut off: both readers say the same of it,
+// what still passes for the true frame is that, and nothing is as large as what was stated.
+TEST(Reader, BelievesNoStatedNumber) {
+    const UncompressedParams params = makeParams(plenar::ARGB, plenar::Uint8, 16, 4);
+    const Bytes picture = noise(256, 1);
+    const Bytes whole = encode(withWorkers<TestEncoder>(0), params, picture, makeCompressed(1)).bytes;
+    std::vector<Bytes> payloads;
+    const auto addWith = [&](uint32_t field, uint32_t stated, size_t size) {
+        payloads.emplace_back(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
+        std::memcpy(payloads.back().data() + field, &stated, std::min<size_t>(size, 4));
+    };
+    // The sizes of boxes, widths and heights of the first plane, then of the second.
+    for (const uint32_t field : {0U, 8U, 16U, 24U, 28U, 37U, 237U, 245U, 253U, 257U, 266U}) {
+        uint32_t truth = 0;
+        std::memcpy(&truth, &whole[field], 4);
+        for (const uint32_t stated : {0U, 1U, 7U, 8U, 9U, 19U, 20U, 21U, truth - 1, truth + 1, kHalf - 1, kHalf,
+                                      kHalf + 1, kMax - 8, kMax - 7, kMax - 1, kMax}) {
+            addWith(field, stated, whole.size());
+        }
+    }
+    for (uint32_t size = 1; size < whole.size(); ++size) {
+        addWith(0, size, size);
+    }
+    TestDecoder& decoder = withWorkers<TestDecoder>(1);
+    largestBlock = 0;
+    for (const Bytes& payload : payloads) {
+        SCOPED_TRACE(&payload - &payloads[0]);
+        UncompressedParams read = makeParams(0, 0, 0, 0);
+        const std::string refusal = readMetadata(decoder, payload, read).message;
+        const Frame frame = decode(decoder, params, payload, Bytes(256));
+        EXPECT_TRUE(refusal.empty() || frame.message == refusal) << refusal << " but " << frame.message;
+        if (frame.message.empty()) {
+            EXPECT_EQ(recordBytes(read), recordBytes(params));
+            EXPECT_EQ(difference(frame.bytes, picture), "");
+        }
+    }
+    EXPECT_LT(largestBlock, 4096U);
+    EXPECT_EQ(decode(decoder, params, whole, Bytes(256)).bytes, picture);
+}
+
+// Row samples are counted in 32 bits, and planes in 64, so some of these take no bytes, and coded ones state none. No
+// picture in memory is as large.
+TEST(Reader, ReportsPlanesBeyondAllMemoryAndDecodesNone) {
+    TestDecoder decoder(2);
+    const Plane planes[] = {{"y208", kHalf, 5},
+                            {" y2f", kHalf, 1},
+                            {" y2f", kHalf / 2, kHalf},
+                            {"rl08", kMax, kMax, 0, Bytes(23)},
+                            {"rl16", kHalf, 2, 0, Bytes(23)}};
+    largestBlock = 0;
+    for (const Plane& plane : planes) {
+        UncompressedParams read = makeParams(0, 0, 0, 0);
+        EXPECT_EQ(readMetadata(decoder, payloadOf({plane}), read).message, "");
+        EXPECT_EQ((std::pair<uint32_t, uint32_t>{read.width, read.height}), (std::pair{plane.width, plane.height}));
+        EXPECT_EQ(decode(decoder, read, payloadOf({plane}), Bytes(64)).message, "dst size is too small");
+    }
+    EXPECT_LT(largestBlock, 4096U);
 }
 
 }  // namespace

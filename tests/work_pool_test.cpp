@@ -2,18 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "fault_injection.h"
 #include "pool/split_rows.h"
 
 namespace plenar {
 namespace {
 
+using plenar_test::allocations;
+using plenar_test::largestBlock;
+using plenar_test::threadStarts;
 using Rows = std::vector<uint32_t>;
 
 TEST(SplitRowsTest, LargerBandsStandFirstAndNoneIsEmpty) {
@@ -24,28 +30,41 @@ TEST(SplitRowsTest, LargerBandsStandFirstAndNoneIsEmpty) {
     EXPECT_EQ(SplitRows(0xFFFFFFFF, 2), (Rows{0x80000000, 0x7FFFFFFF}));
 }
 
-std::string FailureOf(WorkPool& pool) {
+template <class Call>
+std::string FailureOf(const Call& call) {
     try {
-        pool.Wait();
+        call();
         return {};
     } catch (const std::exception& failure) {
         return failure.what();
     }
 }
 
+std::string FailureOf(WorkPool& pool) {
+    return FailureOf([&pool] { pool.Wait(); });
+}
+
 class WorkPoolTest : public testing::TestWithParam<uint32_t> {};
 
-TEST_P(WorkPoolTest, RunsEveryJobOfThousandsOfBatches) {
+TEST_P(WorkPoolTest, RunsEveryJobOfManyBatches) {
     WorkPool pool(GetParam());
     ASSERT_EQ(pool.WorkerCount(), GetParam());
     std::vector<uint32_t> ran(70);
-    for (uint32_t batch = 0; batch < 3000; ++batch) {
+    std::atomic<uint32_t> ranOnWorkers{0};
+    const std::thread::id owner = std::this_thread::get_id();
+    for (uint32_t batch = 0; batch < 100000; ++batch) {
         const uint32_t jobs = batch % 70;
-        RunBatch(pool, jobs, [&](uint32_t i) { ran[i] = batch; });
-        for (uint32_t i = 0; i < jobs; ++i) {
-            ASSERT_EQ(ran[i], batch) << i;
-        }
+        RunBatch(pool, jobs, [&](uint32_t i) {
+            ran[i] = batch;
+            ranOnWorkers += std::this_thread::get_id() != owner ? 1 : 0;
+            // Jobs as short as these are done before a worker wakes up, unless one gives way.
+            if (i == 0 && batch % GetParam() == 0) {
+                std::this_thread::yield();
+            }
+        });
+        ASSERT_EQ(std::count(ran.begin(), ran.begin() + jobs, batch), jobs);
     }
+    EXPECT_GT(ranOnWorkers, 0U);
 }
 
 TEST_P(WorkPoolTest, DealsJobsRoundToQueuesThatOneThreadRunsInWait) {
@@ -99,7 +118,39 @@ TEST_P(WorkPoolTest, IsDestroyedWhateverItsLastBatchWas) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Workers, WorkPoolTest, testing::Values(2, 3, 8, 64));
+TEST(WorkPoolStart, CostsWhatTheThreadsThatStartCost) {
+    const uint32_t count = 1000000;
+    largestBlock = 0;
+    threadStarts.arm(3);
+    EXPECT_NE(FailureOf([] { WorkPool pool(count); }), "");
+    EXPECT_TRUE(threadStarts.disarm());
+    EXPECT_LE(largestBlock, count * sizeof(std::thread));
+}
+
+// Memory that is missing for the list of jobs, for the list of failures, or in jobs, in one place and in all behind it.
+TEST_P(WorkPoolTest, LackOfMemoryDropsABatchOrFailsItsJobs) {
+    std::vector<std::unique_ptr<int>> results(3 * GetParam());
+    for (const bool lasting : {false, true}) {
+        WorkPool pool(GetParam());
+        bool struck = true;
+        for (uint64_t nth = 1; struck; ++nth) {
+            std::atomic<uint32_t> ran{0};
+            allocations.arm(nth, lasting);
+            const std::string failure = FailureOf([&] {
+                RunBatch(pool, 3 * GetParam(), [&](uint32_t i) {
+                    ++ran;
+                    results[i] = std::make_unique<int>();
+                });
+            });
+            struck = allocations.disarm();
+            EXPECT_EQ(failure, struck ? "std::bad_alloc" : "");
+            EXPECT_TRUE(ran == results.size() || (struck && ran == 0)) << ran;
+            EXPECT_EQ(FailureOf(pool), "");
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Workers, WorkPoolTest, testing::Values(2, 3, 64));
 
 }  // namespace
 }  // namespace plenar

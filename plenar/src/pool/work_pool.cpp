@@ -25,13 +25,15 @@ void LookOutFor(const Condition& condition) {
 // The delegated constructor makes the pool complete before the first thread starts, so that a thread that fails to
 // start brings the destructor, which stops and joins the others.
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
-    queues = std::vector<Queue>(workerCount);
     workers.reserve(workerCount);
     const uint32_t processors = std::thread::hardware_concurrency();
     workersLookOut = workerCount <= processors;
     // The owner needs a processor to itself, or it would take a worker's.
     ownerLooksOut = workerCount < processors;
-    for (Queue& queue : queues) {
+    // Queues come one by one, so that a count beyond what the machine can run costs no more memory than the threads
+    // that start.
+    for (uint32_t i = 0; i < workerCount; ++i) {
+        Queue& queue = queues.emplace_back();
         workers.emplace_back([this, &queue] { Work(queue); });
     }
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <exception>
 #include <functional>
 #include <mutex>
@@ -61,7 +62,7 @@ private:
     void DropBatch();
 
     std::vector<std::thread> workers;
-    std::vector<Queue> queues;
+    std::deque<Queue> queues;
     size_t nextQueue = 0;
     size_t enqueued = 0;
     std::atomic<uint32_t> pending{0};  // queues of the released batch that have not ended

@@ -1,0 +1,33 @@
+# Looks in the shared library for the hardening that it is built with; see cmake/PlenarHardening.cmake.
+# cmake -DLIBRARY=... -DNM=... -DREADELF=... -DFORTIFIED=... -P
+execute_process(COMMAND ${READELF} -lW ${LIBRARY} OUTPUT_VARIABLE segments COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${READELF} -dW ${LIBRARY} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${NM} -D --undefined-only ${LIBRARY} OUTPUT_VARIABLE undefined COMMAND_ERROR_IS_FATAL ANY)
+
+set(faults)
+macro(expect text pattern what)
+    if(NOT "${${text}}" MATCHES "${pattern}")
+        list(APPEND faults "${what}")
+    endif()
+endmacro()
+macro(refuse text pattern what)
+    if("${${text}}" MATCHES "${pattern}")
+        list(APPEND faults "${what}")
+    endif()
+endmacro()
+
+expect(segments "GNU_RELRO" "no segment becomes read-only after relocation")
+expect(dynamic "BIND_NOW" "addresses are bound when first used, so their table stays writable")
+expect(segments "GNU_STACK( +0x[0-9a-f]+)+ +RW +" "the stack may be executable")
+refuse(segments "LOAD( +0x[0-9a-f]+)+ +RWE" "a segment is both writable and executable")
+refuse(dynamic "TEXTREL" "code has to be changed when it is loaded")
+refuse(dynamic "RPATH|RUNPATH" "the library brings a search path of its own")
+expect(undefined "__stack_chk_fail" "no function has a guarded frame")
+if(FORTIFIED)
+    expect(undefined "__mem[a-z]+_chk" "no copy into an object of known size is checked")
+endif()
+
+if(faults)
+    list(JOIN faults "\n  " text)
+    message(FATAL_ERROR "${LIBRARY}:\n  ${text}")
+endif()

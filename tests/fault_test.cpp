@@ -1,0 +1,238 @@
+// Objects that come, work and go, alone and side by side: what their calls allocate, and what becomes of a call when an
+// allocation or the start of a thread fails, each in turn.
+#include <cstdlib>
+#include <new>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "codec_fixture.h"
+#include "fault_injection.h"
+
+namespace plenar_test {
+namespace {
+
+constexpr char kNoMemory[] = "std::bad_alloc";
+
+enum Call { kEncode, kDecode, kReadMetadata };
+
+// An encoder and a decoder with the buffers of a frame. Its calls allocate nothing but what the library does.
+class Host {
+public:
+    Host(uint32_t order, uint32_t type, uint8_t alphaRle, uint32_t threads)
+        : params_(makeParams(order, type, 64, 40)), compressed_(makeCompressed(alphaRle)), threads_(threads) {
+        // The last plane's end is missing.
+        damaged_.resize(std::max<size_t>(damaged_.size(), 13) - 9);
+        const Bytes boxSize = littleEndian(size(damaged_));
+        std::copy(boxSize.begin(), boxSize.end(), damaged_.begin());
+    }
+    ~Host() { destroy(); }
+
+    void create() {
+        const CreateParams params{sizeof(CreateParams), threads_, this, take};
+        Plenar_CreateEncoder(&params, &encoder_);
+        Plenar_CreateDecoder(&params, &decoder_);
+    }
+    void destroy() {
+        Plenar_DestroyEncoder(std::exchange(encoder_, nullptr));
+        Plenar_DestroyDecoder(std::exchange(decoder_, nullptr));
+    }
+    bool hasObjects() const { return encoder_ != nullptr && decoder_ != nullptr; }
+
+    // The message, "" for success. What is spoilt is refused: a stride, the end of a payload, or nearly all of it.
+    std::string_view run(Call call, bool spoilt = false) {
+        UncompressedParams params = params_;
+        message_.fill('\0');
+        uint32_t code = 0;
+        if (call == kEncode) {
+            params.rowBytes = spoilt ? 1 : 0;
+            code = Plenar_EncodeFrame(encoder_, &params, &compressed_, picture_.data(), size(picture_), room_.data(),
+                                      size(room_), nullptr);
+        } else if (call == kDecode) {
+            const Bytes& payload = spoilt ? damaged_ : payload_;
+            code = Plenar_DecodeFrame(decoder_, &params, payload.data(), size(payload), back_.data(), size(back_),
+                                      nullptr);
+        } else {
+            code = Plenar_ReadMetadata(decoder_, payload_.data(), spoilt ? 7 : size(payload_), &params);
+        }
+        return (code == 0) == (message_[0] == '\0') ? message_.data() : "code and message differ";
+    }
+
+    // "" for an encode and a decode that give the right bytes.
+    std::string_view runFrame() {
+        std::fill(room_.begin(), room_.end(), 0);
+        std::fill(back_.begin(), back_.end(), 0);
+        const std::string_view encoded = run(kEncode);
+        const std::string_view failure = encoded.empty() ? run(kDecode) : encoded;
+        const bool right = std::equal(payload_.begin(), payload_.end(), room_.begin()) && back_ == decoded_;
+        return failure.empty() && !right ? "wrong bytes" : failure;
+    }
+
+private:
+    static uint32_t size(const Bytes& bytes) { return static_cast<uint32_t>(bytes.size()); }
+    static void take(const char* message, void* host) {
+        std::string_view(message).copy(static_cast<Host*>(host)->message_.data(), 99);
+    }
+
+    UncompressedParams params_;
+    CompressedParams compressed_;
+    uint32_t threads_;
+    Bytes picture_ = noise(pictureSize(params_), 7);
+    Bytes payload_ = encode(withWorkers<TestEncoder>(0), params_, picture_, compressed_).bytes;
+    Bytes damaged_ = payload_;
+    Bytes decoded_ = decode(withWorkers<TestDecoder>(0), params_, payload_, Bytes(picture_.size())).bytes;
+    Bytes room_ = Bytes(Plenar_GetCompressedBufSize(&params_, &compressed_));
+    Bytes back_ = Bytes(picture_.size());
+    std::array<char, 100> message_{};
+    Encoder* encoder_ = nullptr;
+    Decoder* decoder_ = nullptr;
+};
+
+// A thread that isn't joined holds a block, so that counting blocks counts threads as well.
+TEST(Faults, ACreateCallThatFailsLeavesNothing) {
+    for (const uint32_t threads : {1U, 2U, 17U}) {
+        for (FaultSite* site : {&allocations, &threadStarts}) {
+            Host host(plenar::RGBA, plenar::Uint8, 1, threads);
+            const int64_t before = liveBlocks;
+            bool struck = true;
+            for (uint64_t nth = 1; struck; ++nth) {
+                std::string failure;
+                site->arm(nth);
+                try {
+                    host.create();
+                } catch (const std::bad_alloc&) {
+                    failure = "memory";
+                } catch (const std::system_error& error) {
+                    failure = error.code() == std::errc::resource_unavailable_try_again ? "threads" : error.what();
+                }
+                struck = site->disarm();
+                EXPECT_EQ(failure, !struck ? "" : site == &allocations ? "memory" : "threads");
+                EXPECT_EQ(host.hasObjects(), !struck);
+                EXPECT_EQ(struck ? "" : host.runFrame(), "");
+                host.destroy();
+                EXPECT_EQ(liveBlocks, before) << threads << " threads, failure " << nth;
+            }
+        }
+    }
+}
+
+// The first frame of an object and a later one, good ones and refused ones, one allocation failing and all from there.
+TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
+    for (const uint32_t threads : {1U, 2U, 3U, 5U}) {
+        Host host(threads == 3 ? plenar::YCbCrA420Planar : plenar::RGBA, plenar::Uint16, threads != 5, threads);
+        uint32_t strikes = 0;
+        for (uint32_t variant = 0; variant < 24; ++variant) {
+            const bool later = (variant & 1) != 0, spoilt = (variant & 2) != 0, lasting = (variant & 4) != 0;
+            const auto call = static_cast<Call>(variant / 8);
+            bool struck = true;
+            for (uint64_t nth = 1; struck; ++nth) {
+                SCOPED_TRACE(::testing::Message() << threads << " threads, variant " << variant << ", nth " << nth);
+                const int64_t before = liveBlocks;
+                host.create();
+                EXPECT_EQ(later ? host.runFrame() : "", "");
+                allocations.arm(nth, lasting);
+                const std::string_view message = host.run(call, spoilt);
+                struck = allocations.disarm();
+                strikes += struck ? 1 : 0;
+                EXPECT_EQ(message == kNoMemory, struck) << message;
+                EXPECT_EQ(message.empty(), !struck && !spoilt) << message;
+                EXPECT_EQ(host.runFrame(), "");
+                host.destroy();
+                EXPECT_EQ(liveBlocks, before);
+            }
+        }
+        EXPECT_GE(strikes, threads == 1 ? 8U : 60U);
+    }
+}
+
+// With `faults`, allocations fail here and there on all threads meanwhile.
+void workSideBySide(bool faults) {
+    std::array<std::unique_ptr<Host>, 6> hosts;
+    std::array<std::thread, 6> threads;
+    std::atomic<uint32_t> wrong = 0, running = 6;
+    for (uint32_t i = 0; i < 6; ++i) {
+        hosts[i] = std::make_unique<Host>(7 + i, plenar::Uint8, i % 2 == 0, 1 + i % 4);
+    }
+    const int64_t before = liveBlocks;
+    for (uint32_t i = 0; i < 6; ++i) {
+        threads[i] = std::thread([&, &host = *hosts[i]] {
+            const auto isRight = [&](std::string_view message, bool refused) {
+                return (faults && message == kNoMemory) || message.empty() != refused;
+            };
+            for (uint32_t round = 0; round < 300; ++round) {
+                try {
+                    host.create();
+                    for (uint32_t frame = 0; frame < round % 5; ++frame) {
+                        wrong += isRight(host.runFrame(), false) && isRight(host.run(kDecode, true), true) ? 0 : 1;
+                    }
+                } catch (const std::bad_alloc&) {
+                    wrong += faults ? 0 : 1;
+                }
+                host.destroy();
+            }
+            --running;
+        });
+    }
+    for (uint64_t nth = 1; faults && running != 0; ++nth) {
+        allocations.arm(nth % 23, nth % 3 == 0);
+        std::this_thread::yield();
+    }
+    allocations.disarm();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST(ManyObjects, WorkSideBySide) {
+    workSideBySide(false);
+    workSideBySide(true);
+}
+
+// One object has nothing to do, one is at work on a thread that nobody waits for, and one goes when main is over.
+void endProcess(void (*end)(int)) {
+    static Host* const idle = new Host(plenar::RGBA, plenar::Uint8, 1, 3);
+    static Host* const busy = new Host(plenar::RGBA, plenar::Uint8, 1, 3);
+    static Host last(plenar::RGBA, plenar::Uint8, 1, 3);
+    static std::atomic<uint32_t> frames = 0;
+    for (Host* host : {idle, busy, &last}) {
+        host->create();
+    }
+    std::thread([] {
+        for (; busy->runFrame().empty(); ++frames) {
+        }
+        std::abort();
+    }).detach();
+    while (frames < 100) {
+        std::this_thread::yield();
+    }
+    end(EXIT_SUCCESS);
+}
+
+TEST(ManyObjectsDeathTest, MayLiveWhenTheProcessEnds) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(endProcess(std::exit), ::testing::ExitedWithCode(EXIT_SUCCESS), "");
+    EXPECT_EXIT(endProcess(std::quick_exit), ::testing::ExitedWithCode(EXIT_SUCCESS), "");
+}
+
+// After its first frame an object allocates nothing for frames of that size without workers, and with them no more than
+// the lists of its batches: four planes each way, a list of rows and a list of bands for each.
+TEST(SteadyState, AllocatesAtMostTheListsOfItsBatches) {
+    for (const auto& [order, type] : allPairs()) {
+        for (const uint32_t variant : {0U, 1U, 2U, 3U}) {
+            const uint32_t threads = 1 + variant / 2;
+            Host host(order, type, variant % 2 != 0, threads);
+            host.create();
+            for (const bool counted : {false, true}) {
+                allocations.arm(0);
+                if (host.runFrame().empty() && counted) {
+                    EXPECT_LE(allocations.calls(), threads == 1 ? 0U : 16U) << order << ", " << type;
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace plenar_test
