@@ -77,13 +77,13 @@ private:
     // False if two codes fall into one slot.
     constexpr bool Fill() {
         bool taken[1U << slotBits] = {};
-        for (uint8_t place = 0; place < std::size(catalogue); ++place) {
+        for (size_t place = 0; place < std::size(catalogue); ++place) {
             const uint32_t slot = SlotOf(catalogue[place].type);
             if (taken[slot]) {
                 return false;
             }
             taken[slot] = true;
-            places[slot] = place;
+            places[slot] = static_cast<uint8_t>(place);
         }
         return true;
     }
