@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     plenar_bench::AddThreadBenchmarks();
     plenar_bench::AddGrowthBenchmarks();
     plenar_bench::AddKernelBenchmarks();
+    plenar_bench::AddAdversarialBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }

@@ -12,7 +12,7 @@ namespace plenar_bench {
 
 namespace {
 
-constexpr size_t cachedBytes = 256 * 1024;
+constexpr size_t cachedBytes = size_t{256} * 1024;
 constexpr uint32_t packedRowPixels = 48;  // rows of Packed10 are padded to a multiple of this
 constexpr size_t lineBytes = 64;
 

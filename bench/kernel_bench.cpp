@@ -21,9 +21,9 @@ namespace {
 using plenar::PixelLayout;
 using plenar::RowKernels;
 
-constexpr size_t rowBytes = 256 * 1024;  // read plus written
-constexpr size_t farPart = rowBytes;     // where the second part of a plane row stands
-constexpr plenar::Reordering inOrder;    // samples stand in the caller's row as in the plane's
+constexpr size_t rowBytes = size_t{256} * 1024;  // read plus written
+constexpr size_t farPart = rowBytes;             // where the second part of a plane row stands
+constexpr plenar::Reordering inOrder;            // samples stand in the caller's row as in the plane's
 
 struct NamedSet {
     const char* name;

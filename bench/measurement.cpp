@@ -56,7 +56,7 @@ private:
     };
 
     void FillWithNoise() {
-        std::minstd_rand random;
+        std::minstd_rand random;  // NOLINT(cert-msc51-cpp, cert-msc32-c): the same in each run
         for (size_t i = 0; i < capacity; ++i) {
             memory.get()[i] = static_cast<uint8_t>(random() >> 8);
         }

@@ -82,7 +82,8 @@ void AddSmallFrames() {
         for (const Direction direction : bothDirections) {
             const Frame frame = {kind.format, small, kind.codesAlpha};
             const std::string name = "/" + kind.name + "-" + NameOf(direction) + "/";
-            const size_t moved = kind.codesAlpha ? 2 * frame.PictureBytes(direction) : frame.MovedBytes(direction);
+            const size_t moved =
+                kind.codesAlpha ? size_t{2} * frame.PictureBytes(direction) : frame.MovedBytes(direction);
             Measure("small/16x16/t1" + name + "memcpy", [=] { return MemcpyWork(moved, direction); });
             Measure("small/16x16/t1" + name + "plenar",
                     [=] { return FrameWork(frame, direction, 1, ContentsOf(kind, small)); });

@@ -138,6 +138,15 @@ def cost_beside_own_work(measured, case):
         lambda both, own, frame: (nanoseconds(both) - nanoseconds(own) - nanoseconds(frame)) / 1e3)
 
 
+def against_honest(what):
+    return lambda measured, case: measured.over_rounds(
+        case, (what, "honest"), lambda a, b: nanoseconds(a) / nanoseconds(b))
+
+
+def memory_beyond_honest(measured, case):
+    return measured.over_rounds(case, (SUBJECT, "honest"), lambda a, b: (a["memory"] - b["memory"]) / 1024)
+
+
 Row = collections.namedtuple("Row", "work cases value target at_most unit", defaults=(False, ""))
 
 MATTES = "shapes|soft|glyphs|hair|grain|sprites"
@@ -183,6 +192,10 @@ ROWS = [
     Row("16 x 16, 2 threads: wake-up from sleep", "small/16x16/t2/", against_waking, 5.0),
     Row("growth from 64 x 64: memcpy's growth", "growth/", growth_since(lambda values: values[0]), 1.1, True),
     Row("growth from any smaller size: memcpy's growth", "growth/", growth_since(min), None, True),
+    Row("hostile boxes: honest decode", "hostile/[^/]*/[^/]*/boxes-", against_honest(SUBJECT), 4, True),
+    Row("hostile coded planes: honest decode", "hostile/[^/]*/[^/]*/(?!boxes-)", against_honest(SUBJECT), 4, True),
+    Row("hostile payloads, metadata alone: honest decode", "hostile/", against_honest("metadata"), 4, True),
+    Row("hostile payloads, memory beyond an honest decode", "hostile/", memory_beyond_honest, 16, True, "KiB"),
     Row("HD frame, 2 threads, back to back", "pauses/", microseconds_of("backtoback"), None, True, "us"),
     Row("HD frame, 2 threads, after 2 ms of sleep", "pauses/", microseconds_of("aftersleep"), None, True, "us"),
     Row("HD frame, 2 threads, cost beside own work of 2", "pauses/", cost_beside_own_work, None, True, "us"),

@@ -3,15 +3,17 @@
 #
 #   scripts/install_deps.sh GROUP...
 #
-#   build   the library and the plenar program
-#   test    the tests
-#   bench   the benchmarks, and the libraries that they compare with
-#   ci      what the project's check needs besides: Clang, clang-format, clang-tidy
+#   build      the library and the plenar program
+#   test       the tests
+#   bench      the benchmarks, and the libraries that they compare with
+#   coverage   a build that counts what the tests reach, and the report of it
+#   ci         what the project's check needs besides: Clang, clang-format, clang-tidy
 set -euo pipefail
 
 build=(g++ cmake ninja-build libopenimageio-dev openimageio-tools libcli11-dev nlohmann-json3-dev zlib1g-dev)
 test=(libgtest-dev libgmock-dev binutils pkgconf)
-bench=(libbenchmark-dev libyuv-dev libswscale-dev libavutil-dev liblz4-dev libzstd-dev)
+bench=(libbenchmark-dev libyuv-dev libswscale-dev libavutil-dev liblz4-dev libzstd-dev python3)
+coverage=(clang-14 libclang-rt-14-dev llvm-14 python3)
 ci=(clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
 
 wanted=()
@@ -20,8 +22,9 @@ for group in "$@"; do
         build) wanted+=("${build[@]}") ;;
         test) wanted+=("${test[@]}") ;;
         bench) wanted+=("${bench[@]}") ;;
+        coverage) wanted+=("${coverage[@]}") ;;
         ci) wanted+=("${ci[@]}") ;;
-        *) echo "install_deps.sh: unknown group '$group' (build, test, bench, ci)" >&2; exit 2 ;;
+        *) echo "install_deps.sh: unknown group '$group' (build, test, bench, coverage, ci)" >&2; exit 2 ;;
     esac
 done
 

@@ -1,0 +1,92 @@
+// Payloads made to cost as much as possible: the time and the memory of a decode, beside an honest payload of the same
+// picture and the same size. What is refused counts as well as what decodes.
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "allocation_count.h"
+#include "benchmarks.h"
+#include "frame_work.h"
+#include "hostile_payloads.h"
+#include "measurement.h"
+
+namespace plenar_bench {
+
+namespace {
+
+// A decoder and the frame that it is asked for, in any of its states.
+class Victim {
+public:
+    Victim(const Frame& frame, uint32_t threads, std::vector<uint8_t> bytes)
+        : params(frame.Picture(Direction::Decode)),
+          payload(std::move(bytes)),
+          pictureBytes(frame.PictureBytes(Direction::Decode)),
+          picture(PictureMemory(pictureBytes)) {
+        const CreateParams create = {sizeof create, threads, nullptr, nullptr};
+        if (Plenar_CreateDecoder(&create, &decoder) != PLENAR_RESULT_OK) {
+            throw std::bad_alloc();
+        }
+    }
+    ~Victim() { Plenar_DestroyDecoder(decoder); }
+    Victim(const Victim&) = delete;
+    Victim& operator=(const Victim&) = delete;
+
+    size_t PayloadBytes() const { return payload.size(); }
+
+    bool Decode() {
+        return Plenar_DecodeFrame(decoder, &params, payload.data(), static_cast<uint32_t>(payload.size()), picture,
+                                  pictureBytes, nullptr) == PLENAR_RESULT_OK;
+    }
+    bool ReadMetadata() {
+        UncompressedParams found = params;
+        return Plenar_ReadMetadata(decoder, payload.data(), static_cast<uint32_t>(payload.size()), &found) ==
+               PLENAR_RESULT_OK;
+    }
+
+private:
+    UncompressedParams params;
+    std::vector<uint8_t> payload;
+    uint32_t pictureBytes;
+    uint8_t* picture;
+    Decoder* decoder = nullptr;
+};
+
+Work VictimWork(const Frame& frame, uint32_t threads, const std::vector<uint8_t>& payload, bool (Victim::*call)()) {
+    const auto victim = std::make_shared<Victim>(frame, threads, payload);
+    Work work;
+    work.bytes = frame.PictureBytes(Direction::Decode);
+    work.counts["memory"] = static_cast<double>(MostAllocatedDuring([&] { victim->Decode(); }));
+    work.counts["payload"] = static_cast<double>(victim->PayloadBytes());
+    work.counts["accepted"] = ((*victim).*call)() ? 1 : 0;
+    work.run = [victim, call] {
+        ((*victim).*call)();
+        return true;
+    };
+    return work;
+}
+
+void AddPayload(const HostilePayload& hostile) {
+    const std::string prefix = "hostile/" + hostile.name + "/";
+    const uint32_t threads = hostile.name.find("/t2/") != std::string::npos ? 2 : 1;
+    const Clock clock = threads > 1 ? Clock::Wall : Clock::Processor;
+    const Frame& frame = hostile.frame;
+    Measure(
+        prefix + "honest",
+        [=] { return VictimWork(frame, threads, HonestPayload(frame, hostile.make().size()), &Victim::Decode); },
+        clock);
+    Measure(
+        prefix + "plenar", [=] { return VictimWork(frame, threads, hostile.make(), &Victim::Decode); }, clock);
+    Measure(
+        prefix + "metadata", [=] { return VictimWork(frame, threads, hostile.make(), &Victim::ReadMetadata); }, clock);
+}
+
+}  // namespace
+
+void AddAdversarialBenchmarks() {
+    for (const HostilePayload& hostile : HostilePayloads()) {
+        AddPayload(hostile);
+    }
+}
+
+}  // namespace plenar_bench
