@@ -14,15 +14,26 @@ template <class Sample>
 struct Decoders {
     void (*one)(RleDecodeState& state);
     RleDecodeState& (*two)(RleDecodeState& first, RleDecodeState& second);
+    void (*write_run)(RleDecodeState& state, const RleRun& run);
+
+    // One token that the others leave.
+    RleDefect LeftToken(RleDecodeState& state) const {
+        RleRun run = {};
+        const RleDefect defect = RleReadTokenPlain<Sample>(state, run);
+        if (defect == RleDefect::kNone) {
+            write_run(state, run);
+        }
+        return defect;
+    }
 };
 
 template <class Sample>
 Decoders<Sample> ActiveDecoders() {
     const RleKernels& kernels = RleActiveKernels();
     if (sizeof(Sample) == 1) {
-        return {kernels.decode_tokens8, kernels.decode_tokens_of_two8};
+        return {kernels.decode_tokens8, kernels.decode_tokens_of_two8, kernels.write_run8};
     }
-    return {kernels.decode_tokens16, kernels.decode_tokens_of_two16};
+    return {kernels.decode_tokens16, kernels.decode_tokens_of_two16, kernels.write_run16};
 }
 
 // Whether the fast decoder would have to read beyond the coded plane.
@@ -52,7 +63,7 @@ RleDefect DecodeWhile(RleDecodeState& state, const Decoders<Sample>& decoders, c
             return RleDefect::kStreamPastEnd;
         }
         if (state.remaining != 0 && go_on(state)) {
-            defect = RleDecodeTokenPlain<Sample>(state);
+            defect = decoders.LeftToken(state);
         }
     }
     return defect;
@@ -114,7 +125,7 @@ void DecodeTwo(RleBandJob& first, RleBandJob& second) {
         if (left.remaining == 0 || NearEnd(left)) {
             break;
         }
-        defect = RleDecodeTokenPlain<Sample>(left);
+        defect = decoders.LeftToken(left);
         (&left == &a ? first : second).defect = defect;
     }
     FinishBand(first, a, decoders);

@@ -217,6 +217,27 @@ RleDecodeState& DecodeTokensOfTwo(RleDecodeState& first, RleDecodeState& second)
     return first_goes_on ? second : first;
 }
 
+template <class Sample>
+void WriteRun(RleDecodeState& state, const RleRun& run) {
+    if (run.length == 0) {
+        return;
+    }
+    const uint32_t slope = run.second_order ? state.prev1 - state.prev2 : run.residual;
+    const uint32_t curve = run.second_order ? run.residual : 0;
+    const Run<Sample> samples = {static_cast<Sample>(state.prev1), static_cast<Sample>(slope),
+                                 static_cast<Sample>(curve)};
+    if (run.length >= kRunLanes) {
+        samples.StoreLong(state.dst, run.length);
+    } else {
+        samples.StoreExact(state.dst, run.length);
+    }
+    const auto count = static_cast<uint32_t>(run.length);
+    const auto triangle = static_cast<uint32_t>(run.length * (run.length + 1) / 2);
+    state.dst += run.length * sizeof(Sample);
+    state.prev1 += count * slope + triangle * curve;
+    state.prev2 = state.prev1 - (slope + count * curve);
+}
+
 #undef RLE_INLINE
 
 }  // namespace

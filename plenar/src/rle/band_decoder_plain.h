@@ -21,11 +21,34 @@ struct RleDecodeState {
     uint32_t prev2;         // the one before it; likewise
 };
 
+// What a token says. The samples of its run differ from one another by the residual, or by what the two before differ
+// and the residual.
+struct RleRun {
+    bool second_order;
+    uint64_t length;
+    uint32_t residual;
+};
+
 template <class Sample>
 RleDecodeState RleStartBand(const uint8_t* stream, uint64_t stream_size, uint8_t* dst, uint64_t samples);
 
-// Decodes one token. On a defect no sample of it is written.
+// Reads one token, with all checks, and counts its samples as decoded.
 template <class Sample>
-RleDefect RleDecodeTokenPlain(RleDecodeState& state);
+RleDefect RleReadTokenPlain(RleDecodeState& state, RleRun& run);
+
+// Writes the samples of the token that was read last.
+template <class Sample>
+void RleWriteRunPlain(RleDecodeState& state, const RleRun& run);
+
+// Both. On a defect no sample is written.
+template <class Sample>
+RleDefect RleDecodeTokenPlain(RleDecodeState& state) {
+    RleRun run = {};
+    const RleDefect defect = RleReadTokenPlain<Sample>(state, run);
+    if (defect == RleDefect::kNone) {
+        RleWriteRunPlain<Sample>(state, run);
+    }
+    return defect;
+}
 
 }  // namespace plenar

@@ -14,7 +14,7 @@ struct RleBandJob {
     const uint8_t* src;   // its first plain sample, or its stream
     uint8_t* dst;         // its working place, far enough from the next one's for the worst of its samples; or its rows
     uint32_t coded_size;  // set by coding: the bytes of the stream
-    uint64_t src_size;    // decoding: what the coded plane holds from `src` on, as a stream ends with its last sample
+    uint64_t src_size;    // decoding: how far the stream may reach, though it ends with its last sample
     RleDefect defect;     // set by decoding
 };
 

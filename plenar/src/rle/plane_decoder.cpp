@@ -30,6 +30,15 @@ RleDefect CheckRows(const RleBandTable& table, uint32_t height) {
     return table.count == 0 || rows == height ? RleDefect::kNone : RleDefect::kRowSum;
 }
 
+// The most bytes that a band's stream may take of the `rest` behind its start. Only its start counts on the stated
+// size, so a stream may go on into the next one, but no further than by an even share of the plane: many bands that all
+// read the same bytes would cost far more than the payload's size allows. The last one's size may not have survived the
+// table.
+uint64_t StreamLimit(const RleBandTable& table, uint32_t band, uint64_t src_size, uint64_t rest) {
+    const bool is_last = band + 1 == table.count;
+    return is_last ? rest : std::min(rest, table.sizes[band] + src_size / table.count);
+}
+
 // Call after CheckRows, which keeps the bands' places inside `dst`.
 RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const uint8_t* src, uint64_t src_size,
                     uint8_t* dst, RleBandJobs& jobs) {
@@ -39,7 +48,7 @@ RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const ui
             return RleDefect::kBandStartPastEnd;
         }
         RleBandJob& job = jobs[band];
-        job = {params, src + start, dst, 0, src_size - start, RleDefect::kNone};
+        job = {params, src + start, dst, 0, StreamLimit(table, band, src_size, src_size - start), RleDefect::kNone};
         job.params.height = table.rows[band];
         start += table.sizes[band];
         dst += RleRowStride(params) * table.rows[band];

@@ -15,7 +15,8 @@ RleDecodeState& LeaveFirst(RleDecodeState& first, RleDecodeState& /*second*/) {
 }
 
 constexpr RleKernels kPlainKernels = {
-    RleEncodeBandPlain<uint8_t>, RleEncodeBandPlain<uint16_t>, LeaveAllTokens, LeaveAllTokens, LeaveFirst, LeaveFirst};
+    RleEncodeBandPlain<uint8_t>, RleEncodeBandPlain<uint16_t>, LeaveAllTokens, LeaveAllTokens, LeaveFirst, LeaveFirst,
+    RleWriteRunPlain<uint8_t>,   RleWriteRunPlain<uint16_t>};
 
 // All that rle_kernels_avx2.cpp is compiled for.
 bool RunsAvx2Kernels() {

@@ -13,13 +13,16 @@ struct RleKernels {
     uint64_t (*encode_band8)(const RleParams& band, const uint8_t* src, uint8_t* dst);
     uint64_t (*encode_band16)(const RleParams& band, const uint8_t* src, uint8_t* dst);
     // Decode tokens as long as they are sound and far enough from the end of what is readable; what is left then is for
-    // RleDecodeTokenPlain. The end of the stream goes unnoticed if more is readable.
+    // RleReadTokenPlain. The end of the stream goes unnoticed if more is readable.
     void (*decode_tokens8)(RleDecodeState& state);
     void (*decode_tokens16)(RleDecodeState& state);
     // The same for two bands in turn, so that one goes on while the other waits for its next token. Returns the band
     // that it can't go on with.
     RleDecodeState& (*decode_tokens_of_two8)(RleDecodeState& first, RleDecodeState& second);
     RleDecodeState& (*decode_tokens_of_two16)(RleDecodeState& first, RleDecodeState& second);
+    // What RleWriteRunPlain does.
+    void (*write_run8)(RleDecodeState& state, const RleRun& run);
+    void (*write_run16)(RleDecodeState& state, const RleRun& run);
 };
 
 // The bytes of a stream that must be readable for decode_tokens to decode something.

@@ -4,8 +4,8 @@
 
 namespace plenar {
 
-extern constexpr RleKernels RleBaselineKernels = {EncodeBand<uint8_t>,        EncodeBand<uint16_t>,
-                                                  DecodeTokens<uint8_t>,      DecodeTokens<uint16_t>,
-                                                  DecodeTokensOfTwo<uint8_t>, DecodeTokensOfTwo<uint16_t>};
+extern constexpr RleKernels RleBaselineKernels = {
+    EncodeBand<uint8_t>,        EncodeBand<uint16_t>,        DecodeTokens<uint8_t>, DecodeTokens<uint16_t>,
+    DecodeTokensOfTwo<uint8_t>, DecodeTokensOfTwo<uint16_t>, WriteRun<uint8_t>,     WriteRun<uint16_t>};
 
 }  // namespace plenar

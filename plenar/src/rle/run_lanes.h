@@ -153,14 +153,21 @@ struct Run {
         std::memcpy(dst + (count - kRunLanes) * sizeof(Sample), &lanes, sizeof lanes);
     }
 
+    // As a ramp, but that the distance from lanes to the next ones grows: by the same in each lane.
     void StoreCurved(uint8_t* dst, uint64_t count) const {
-        Sample sample = last;
-        Sample difference = slope;
-        for (uint64_t i = 0; i < count; ++i) {
-            difference = static_cast<Sample>(difference + curve);
-            sample = static_cast<Sample>(sample + difference);
-            std::memcpy(dst + i * sizeof(Sample), &sample, sizeof sample);
+        Lanes lanes;
+        Fill(lanes);
+        const Run behind = {lanes[kRunLanes - 1], static_cast<Sample>(slope + kRunLanes * curve), curve};
+        Lanes step;
+        behind.Fill(step);
+        step -= lanes;
+        uint64_t done = 0;
+        for (; count - done >= kRunLanes; done += kRunLanes) {
+            std::memcpy(dst + done * sizeof(Sample), &lanes, sizeof lanes);
+            lanes += step;
+            step += static_cast<Sample>(curve * kRunLanes * kRunLanes);
         }
+        std::memcpy(dst + done * sizeof(Sample), &lanes, (count - done) * sizeof(Sample));
     }
 };
 
