@@ -17,8 +17,8 @@
  * on success only.
  *
  * Untrusted input. Payload bytes, samples and every field of the picture's records may come from anywhere: no value of
- * them makes a call read or write outside the buffers as their stated sizes delimit them, hang, leak, end the process or
- * hand out bytes of earlier frames. The pointers and sizes themselves are trusted: a size must not exceed the memory
+ * them makes a call read or write outside the buffers as their stated sizes delimit them, hang, leak, end the process,
+ * or hand out bytes of earlier frames. The pointers and sizes themselves are trusted: a size must not exceed the memory
  * behind its pointer. Source and destination must not overlap, and nobody else may change them, or a record, while the
  * call runs. numThreads is trusted too.
  *
@@ -204,8 +204,8 @@ PLENAR_API uint32_t Plenar_EncodeFrame(Encoder* encoder, const UncompressedParam
  * Uint10 in CbYCrY; Float32 for Fixed2p14 in orders without alpha). Width and height must be those of the payload.
  *
  * src, srcSize
- *     the payload. Safe for untrusted bytes: what is damaged is refused, or decodes to some picture. Whatever numbers it
- *     holds, the time goes with srcSize and dstSize, and the memory with the picture's alpha plane
+ *     the payload. Safe for untrusted bytes: what is damaged is refused, or decodes to some picture. Whatever numbers
+ *     it holds, the time goes with srcSize and dstSize, and the memory with the picture's alpha plane
  * dst, dstSize
  *     takes the picture; at least Plenar_GetUncompressedBufSize(params) bytes. Bytes between the rows of a picture with
  *     padding stay as they were; only those between the rows of a coded alpha plane that is decoded into a plane of its
@@ -235,8 +235,8 @@ PLENAR_API uint32_t Plenar_DecodeFrame(Decoder* decoder, const UncompressedParam
  * record is overwritten, with rowBytes and rowBytes2 0. The arrangement reported is one of the orders 2, 3, 5, 9, 10,
  * 11, 12, 13 and 14, since a payload doesn't tell which order it was encoded from.
  *
- * Safe for untrusted bytes; the time goes with the number of boxes, and so with srcSize at worst. The width and height are
- * the payload's own claim: check them before using them as sizes of allocations. Returns a PLENAR_RESULT_ code.
+ * Safe for untrusted bytes; the time goes with the number of boxes, and so with srcSize at worst. The width and height
+ * are the payload's own claim: check them before using them as sizes of allocations. Returns a PLENAR_RESULT_ code.
  */
 PLENAR_API uint32_t Plenar_ReadMetadata(Decoder* decoder, const void* src, uint32_t srcSize,
                                         UncompressedParams* params);
