@@ -66,6 +66,12 @@ TEST(BandTable, ShortFormEndsAt13311AndLossBeginsAtHalfTheRange) {
         EXPECT_EQ(reader.Position(), entry.bits) << entry.entry;
         EXPECT_EQ(read, entry.read_back);
     }
+    // A step down by more than half the range is one up, and what it leads to comes back larger.
+    const Bytes steep = WriteList({16000000, 5});
+    plenar::RleBitReader reader(steep.data(), steep.size());
+    uint32_t read[2] = {};
+    EXPECT_EQ(plenar::RleReadIndexList(reader, read, 2), RleDefect::kNone);
+    EXPECT_EQ(std::vector<uint32_t>(read, read + 2), (std::vector<uint32_t>{16000000, 5 + (1 << 24)}));
     EXPECT_EQ(MessageOf([] { WriteList({8388607 + 25165824}); }),
               "values greater than 24bit is not supported by rle index table");
 }

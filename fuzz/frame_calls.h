@@ -1,0 +1,130 @@
+// What targets share: records from the input, the choice of kernels, and calls on exact buffers.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "codec_fixture.h"
+#include "conversion/row_kernels.h"
+#include "exact_buffer.h"
+#include "rle/rle_kernels.h"
+
+namespace plenar_fuzz {
+
+using plenar_test::TestDecoder;
+using plenar_test::TestEncoder;
+
+// Where a record asks for more, buffers are smaller than it says, and must be refused.
+constexpr uint32_t kMostBytes = 1U << 19;
+
+inline uint32_t RoomFor(uint32_t needed, bool isShort) {
+    return std::min(needed, kMostBytes) - (isShort && needed != 0 ? 1 : 0);
+}
+
+inline std::pair<uint32_t, uint32_t> TakePair(FuzzInput& input) {
+    static const auto pairs = plenar_test::allPairs();
+    const uint32_t choice = input.Number(static_cast<uint32_t>(pairs.size()));
+    const uint32_t type = choice / 18 % 10;
+    return choice < pairs.size() ? pairs[choice] : std::pair(choice % 18, type == 9 ? 214 : type);
+}
+
+inline UncompressedParams TakePicture(FuzzInput& input) {
+    const auto [order, type] = TakePair(input);
+    const uint32_t width = input.Number(80);
+    const uint32_t height = input.Number(20);
+    return plenar_test::makeParams(order, type, width, height, 0, 0, input.Byte() % 3);
+}
+
+inline uint32_t TakeStride(FuzzInput& input, uint64_t tight) {
+    const uint32_t padding = input.Number(40);
+    return padding == 0 ? 0 : padding < 40 ? static_cast<uint32_t>(tight) + padding - 1 : padding;
+}
+
+inline void TakeStrides(FuzzInput& input, UncompressedParams& params) {
+    params.rowBytes = TakeStride(input, plenar_test::tightRowBytes(params));
+    params.rowBytes2 = TakeStride(input, plenar_test::tightRowBytes2(params));
+}
+
+inline CompressedParams TakeOptions(FuzzInput& input) {
+    const uint8_t codesAlpha = input.Byte() % 2;
+    return plenar_test::makeCompressed(codesAlpha, input.Byte());
+}
+
+constexpr uint32_t kBestKernels = 0;
+constexpr uint32_t kPlainKernels = 1;
+constexpr uint32_t kBaselineKernels = 2;
+
+inline void UseKernels(uint32_t set) {
+    constexpr const plenar::RowKernels* kRowKernels[] = {nullptr, &plenar::plainRowKernels, &plenar::ssse3RowKernels};
+    constexpr plenar::RleKernelSet kRleKernels[] = {plenar::RleKernelSet::kBest, plenar::RleKernelSet::kPlain,
+                                                    plenar::RleKernelSet::kBaseline};
+    plenar::ForceRowKernels(kRowKernels[set]);
+    plenar::RleChooseKernels(kRleKernels[set]);
+}
+
+// How a call is made that must give the same as any other way.
+struct Way {
+    uint32_t codec = 0;
+    uint32_t kernels = kBestKernels;
+    uint32_t places = 0;  // of the source and of the target
+    uint8_t fill = 0;     // of an encode's target, and of a decode's by choice
+};
+
+inline Way TakeOtherWay(FuzzInput& input) {
+    const uint32_t choice = input.Byte();
+    return {1 + choice % 8, 1 + choice / 8 % 2, choice / 16 % 9, 0xFF};
+}
+
+// One of a few objects that live on. Those with threads come up seldom, as waking threads costs more than all else.
+template <class Codec>
+Codec& CodecFor(const Way& way) {
+    static std::array<Codec, 4> codecs = {Codec(1), Codec(1), Codec(2), Codec(0)};
+    return codecs[way.codec < 7 ? way.codec % 2 : 2 + way.codec % 2];
+}
+
+struct Outcome {
+    std::string message;
+    Bytes target = {};
+    uint32_t written = 0xFEDCBA98;
+};
+
+template <class Codec, class Call>
+Outcome CallOn(Codec& codec, const Way& way, const Bytes& source, const Bytes& before, const Call& call) {
+    const ExactBuffer src(source, way.places);
+    const ExactBuffer dst(before, way.places / 3);
+    Outcome outcome;
+    const uint32_t notWritten = outcome.written;
+    UseKernels(way.kernels);
+    outcome.message = codec.outcome(call(src.data(), static_cast<uint32_t>(src.size()), dst.data(),
+                                         static_cast<uint32_t>(dst.size()), &outcome.written));
+    UseKernels(kBestKernels);
+    outcome.target = dst.Content();
+    Require(src.Content() == source, "a source stays as it is");
+    Require(!outcome.message.starts_with("code "), "a failure has one message, told on its own thread");
+    Require(outcome.message.empty() ? outcome.written <= before.size() : outcome.written == notWritten,
+            "bytes written are told on success only");
+    return outcome;
+}
+
+inline Outcome Encode(TestEncoder& encoder, const Way& way, const UncompressedParams& params,
+                      const CompressedParams& options, const Bytes& picture, size_t room) {
+    const Bytes before(room, way.fill);
+    return CallOn(encoder, way, picture, before, [&](auto* src, auto srcSize, auto* dst, auto dstSize, auto* written) {
+        return Plenar_EncodeFrame(encoder.get(), &params, &options, src, srcSize, dst, dstSize, written);
+    });
+}
+
+inline Outcome Decode(TestDecoder& decoder, const Way& way, const UncompressedParams& params, const Bytes& payload,
+                      const Bytes& before) {
+    return CallOn(decoder, way, payload, before, [&](auto* src, auto srcSize, auto* dst, auto dstSize, auto* written) {
+        return Plenar_DecodeFrame(decoder.get(), &params, src, srcSize, dst, dstSize, written);
+    });
+}
+
+inline std::string ReadMetadata(TestDecoder& decoder, const Bytes& payload, uint32_t place,
+                                UncompressedParams& params) {
+    const ExactBuffer src(payload, place);
+    return decoder.outcome(Plenar_ReadMetadata(decoder.get(), src.data(), static_cast<uint32_t>(src.size()), &params));
+}
+
+}  // namespace plenar_fuzz

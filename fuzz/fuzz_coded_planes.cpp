@@ -1,0 +1,175 @@
+// Coded alpha planes, made token by token: what the input says are sound planes, whose samples follow from the tokens,
+// or planes with damage on top. All coders have to agree on what they hold, and on what is wrong with them: here the
+// fast kernels meet their plain twins.
+#include "fuzz_input.h"
+#include "rle/rle_fixture.h"
+
+namespace plenar_fuzz {
+namespace {
+
+using plenar::RleParams;
+using rle_tests::PlaneBits;
+
+// Of a plane, as a rule and at most.
+constexpr uint64_t kSamples = 1U << 13;
+constexpr uint64_t kMostSamples = 1U << 17;
+
+struct CodedPlane {
+    RleParams params;
+    std::vector<uint32_t> rows;
+    std::vector<uint32_t> sizes;
+    std::vector<Bytes> streams;
+    Bytes plain;  // without padding
+    size_t tail;  // bytes behind the last stream
+
+    Bytes Join() const {
+        Bytes coded = rle_tests::PlaneOf(sizes, rows, streams);
+        coded.resize(coded.size() + tail, 0x6B);
+        return coded;
+    }
+};
+
+uint64_t TakeRun(FuzzInput& input, uint64_t most) {
+    const uint8_t kind = input.Byte();
+    const uint64_t run = kind < 8 ? most : kind < 160 ? kind % 20 : (uint64_t{1} << kind % 16) + input.Byte();
+    return std::min(most, std::max<uint64_t>(run, 1));
+}
+
+// A folded residual in any of the forms that a reader takes, also in one that no writer uses.
+uint32_t TakeValue(FuzzInput& input, uint32_t depth, PlaneBits& bits) {
+    const uint32_t k = depth / 2 - 2;
+    const uint8_t form = input.Byte();
+    const uint32_t value = (input.Byte() | (form < 64 ? 0U : uint32_t{input.Byte()} << 8)) % (1U << depth);
+    if (form >= 250) {  // nine ones count as eight
+        bits.Bits(0x3FF, 10);
+        bits.Bits(value, k);
+        return (8U << k) + value % (1U << k);
+    }
+    const uint32_t limited = form < 32 ? value % 3 : form < 160 ? value % (9U << k) : value;
+    bits.Value(limited, depth, form < 160);
+    return limited;
+}
+
+Bytes TakeStream(FuzzInput& input, uint32_t depth, uint64_t samples, Bytes& plain) {
+    PlaneBits bits;
+    uint32_t prev1 = (1U << (depth - 1)) - 1;
+    uint32_t prev2 = prev1;
+    uint64_t empty_runs = samples;  // a band may have no more
+    while (samples > 0) {
+        const uint8_t kind = input.Byte();
+        const uint64_t run = kind == 0xFF && empty_runs > 0 ? 0 : TakeRun(input, samples);
+        empty_runs -= run == 0 ? 1 : 0;
+        bits.Bits(kind, 1);
+        if (kind < 0xFC) {
+            bits.RunLength(run);
+        } else {  // 32 zeros are followed by 33 bits, whatever they are
+            bits.Bits(0, 32);
+            bits.Bits(run, 33);
+        }
+        const uint32_t value = TakeValue(input, depth, bits);
+        const uint32_t residual = value % 2 == 0 ? value / 2 : 0 - (value + 1) / 2;
+        for (uint64_t i = 0; i < run; ++i) {
+            const uint32_t next = residual + (kind % 2 == 0 ? prev1 : 2 * prev1 - prev2);
+            prev2 = prev1;
+            prev1 = next;
+            for (uint32_t shift = 0; shift < depth; shift += 8) {
+                plain.push_back(static_cast<uint8_t>(next >> shift));
+            }
+        }
+        samples -= run;
+    }
+    return bits.Get();
+}
+
+CodedPlane TakePlane(FuzzInput& input) {
+    const uint32_t depth = input.Flag() ? 16 : 8;
+    const uint32_t width = 1 + input.Number(200) % 4096;
+    CodedPlane plane = {{width, 0, depth, input.Byte(), 0}, {}, {}, {}, {}, 0};
+    const uint32_t padding = input.Byte();
+    plane.params.row_bytes = padding < 128 ? 0 : width * depth / 8 + padding % 16;
+    const uint32_t bands = 1 + input.Number(6) % 255;
+    const bool is_busy = input.Flag();
+    const uint64_t most = input.Byte() < 0xFE ? kSamples : kMostSamples;
+    for (uint32_t band = 0; band < bands; ++band) {
+        const uint64_t left = most / width - std::min<uint64_t>(most / width, plane.params.height);
+        const uint64_t least = band + 1 == bands && plane.params.height == 0 ? 1 : 0;
+        const auto rows = static_cast<uint32_t>(std::max(std::min<uint64_t>(input.Number(16), left), least));
+        plane.streams.push_back(TakeStream(input, depth, uint64_t{rows} * width, plane.plain));
+        plane.sizes.push_back(static_cast<uint32_t>(plane.streams.back().size()));
+        plane.rows.push_back(rows);
+        plane.params.height += rows;
+    }
+    // Busy planes, by the samples for each byte, are decoded in other ways than quiet ones.
+    plane.tail = is_busy ? plane.plain.size() / 8 : 0;
+    return plane;
+}
+
+// Changes what the table states, and then bytes of the whole.
+Bytes Damage(FuzzInput& input, CodedPlane plane) {
+    for (std::vector<uint32_t>* list : {&plane.sizes, &plane.rows}) {
+        uint32_t& entry = (*list)[input.Byte() % list->size()];
+        entry = std::min(entry + input.Number(3), 0x7FFFFFU);
+    }
+    Bytes coded = plane.Join();
+    for (uint32_t hits = input.Byte() % 4; hits > 0; --hits) {
+        uint8_t& hit = coded[input.Word() % std::min<size_t>(coded.size(), input.Flag() ? 40 : coded.size())];
+        hit = static_cast<uint8_t>(hit ^ input.Byte());
+    }
+    if (input.Flag()) {
+        coded.resize(input.Word() % (coded.size() + 40), input.Byte());
+    }
+    return coded;
+}
+
+// The plane, or the message of a failure.
+Bytes Decode(const RleParams& params, const Bytes& coded, uint32_t workers) {
+    Bytes plane(plenar::RlePlainSize(params), 0xCD);
+    const std::string message = rle_tests::MessageOf([&] { plane = rle_tests::Decode(params, coded, plane, workers); });
+    return message.empty() ? plane : Bytes(message.begin(), message.end());
+}
+
+void RequireSamples(RleParams params, const Bytes& coded, const Bytes& samples) {
+    params.row_bytes = 0;
+    Require(Decode(params, coded, 0) == samples, "tokens stand for their samples");
+}
+
+// Samples of sound planes have the structure that encoders look for.
+void RequireSameCodes(const CodedPlane& plane, uint32_t workers) {
+    const uint64_t stride = plenar::RleRowStride(plane.params);
+    const uint64_t tight = plenar::RleTightRowBytes(plane.params);
+    Bytes padded(plenar::RlePlainSize(plane.params), 0x5A);
+    for (uint64_t row = 0; row < plane.params.height; ++row) {
+        std::copy_n(&plane.plain[row * tight], tight, &padded[row * stride]);
+    }
+    Bytes coded;
+    for (const auto set : rle_tests::KernelSets()) {
+        const rle_tests::ChosenKernels chosen(set);
+        const Bytes other = std::exchange(coded, rle_tests::Encode(plane.params, padded, workers));
+        Require(other.empty() || other == coded, "all encoders write the same bytes");
+    }
+    RequireSamples(plane.params, coded, plane.plain);
+}
+
+}  // namespace
+}  // namespace plenar_fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using namespace plenar_fuzz;
+    FuzzInput input(data, size);
+    FuzzInput damage = input.Part(40);
+    const uint32_t workers = damage.Byte() >= 0xF0 ? 2 : 0;
+    const bool isDamaged = damage.Flag();
+    const CodedPlane plane = TakePlane(input);
+    const Bytes coded = isDamaged ? Damage(damage, plane) : plane.Join();
+    Bytes decoded;
+    for (const auto set : rle_tests::KernelSets()) {
+        const rle_tests::ChosenKernels chosen(set);
+        const Bytes other = std::exchange(decoded, Decode(plane.params, coded, workers));
+        Require(other.empty() || other == decoded, "all decoders agree");
+    }
+    if (!isDamaged) {
+        RequireSamples(plane.params, coded, plane.plain);
+        RequireSameCodes(plane, workers);
+    }
+    return 0;
+}

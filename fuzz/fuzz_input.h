@@ -1,0 +1,70 @@
+// The bytes of a fuzz input, taken from the front. An input that has run out gives zeros, so that every input is one.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "sample_model.h"
+
+namespace plenar_fuzz {
+
+using plenar_test::Bytes;
+
+// What a target states to be always so: ends the process otherwise, as a finding.
+inline void Require(bool holds, const char* what) {
+    if (!holds) {
+        std::fprintf(stderr, "not so: %s\n", what);
+        std::abort();
+    }
+}
+
+class FuzzInput {
+public:
+    FuzzInput(const uint8_t* bytes, size_t size) : next(bytes), end(bytes + size) {}
+
+    bool HasMore() const { return next != end; }
+    uint8_t Byte() { return next == end ? 0 : *next++; }
+    bool Flag() { return Byte() % 2 != 0; }
+    Bytes Rest() { return {std::exchange(next, end), end}; }
+
+    uint32_t Word() {
+        uint32_t word = 0;
+        for (uint32_t shift = 0; shift < 32; shift += 8) {
+            word |= uint32_t{Byte()} << shift;
+        }
+        return word;
+    }
+
+    // As a rule less than `usual`, and now and then anything.
+    uint32_t Number(uint32_t usual) {
+        const uint32_t byte = Byte();
+        return byte < 0xF0 ? byte % usual : Word();
+    }
+
+    // A part for a purpose of its own, so that what one part says doesn't shift the others.
+    FuzzInput Part(size_t size) {
+        const uint8_t* first = next;
+        next += std::min(size, static_cast<size_t>(end - next));
+        return {first, static_cast<size_t>(next - first)};
+    }
+
+    // What is left, over and over; noise if nothing is.
+    Bytes Fill(size_t size) {
+        const Bytes pattern = Rest();
+        Bytes bytes = plenar_test::noise(size, 1);
+        for (size_t i = 0; i < size && !pattern.empty(); ++i) {
+            bytes[i] = pattern[i % pattern.size()];
+        }
+        return bytes;
+    }
+
+private:
+    const uint8_t* next;
+    const uint8_t* end;
+};
+
+}  // namespace plenar_fuzz
