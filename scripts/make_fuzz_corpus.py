@@ -140,10 +140,17 @@ def round_trip_seeds(rng):
 
 
 def coded_planes_seeds(rng):
-    for i in range(36):
+    for i in range(24):
         damage = bytes([rng.randrange(256), i % 2]) + rng.randbytes(38)
         shape = bytes([i // 2 % 2, rng.randrange(240), 0, rng.randrange(256), rng.randrange(240), i // 4 % 2, 0])
         yield damage + shape + rng.randbytes(8 * (i % 16))
+    for i in range(10):  # flat runs and ramps of more than a block among runs of any value
+        tokens = [b"\0\xa7\5\0\0", b"\1\xa7\5\0\0"] + [rng.randbytes(2) + b"\xf0" + rng.randbytes(2) for _ in range(3)]
+        tokens += [bytes([j % 2, 9 + j, 64]) + rng.randbytes(2) for j in range(6)]
+        shape = bytes([i % 2, 199, 0, 200 * (i % 3 // 2), i // 2 % 2, i // 4 % 2, 0, 15])
+        yield bytes(40) + shape + b"".join(rng.choice(tokens) for _ in range(90))
+    for depth in (0, 1):  # ramps and flat runs that begin and end where the encoder's blocks do
+        yield bytes(40) + bytes([depth, 127, 0, 0, 0, 0, 0, 15]) + 9 * b"\0\xa6\0\x40\5\0\0\xa7\0\0\0"
     for i in range(4):  # rows of one and of two samples, padded
         shape = bytes([i // 2, i % 2, 0, 0x84, 0, 0, 0, 15])
         yield bytes(40) + shape + bytes(rng.choice((0, 1, 9, 170)) for _ in range(100))
