@@ -79,7 +79,7 @@ TEST(PlaneCodec, LongRunsStandAmongShortOnes) {
         Bytes plain(plenar::RlePlainSize(params));
         Random random(2);
         for (size_t place = 0; place < 60000; ++place) {
-            plain[place] = static_cast<uint8_t>(place / 300 % 25 == 0 ? random() : 9);
+            plain[place] = static_cast<uint8_t>(place / 300 % 50 == 0 ? random() : 9);
         }
         Bytes coded;
         for (const auto set : KernelSets()) {
