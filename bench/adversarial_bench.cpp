@@ -19,37 +19,37 @@ namespace {
 class Victim {
 public:
     Victim(const Frame& frame, uint32_t threads, std::vector<uint8_t> bytes)
-        : params(frame.Picture(Direction::Decode)),
-          payload(std::move(bytes)),
-          pictureBytes(frame.PictureBytes(Direction::Decode)),
-          picture(PictureMemory(pictureBytes)) {
+        : params_(frame.Picture(Direction::Decode)),
+          payload_(std::move(bytes)),
+          pictureBytes_(frame.PictureBytes(Direction::Decode)),
+          picture_(PictureMemory(pictureBytes_)) {
         const CreateParams create = {sizeof create, threads, nullptr, nullptr};
-        if (Plenar_CreateDecoder(&create, &decoder) != PLENAR_RESULT_OK) {
+        if (Plenar_CreateDecoder(&create, &decoder_) != PLENAR_RESULT_OK) {
             throw std::bad_alloc();
         }
     }
-    ~Victim() { Plenar_DestroyDecoder(decoder); }
+    ~Victim() { Plenar_DestroyDecoder(decoder_); }
     Victim(const Victim&) = delete;
     Victim& operator=(const Victim&) = delete;
 
-    size_t PayloadBytes() const { return payload.size(); }
+    size_t PayloadBytes() const { return payload_.size(); }
 
     bool Decode() {
-        return Plenar_DecodeFrame(decoder, &params, payload.data(), static_cast<uint32_t>(payload.size()), picture,
-                                  pictureBytes, nullptr) == PLENAR_RESULT_OK;
+        return Plenar_DecodeFrame(decoder_, &params_, payload_.data(), static_cast<uint32_t>(payload_.size()), picture_,
+                                  pictureBytes_, nullptr) == PLENAR_RESULT_OK;
     }
     bool ReadMetadata() {
-        UncompressedParams found = params;
-        return Plenar_ReadMetadata(decoder, payload.data(), static_cast<uint32_t>(payload.size()), &found) ==
+        UncompressedParams found = params_;
+        return Plenar_ReadMetadata(decoder_, payload_.data(), static_cast<uint32_t>(payload_.size()), &found) ==
                PLENAR_RESULT_OK;
     }
 
 private:
-    UncompressedParams params;
-    std::vector<uint8_t> payload;
-    uint32_t pictureBytes;
-    uint8_t* picture;
-    Decoder* decoder = nullptr;
+    UncompressedParams params_;
+    std::vector<uint8_t> payload_;
+    uint32_t pictureBytes_;
+    uint8_t* picture_;
+    Decoder* decoder_ = nullptr;
 };
 
 Work VictimWork(const Frame& frame, uint32_t threads, const std::vector<uint8_t>& payload, bool (Victim::*call)()) {

@@ -73,7 +73,7 @@ Work Cycles() {
                 RunChainedAdditions();
                 return true;
             },
-            chainedAdditions};
+            kChainedAdditions};
 }
 
 void AddPlane(const char* sizeName, const Plane& plane, Direction direction) {
@@ -83,7 +83,7 @@ void AddPlane(const char* sizeName, const Plane& plane, Direction direction) {
     Measure(prefix + "cycles", Cycles);
     Measure(prefix + (encode ? "read" : "memset"), [=] { return MemoryPass(plane, direction); });
     Measure(prefix + "plenar", [=] { return CodingWork(plane, direction); });
-    if (plane.size.width != hd.width) {
+    if (plane.size.width != kHd.width) {
         return;
     }
     for (const CoderPeer& peer : CoderPeers()) {
@@ -96,9 +96,9 @@ void AddPlane(const char* sizeName, const Plane& plane, Direction direction) {
 
 void AddAlphaBenchmarks() {
     for (const auto& [name, size] :
-         {std::pair{"HD", hd}, std::pair{"UHD", uhd}, std::pair{"L2", PictureSize{480, 270}}}) {
+         {std::pair{"HD", kHd}, std::pair{"UHD", kUhd}, std::pair{"L2", PictureSize{480, 270}}}) {
         for (const uint32_t bits : {8U, 16U}) {
-            for (const Matte matte : allMattes) {
+            for (const Matte matte : kAllMattes) {
                 AddPlane(name, {matte, size, bits}, Direction::Encode);
                 AddPlane(name, {matte, size, bits}, Direction::Decode);
             }

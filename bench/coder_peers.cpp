@@ -39,7 +39,7 @@ struct Lz4Buffers {
 
 #if PLENAR_BENCH_ZSTD
 
-constexpr int zstdLevel = 1;
+constexpr int kZstdLevel = 1;
 
 struct ZstdBuffers {
     explicit ZstdBuffers(const std::vector<uint8_t>& plain)
@@ -47,7 +47,7 @@ struct ZstdBuffers {
 
     bool Encode() {
         codedBytes =
-            ZSTD_compressCCtx(compressor.get(), coded.data(), coded.size(), plain.data(), plain.size(), zstdLevel);
+            ZSTD_compressCCtx(compressor.get(), coded.data(), coded.size(), plain.data(), plain.size(), kZstdLevel);
         return ZSTD_isError(codedBytes) == 0;
     }
     bool Decode() {

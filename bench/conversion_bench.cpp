@@ -11,7 +11,7 @@ namespace plenar_bench {
 
 namespace {
 
-constexpr Direction bothDirections[] = {Direction::Encode, Direction::Decode};
+constexpr Direction kBothDirections[] = {Direction::Encode, Direction::Decode};
 
 struct Setting {
     const char* name;
@@ -19,8 +19,8 @@ struct Setting {
     uint32_t threads;
 };
 
-constexpr Setting settings[] = {
-    {"L2/t1", {0, 0}, 1}, {"HD/t1", hd, 1}, {"HD/t2", hd, 2}, {"UHD/t1", uhd, 1}, {"UHD/t2", uhd, 2}};
+constexpr Setting kSettings[] = {
+    {"L2/t1", {0, 0}, 1}, {"HD/t1", kHd, 1}, {"HD/t2", kHd, 2}, {"UHD/t1", kUhd, 1}, {"UHD/t2", kUhd, 2}};
 
 bool HasAlphaAmongSamples(uint32_t order) {
     switch (order) {
@@ -76,13 +76,13 @@ void AddCase(const std::string& group, const Format& format, Direction direction
 }
 
 void AddFormat(const std::string& group, const Format& format, Direction direction) {
-    for (const Setting& setting : settings) {
+    for (const Setting& setting : kSettings) {
         AddCase(group, format, direction, setting);
     }
 }
 
 void AddCopies() {
-    constexpr Format formats[] = {
+    constexpr Format kFormats[] = {
         {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT8},
         {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT16},
         {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_FIXED2P14},
@@ -96,8 +96,8 @@ void AddCopies() {
         {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT16},
         {PLENAR_ORDER_CBYCRY_PLUS_ALPHA, PLENAR_TYPE_UINT8},
     };
-    for (const Format& format : formats) {
-        for (const Direction direction : bothDirections) {
+    for (const Format& format : kFormats) {
+        for (const Direction direction : kBothDirections) {
             AddFormat("copies", format, direction);
         }
     }
@@ -105,10 +105,10 @@ void AddCopies() {
 
 // One stream becomes two where alpha leaves its pixels for a plane of its own.
 void AddReorders() {
-    constexpr uint32_t orders[] = {PLENAR_ORDER_YCBYCR,   PLENAR_ORDER_ARGB,   PLENAR_ORDER_BGRA,
-                                   PLENAR_ORDER_BGR,      PLENAR_ORDER_RGBA,   PLENAR_ORDER_ABGR,
-                                   PLENAR_ORDER_CBYACRYA, PLENAR_ORDER_YCBCRA, PLENAR_ORDER_YCBYCR_PLUS_ALPHA};
-    for (const uint32_t order : orders) {
+    constexpr uint32_t kOrders[] = {PLENAR_ORDER_YCBYCR,   PLENAR_ORDER_ARGB,   PLENAR_ORDER_BGRA,
+                                    PLENAR_ORDER_BGR,      PLENAR_ORDER_RGBA,   PLENAR_ORDER_ABGR,
+                                    PLENAR_ORDER_CBYACRYA, PLENAR_ORDER_YCBCRA, PLENAR_ORDER_YCBYCR_PLUS_ALPHA};
+    for (const uint32_t order : kOrders) {
         for (const uint32_t type : {PLENAR_TYPE_UINT8, PLENAR_TYPE_UINT16, PLENAR_TYPE_FLOAT32}) {
             const Format format = {order, type};
             const bool splits = HasAlphaAmongSamples(order) && KeepsAlpha(type);
@@ -121,10 +121,10 @@ void AddReorders() {
 }
 
 void AddPacking() {
-    constexpr uint32_t orders[] = {
+    constexpr uint32_t kOrders[] = {
         PLENAR_ORDER_CBYCRY,   PLENAR_ORDER_YCBYCR,         PLENAR_ORDER_RGB, PLENAR_ORDER_BGR, PLENAR_ORDER_BGRA,
         PLENAR_ORDER_CBYACRYA, PLENAR_ORDER_YCBCR420_PLANAR};
-    for (const uint32_t order : orders) {
+    for (const uint32_t order : kOrders) {
         for (const uint32_t type : {PLENAR_TYPE_UINT10, PLENAR_TYPE_UINT12}) {
             const Format format = {order, type};
             AddFormat("pack", format, Direction::Encode);
@@ -133,7 +133,7 @@ void AddPacking() {
             }
         }
     }
-    for (const Direction direction : bothDirections) {
+    for (const Direction direction : kBothDirections) {
         AddFormat("packed10", {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_PACKED10}, direction);
     }
 }

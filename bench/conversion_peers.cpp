@@ -32,7 +32,7 @@ struct PeerPlanes {
 
 PeerPlanes PlanesOf(const Frame& frame) {
     const size_t pictureBytes = frame.PictureBytes(Direction::Encode);
-    uint8_t* colour = PayloadMemory(firstPlaneOffset + 2 * pictureBytes) + firstPlaneOffset;
+    uint8_t* colour = PayloadMemory(kFirstPlaneOffset + 2 * pictureBytes) + kFirstPlaneOffset;
     return {
         PictureMemory(pictureBytes),         colour,        colour + pictureBytes, static_cast<int>(frame.size.width),
         static_cast<int>(frame.size.height), frame.Pixels()};
@@ -44,18 +44,18 @@ using YuvRun = int (*)(const PeerPlanes& p, Direction direction);
 
 // Pairs are exchanged by shuffles of whole pixels of two pairs; libyuv has no kernel by that name.
 int YuvSwapBytes(const PeerPlanes& p, Direction direction) {
-    static constexpr uint8_t swapped[16] = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
+    static constexpr uint8_t kSwapped[16] = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
     const bool encode = direction == Direction::Encode;
     return libyuv::ARGBShuffle(encode ? p.picture : p.colour, 2 * p.width, encode ? p.colour : p.picture, 2 * p.width,
-                               swapped, p.width / 2, p.height);
+                               kSwapped, p.width / 2, p.height);
 }
 
 int YuvSwapWords(const PeerPlanes& p, Direction direction) {
-    static constexpr uint8_t swapped[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+    static constexpr uint8_t kSwapped[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
     const bool encode = direction == Direction::Encode;
     const auto* src = reinterpret_cast<const uint16_t*>(encode ? p.picture : p.colour);
     auto* dst = reinterpret_cast<uint16_t*>(encode ? p.colour : p.picture);
-    return libyuv::AR64Shuffle(src, 2 * p.width, dst, 2 * p.width, swapped, p.width / 2, p.height);
+    return libyuv::AR64Shuffle(src, 2 * p.width, dst, 2 * p.width, kSwapped, p.width / 2, p.height);
 }
 
 int YuvReverseTriples(const PeerPlanes& p, Direction direction) {
@@ -65,13 +65,13 @@ int YuvReverseTriples(const PeerPlanes& p, Direction direction) {
 }
 
 // Colour and alpha take a call each. libyuv's ARGB is BGRA in memory, and its RAW is RGB.
-template <auto dropAlpha, auto addOpaqueAlpha>
+template <auto DropAlpha, auto AddOpaqueAlpha>
 int YuvWithAlpha(const PeerPlanes& p, Direction direction) {
     if (direction == Direction::Encode) {
-        return dropAlpha(p.picture, 4 * p.width, p.colour, 3 * p.width, p.width, p.height) |
+        return DropAlpha(p.picture, 4 * p.width, p.colour, 3 * p.width, p.width, p.height) |
                libyuv::ARGBExtractAlpha(p.picture, 4 * p.width, p.alpha, p.width, p.width, p.height);
     }
-    return addOpaqueAlpha(p.colour, 3 * p.width, p.picture, 4 * p.width, p.width, p.height) |
+    return AddOpaqueAlpha(p.colour, 3 * p.width, p.picture, 4 * p.width, p.width, p.height) |
            libyuv::ARGBCopyYToAlpha(p.alpha, p.width, p.picture, 4 * p.width, p.width, p.height);
 }
 
@@ -80,7 +80,7 @@ struct YuvLike {
     YuvRun run;
 };
 
-constexpr YuvLike yuvLikes[] = {
+constexpr YuvLike kYuvLikes[] = {
     {{PLENAR_ORDER_YCBYCR, PLENAR_TYPE_UINT8}, YuvSwapBytes},
     {{PLENAR_ORDER_YCBYCR, PLENAR_TYPE_UINT16}, YuvSwapWords},
     {{PLENAR_ORDER_BGR, PLENAR_TYPE_UINT8}, YuvReverseTriples},
@@ -89,7 +89,7 @@ constexpr YuvLike yuvLikes[] = {
 };
 
 void AddLibyuv(const Frame& frame, Direction direction, std::vector<Peer>& peers) {
-    for (const YuvLike& like : yuvLikes) {
+    for (const YuvLike& like : kYuvLikes) {
         if (like.format.order != frame.format.order || like.format.type != frame.format.type) {
             continue;
         }
@@ -113,7 +113,7 @@ struct ScaleLike {
     int planeBytes;
 };
 
-constexpr ScaleLike scaleLikes[] = {
+constexpr ScaleLike kScaleLikes[] = {
     {{PLENAR_ORDER_YCBYCR, PLENAR_TYPE_UINT8}, AV_PIX_FMT_YUYV422, AV_PIX_FMT_UYVY422, 2, 2},
     {{PLENAR_ORDER_BGR, PLENAR_TYPE_UINT8}, AV_PIX_FMT_BGR24, AV_PIX_FMT_RGB24, 3, 3},
     {{PLENAR_ORDER_BGR, PLENAR_TYPE_UINT16}, AV_PIX_FMT_BGR48LE, AV_PIX_FMT_RGB48LE, 6, 6},
@@ -144,7 +144,7 @@ Work ScaleWork(const Frame& frame, Direction direction, const ScaleLike& like) {
 }
 
 void AddSwscale(const Frame& frame, Direction direction, std::vector<Peer>& peers) {
-    for (const ScaleLike& like : scaleLikes) {
+    for (const ScaleLike& like : kScaleLikes) {
         if (like.format.order == frame.format.order && like.format.type == frame.format.type) {
             peers.push_back({"swscale", [=] { return ScaleWork(frame, direction, like); }});
         }

@@ -12,9 +12,9 @@ namespace plenar_bench {
 
 namespace {
 
-constexpr size_t cachedBytes = size_t{256} * 1024;
-constexpr uint32_t packedRowPixels = 48;  // rows of Packed10 are padded to a multiple of this
-constexpr size_t lineBytes = 64;
+constexpr size_t kCachedBytes = size_t{256} * 1024;
+constexpr uint32_t kPackedRowPixels = 48;  // rows of Packed10 are padded to a multiple of this
+constexpr size_t kLineBytes = 64;
 
 struct Destroy {
     void operator()(Encoder* encoder) const { Plenar_DestroyEncoder(encoder); }
@@ -69,8 +69,8 @@ struct CopyEnds {
 
 CopyEnds EndsOfCopy(size_t movedBytes, Direction direction) {
     const size_t size = movedBytes / 2;
-    uint8_t* picture = PictureMemory(size + lineBytes);
-    uint8_t* payload = PayloadMemory(size + lineBytes);
+    uint8_t* picture = PictureMemory(size + kLineBytes);
+    uint8_t* payload = PayloadMemory(size + kLineBytes);
     return direction == Direction::Encode ? CopyEnds{picture, payload, size} : CopyEnds{payload, picture, size};
 }
 
@@ -83,24 +83,24 @@ Work CopyWork(const CopyEnds& ends) {
 }
 
 const char* OrderName(uint32_t order) {
-    static constexpr const char* names[] = {"",
-                                            "YCbYCr",
-                                            "CbYCrY",
-                                            "ARGB",
-                                            "BGRA",
-                                            "RGB",
-                                            "BGR",
-                                            "RGBA",
-                                            "ABGR",
-                                            "CbYCr",
-                                            "YCbCr420Planar",
-                                            "CbYACrYA",
-                                            "YCbCrA",
-                                            "YCbCrA420Planar",
-                                            "AlphaOnly",
-                                            "YCbYCrPlusAlpha",
-                                            "CbYCrYPlusAlpha"};
-    return names[order];
+    static constexpr const char* kNames[] = {"",
+                                             "YCbYCr",
+                                             "CbYCrY",
+                                             "ARGB",
+                                             "BGRA",
+                                             "RGB",
+                                             "BGR",
+                                             "RGBA",
+                                             "ABGR",
+                                             "CbYCr",
+                                             "YCbCr420Planar",
+                                             "CbYACrYA",
+                                             "YCbCrA",
+                                             "YCbCrA420Planar",
+                                             "AlphaOnly",
+                                             "YCbYCrPlusAlpha",
+                                             "CbYCrYPlusAlpha"};
+    return kNames[order];
 }
 
 const char* TypeName(uint32_t type) {
@@ -164,12 +164,12 @@ uint32_t Frame::PayloadLimit() const {
 }
 
 PictureSize CachedSize(const Format& format, Direction direction) {
-    const Frame sample = {format, {packedRowPixels, packedRowPixels}};
+    const Frame sample = {format, {kPackedRowPixels, kPackedRowPixels}};
     const double bytesOfPixel =
         static_cast<double>(sample.MovedBytes(direction)) / static_cast<double>(sample.Pixels());
-    const double pixels = static_cast<double>(cachedBytes) / bytesOfPixel;
+    const double pixels = static_cast<double>(kCachedBytes) / bytesOfPixel;
     const auto columns = static_cast<uint32_t>(std::sqrt(pixels * 16 / 9));
-    const uint32_t width = columns / packedRowPixels * packedRowPixels;
+    const uint32_t width = columns / kPackedRowPixels * kPackedRowPixels;
     const auto height = static_cast<uint32_t>(pixels / width);
     return {width, height / 2 * 2};
 }
@@ -203,9 +203,9 @@ Work MemcpyWork(size_t movedBytes, Direction direction) {
 Work ShiftedMemcpyWork(size_t movedBytes, Direction direction) {
     CopyEnds ends = EndsOfCopy(movedBytes, direction);
     if (direction == Direction::Encode) {
-        ends.dst += firstPlaneOffset;
+        ends.dst += kFirstPlaneOffset;
     } else {
-        ends.src += firstPlaneOffset;
+        ends.src += kFirstPlaneOffset;
     }
     return CopyWork(ends);
 }
@@ -221,7 +221,7 @@ Work StreamingCopyWork(size_t movedBytes, Direction direction) {
 
 Work TwoThreadMemcpyWork(size_t movedBytes, Direction direction) {
     const CopyEnds ends = EndsOfCopy(movedBytes, direction);
-    const size_t half = ends.size / 2 / lineBytes * lineBytes;
+    const size_t half = ends.size / 2 / kLineBytes * kLineBytes;
     const auto pair = std::make_shared<RunningPair>();
     return {[=] {
                 pair->Run([&](int index) {

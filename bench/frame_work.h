@@ -19,8 +19,8 @@ struct PictureSize {
     uint32_t height;
 };
 
-inline constexpr PictureSize hd = {1920, 1080};
-inline constexpr PictureSize uhd = {3840, 2160};
+inline constexpr PictureSize kHd = {1920, 1080};
+inline constexpr PictureSize kUhd = {3840, 2160};
 
 // An arrangement of samples as a caller has it in memory; rows stand without padding.
 struct Format {
@@ -32,7 +32,7 @@ struct Format {
 };
 
 // Where the data of a payload's only plane begins.
-inline constexpr size_t firstPlaneOffset = 37;
+inline constexpr size_t kFirstPlaneOffset = 37;
 
 // A format at a size.
 struct Frame {

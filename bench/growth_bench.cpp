@@ -11,9 +11,9 @@ namespace plenar_bench {
 
 namespace {
 
-constexpr Direction bothDirections[] = {Direction::Encode, Direction::Decode};
-constexpr PictureSize sizes[] = {{64, 64},     {128, 128},   {256, 256},   {512, 512},  {1280, 720},
-                                 {1920, 1080}, {3840, 2160}, {5760, 3240}, {7680, 4320}};
+constexpr Direction kBothDirections[] = {Direction::Encode, Direction::Decode};
+constexpr PictureSize kSizes[] = {{64, 64},     {128, 128},   {256, 256},   {512, 512},  {1280, 720},
+                                  {1920, 1080}, {3840, 2160}, {5760, 3240}, {7680, 4320}};
 
 // memcpy moves what the frame moves; for coded alpha it copies the plain plane.
 void AddFrame(const Frame& frame, Direction direction) {
@@ -34,14 +34,14 @@ void AddFrame(const Frame& frame, Direction direction) {
 }  // namespace
 
 void AddGrowthBenchmarks() {
-    constexpr Format formats[] = {{PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT8},
-                                  {PLENAR_ORDER_BGRA, PLENAR_TYPE_UINT8},
-                                  {PLENAR_ORDER_YCBYCR, PLENAR_TYPE_UINT8},
-                                  {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT10},
-                                  {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}};
-    for (const Format& format : formats) {
-        for (const PictureSize size : sizes) {
-            for (const Direction direction : bothDirections) {
+    constexpr Format kFormats[] = {{PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT8},
+                                   {PLENAR_ORDER_BGRA, PLENAR_TYPE_UINT8},
+                                   {PLENAR_ORDER_YCBYCR, PLENAR_TYPE_UINT8},
+                                   {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT10},
+                                   {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}};
+    for (const Format& format : kFormats) {
+        for (const PictureSize size : kSizes) {
+            for (const Direction direction : kBothDirections) {
                 AddFrame({format, size, format.order == PLENAR_ORDER_ALPHA_ONLY}, direction);
             }
         }

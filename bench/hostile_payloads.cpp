@@ -17,10 +17,10 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using plenar::FourCC;
 
-constexpr Format uyvy = {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT8};
+constexpr Format kUyvy = {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT8};
 constexpr Format alpha8 = {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8};
 constexpr Format alpha16 = {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT16};
-constexpr PictureSize tiny = {16, 16};
+constexpr PictureSize kTiny = {16, 16};
 
 std::minstd_rand SameEachTime(uint32_t seed) {
     return std::minstd_rand(seed);
@@ -40,7 +40,7 @@ void AppendHeader(Bytes& bytes, uint32_t size, uint32_t kind) {
 }
 
 void AppendSinf(Bytes& bytes, PictureSize size, uint32_t code) {
-    AppendHeader(bytes, plenar::sinfBoxSizeWithoutLayout, plenar::box::sinf);
+    AppendHeader(bytes, plenar::kSinfBoxSizeWithoutLayout, plenar::box::sinf);
     Append32(bytes, size.width);
     Append32(bytes, size.height);
     Append32(bytes, code);
@@ -75,16 +75,16 @@ Bytes UnevenBoxes(const Frame& frame) {
     return FilledPack(frame, [&random](Bytes& bytes) {
         const auto size = static_cast<uint32_t>(7 + (random() >> 8) % 4);
         AppendHeader(bytes, size, FourCC("none"));
-        bytes.resize(bytes.size() + (std::max(size, plenar::boxHeaderSize) - plenar::boxHeaderSize));
+        bytes.resize(bytes.size() + (std::max(size, plenar::kBoxHeaderSize) - plenar::kBoxHeaderSize));
     });
 }
 
 // Planes without data, each in the least boxes that are accepted.
 Bytes LeastPlanes(const Frame& frame, uint32_t code) {
     return FilledPack(frame, [code](Bytes& bytes) {
-        AppendHeader(bytes, plenar::boxHeaderSize, plenar::box::icmp);
+        AppendHeader(bytes, plenar::kBoxHeaderSize, plenar::box::icmp);
         AppendSinf(bytes, {1, 0}, code);
-        AppendHeader(bytes, plenar::boxHeaderSize, plenar::box::sdat);
+        AppendHeader(bytes, plenar::kBoxHeaderSize, plenar::box::sdat);
     });
 }
 
@@ -94,8 +94,8 @@ Bytes LeastPlanes(const Frame& frame, uint32_t code) {
 class Bits {
 public:
     void Put(uint64_t value, uint32_t n) {
-        if (count + n > 64) {
-            const uint32_t high = 64 - count;
+        if (count_ + n > 64) {
+            const uint32_t high = 64 - count_;
             PutShort(high == 0 ? 0 : value >> (n - high), high);
             Drain(8);
             PutShort(value, n - high);
@@ -105,29 +105,29 @@ public:
     }
 
     Bytes Take() {
-        Drain((count + 7) / 8);
-        return std::move(bytes);
+        Drain((count_ + 7) / 8);
+        return std::move(bytes_);
     }
 
 private:
     void PutShort(uint64_t value, uint32_t n) {
         if (n != 0) {
-            word |= (value & plenar::RleBitMask(n)) << (64 - n) >> count;
-            count += n;
+            word_ |= (value & plenar::RleBitMask(n)) << (64 - n) >> count_;
+            count_ += n;
         }
     }
 
     void Drain(uint32_t n) {
         for (uint32_t i = 0; i < n; ++i) {
-            bytes.push_back(static_cast<uint8_t>(word >> (56 - 8 * i)));
+            bytes_.push_back(static_cast<uint8_t>(word_ >> (56 - 8 * i)));
         }
-        word = 0;
-        count = 0;
+        word_ = 0;
+        count_ = 0;
     }
 
-    Bytes bytes;
-    uint64_t word = 0;
-    uint32_t count = 0;
+    Bytes bytes_;
+    uint64_t word_ = 0;
+    uint32_t count_ = 0;
 };
 
 struct Token {
@@ -222,7 +222,7 @@ Bytes Boxed(const Frame& frame, const Bytes& coded) {
     Bytes bytes;
     AppendHeader(bytes, 0, plenar::box::pack);
     AppendSinf(bytes, frame.size, wide ? plenar::plane::rl16 : plenar::plane::rl08);
-    AppendHeader(bytes, static_cast<uint32_t>(coded.size()) + plenar::boxHeaderSize, plenar::box::sdat);
+    AppendHeader(bytes, static_cast<uint32_t>(coded.size()) + plenar::kBoxHeaderSize, plenar::box::sdat);
     bytes.insert(bytes.end(), coded.begin(), coded.end());
     SetSizeAt(bytes, 0, bytes.size());
     return bytes;
@@ -262,7 +262,7 @@ Bytes CodedPlane(const Frame& frame, const Cut& cut, const PutTokens& putTokens)
 // A table that goes on to the end of the payload: groups of no entries, or one value with a prefix without end.
 Bytes EndlessTable(const Frame& frame, bool groups) {
     Bits bits;
-    bits.Put(plenar::RleMaxBands, 8);
+    bits.Put(plenar::kRleMaxBands, 8);
     const uint64_t wanted = uint64_t{8} * frame.PayloadLimit();
     if (groups) {
         for (uint64_t done = 0; done < wanted; done += 77) {
@@ -285,7 +285,7 @@ Bytes IdleBands(const Frame& frame) {
     OneFlatRun(bits, {false}, frame.Pixels());
     const Bytes stream = bits.Take();
     plenar::RleBandTable table = {};
-    table.count = plenar::RleMaxBands;
+    table.count = plenar::kRleMaxBands;
     table.rows[0] = frame.size.height;
     table.sizes[0] = static_cast<uint32_t>(stream.size());
     return Boxed(frame, table, stream);
@@ -307,8 +307,8 @@ std::vector<HostilePayload> HostilePayloads() {
     const auto add = [&](const std::string& name, const Frame& frame, const std::function<Bytes(const Frame&)>& make) {
         all.push_back({name, frame, [=] { return make(frame); }});
     };
-    for (const auto& [sizeName, size] : {std::pair{"HD", hd}, std::pair{"L2", CachedSize(uyvy, Direction::Decode)}}) {
-        const Frame frame = {uyvy, size};
+    for (const auto& [sizeName, size] : {std::pair{"HD", kHd}, std::pair{"L2", CachedSize(kUyvy, Direction::Decode)}}) {
+        const Frame frame = {kUyvy, size};
         const std::string prefix = std::string(sizeName) + "/t1/";
         add(prefix + "boxes-least", frame, LeastBoxes);
         add(prefix + "boxes-uneven", frame, UnevenBoxes);
@@ -334,17 +334,17 @@ std::vector<HostilePayload> HostilePayloads() {
         {"long-run", {1, false}, OneFlatRun},
     };
     for (const auto& [depthName, format] : {std::pair{"-8", alpha8}, std::pair{"-16", alpha16}}) {
-        const Frame frame = {format, hd, true};
+        const Frame frame = {format, kHd, true};
         for (const Streams& kind : kinds) {
             add(std::string("HD/t1/") + kind.name + depthName, frame,
                 [kind](const Frame& f) { return CodedPlane(f, kind.cut, kind.putTokens); });
         }
     }
-    const Frame coded = {alpha8, hd, true};
+    const Frame coded = {alpha8, kHd, true};
     add("HD/t1/table-groups-8", coded, [](const Frame& f) { return EndlessTable(f, true); });
     add("HD/t1/table-prefix-8", coded, [](const Frame& f) { return EndlessTable(f, false); });
-    add("16x16/t1/idle-bands-8", {alpha8, tiny, true}, IdleBands);
-    add("16x16/t2/idle-bands-8", {alpha8, tiny, true}, IdleBands);
+    add("16x16/t1/idle-bands-8", {alpha8, kTiny, true}, IdleBands);
+    add("16x16/t2/idle-bands-8", {alpha8, kTiny, true}, IdleBands);
     return all;
 }
 
@@ -362,7 +362,8 @@ std::vector<uint8_t> HonestPayload(const Frame& frame, size_t size) {
     if (payload.size() < size) {
         payload.resize(size);
         SetSizeAt(payload, 0, size);
-        SetSizeAt(payload, firstPlaneOffset - plenar::boxHeaderSize, size - firstPlaneOffset + plenar::boxHeaderSize);
+        SetSizeAt(payload, kFirstPlaneOffset - plenar::kBoxHeaderSize,
+                  size - kFirstPlaneOffset + plenar::kBoxHeaderSize);
     }
     return payload;
 }

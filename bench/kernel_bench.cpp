@@ -21,9 +21,9 @@ namespace {
 using plenar::PixelLayout;
 using plenar::RowKernels;
 
-constexpr size_t rowBytes = size_t{256} * 1024;  // read plus written
-constexpr size_t farPart = rowBytes;             // where the second part of a plane row stands
-constexpr plenar::Reordering inOrder;            // samples stand in the caller's row as in the plane's
+constexpr size_t kRowBytes = size_t{256} * 1024;  // read plus written
+constexpr size_t kFarPart = kRowBytes;            // where the second part of a plane row stands
+constexpr plenar::Reordering kInOrder;            // samples stand in the caller's row as in the plane's
 
 struct NamedSet {
     const char* name;
@@ -31,9 +31,9 @@ struct NamedSet {
 };
 
 std::vector<NamedSet> RunnableSets() {
-    std::vector<NamedSet> sets = {{"plain", &plenar::plainRowKernels}, {"ssse3", &plenar::ssse3RowKernels}};
+    std::vector<NamedSet> sets = {{"plain", &plenar::kPlainRowKernels}, {"ssse3", &plenar::kSsse3RowKernels}};
     if (plenar::DetectedCpuFeatures().hasAvx2) {
-        sets.push_back({"avx2", &plenar::avx2RowKernels});
+        sets.push_back({"avx2", &plenar::kAvx2RowKernels});
     }
     return sets;
 }
@@ -51,17 +51,17 @@ std::vector<KernelCase> RowCases() {
     for (const size_t width : {size_t{1}, size_t{2}, size_t{4}}) {
         const auto bytes = static_cast<double>(width);
         const std::string suffix = "-" + std::to_string(width);
-        const PixelLayout& bgra = plenar::pixel_layouts::bgra;
-        const PixelLayout& cbyacrya = plenar::pixel_layouts::cbyacrya;
+        const PixelLayout& bgra = plenar::pixel_layouts::kBgra;
+        const PixelLayout& cbyacrya = plenar::pixel_layouts::kCbyacrya;
         for (const auto& [name, layout] : {std::pair{"BGRA", &bgra}, std::pair{"CbYACrYA", &cbyacrya}}) {
             const double unit = 2 * static_cast<double>(layout->samples) * bytes;
             cases.push_back({std::string("split-") + name + suffix, unit, 4,
                              [layout = layout, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                                 k.split(*layout, width, src, dst, dst + farPart, n);
+                                 k.split(*layout, width, src, dst, dst + kFarPart, n);
                              }});
             cases.push_back({std::string("merge-") + name + suffix, unit, 4,
                              [layout = layout, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                                 k.merge(*layout, width, src, src + farPart, dst, n);
+                                 k.merge(*layout, width, src, src + kFarPart, dst, n);
                              }});
         }
         cases.push_back({"swapPairs" + suffix, 4 * bytes, 1,
@@ -74,16 +74,16 @@ std::vector<KernelCase> RowCases() {
                          }});
     }
     cases.push_back({"pack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.pack10(inOrder, src, n, dst, dst + n);
+                         k.pack10(kInOrder, src, n, dst, dst + n);
                      }});
     cases.push_back({"pack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.pack12(inOrder, src, n, dst, dst + n);
+                         k.pack12(kInOrder, src, n, dst, dst + n);
                      }});
     cases.push_back({"unpack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpack10(inOrder, src, src + n, n, dst);
+                         k.unpack10(kInOrder, src, src + n, n, dst);
                      }});
     cases.push_back({"unpack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpack12(inOrder, src, src + n, n, dst);
+                         k.unpack12(kInOrder, src, src + n, n, dst);
                      }});
     cases.push_back({"packedGroupsToPlane", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
                          k.packedGroupsToPlane(src, n, dst, dst + 12 * n);
@@ -92,7 +92,7 @@ std::vector<KernelCase> RowCases() {
                          k.planeToPackedGroups(src, src + 12 * n, n, dst);
                      }});
     cases.push_back({"fixedToFloat", 6, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.fixedToFloat(inOrder, src, n, dst);
+                         k.fixedToFloat(kInOrder, src, n, dst);
                      }});
     return cases;
 }
@@ -101,13 +101,13 @@ void AddRowKernels() {
     for (const KernelCase& kernel : RowCases()) {
         const std::string prefix = "kernels/L2/t1/" + kernel.name + "/";
         const size_t units =
-            static_cast<size_t>(static_cast<double>(rowBytes) / kernel.unitBytes) / kernel.block * kernel.block;
+            static_cast<size_t>(static_cast<double>(kRowBytes) / kernel.unitBytes) / kernel.block * kernel.block;
         const auto moved = static_cast<size_t>(static_cast<double>(units) * kernel.unitBytes);
         Measure(prefix + "memcpy", [=] { return MemcpyWork(moved, Direction::Encode); });
         for (const NamedSet& set : RunnableSets()) {
             Measure(prefix + set.name, [=, run = kernel.run, kernels = set.kernels]() -> Work {
-                const uint8_t* src = PictureMemory(2 * rowBytes);
-                uint8_t* dst = PayloadMemory(2 * rowBytes);
+                const uint8_t* src = PictureMemory(2 * kRowBytes);
+                uint8_t* dst = PayloadMemory(2 * kRowBytes);
                 return {[=] {
                             run(*kernels, src, dst, units);
                             return true;
@@ -125,21 +125,21 @@ void AddBandCoders() {
         const char* name;
         RleKernelSet set;
     };
-    constexpr NamedCoder coders[] = {
-        {"plain", RleKernelSet::kPlain}, {"baseline", RleKernelSet::kBaseline}, {"avx2", RleKernelSet::kAvx2}};
-    constexpr PictureSize size = {480, 270};
-    const Frame frame = {{PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}, size, true};
+    constexpr NamedCoder kCoders[] = {
+        {"plain", RleKernelSet::Plain}, {"baseline", RleKernelSet::Baseline}, {"avx2", RleKernelSet::Avx2}};
+    constexpr PictureSize kSize = {480, 270};
+    const Frame frame = {{PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}, kSize, true};
     for (const Matte matte : {Matte::Flat, Matte::Shapes, Matte::SoftEdges, Matte::Glyphs, Matte::Noise}) {
         for (const Direction direction : {Direction::Encode, Direction::Decode}) {
-            for (const NamedCoder& coder : coders) {
+            for (const NamedCoder& coder : kCoders) {
                 if (plenar::RleFindKernels(coder.set) == nullptr) {
                     continue;
                 }
                 const std::string prefix = "kernels/L2/t1/rle-" + NameOf(matte) + "-" + NameOf(direction) + "/";
                 Measure(prefix + coder.name, [=]() -> Work {
-                    Work work = FrameWork(frame, direction, 1, MatteSamples(matte, size, 8));
+                    Work work = FrameWork(frame, direction, 1, MatteSamples(matte, kSize, 8));
                     const std::shared_ptr<void> back(nullptr,
-                                                     [](void*) { plenar::RleChooseKernels(RleKernelSet::kBest); });
+                                                     [](void*) { plenar::RleChooseKernels(RleKernelSet::Best); });
                     plenar::RleChooseKernels(coder.set);
                     return {[run = work.run, back] { return run(); }, work.bytes};
                 });

@@ -17,14 +17,14 @@ struct Point {
 // Uniform numbers that don't differ between standard libraries, as those of std::uniform_real_distribution may.
 class Chance {
 public:
-    explicit Chance(uint32_t seed) : engine(seed) {}
+    explicit Chance(uint32_t seed) : engine_(seed) {}
     uint32_t Below(uint32_t limit) { return Next() % limit; }
     double Between(double low, double high) { return low + (high - low) * (Next() / 4294967296.0); }
 
 private:
-    uint32_t Next() { return static_cast<uint32_t>(engine()); }
+    uint32_t Next() { return static_cast<uint32_t>(engine_()); }
 
-    std::mt19937 engine;
+    std::mt19937 engine_;
 };
 
 double Distance(Point a, Point b) {
@@ -46,17 +46,17 @@ double Coverage(double inside) {
 // Levels from 0 to 1.
 class Canvas {
 public:
-    explicit Canvas(PictureSize size) : size(size), levels(size_t{size.width} * size.height) {}
+    explicit Canvas(PictureSize size) : size_(size), levels_(size_t{size.width} * size.height) {}
 
-    float& At(uint32_t x, uint32_t y) { return levels[size_t{y} * size.width + x]; }
-    uint32_t Width() const { return size.width; }
-    uint32_t Height() const { return size.height; }
-    const std::vector<float>& Levels() const { return levels; }
+    float& At(uint32_t x, uint32_t y) { return levels_[size_t{y} * size_.width + x]; }
+    uint32_t Width() const { return size_.width; }
+    uint32_t Height() const { return size_.height; }
+    const std::vector<float>& Levels() const { return levels_; }
 
     template <class LevelOf>
     void ForEach(const LevelOf& levelOf) {
-        for (uint32_t y = 0; y < size.height; ++y) {
-            for (uint32_t x = 0; x < size.width; ++x) {
+        for (uint32_t y = 0; y < size_.height; ++y) {
+            for (uint32_t x = 0; x < size_.width; ++x) {
                 At(x, y) = static_cast<float>(levelOf(x, y));
             }
         }
@@ -65,10 +65,10 @@ public:
     // The higher level stays, for the pixels between two corners and `margin` around them.
     template <class LevelOf>
     void Lighten(Point a, Point b, double margin, const LevelOf& levelOf) {
-        const uint32_t right = Clip(std::max(a.x, b.x) + margin + 1, size.width);
-        const uint32_t bottom = Clip(std::max(a.y, b.y) + margin + 1, size.height);
-        for (uint32_t y = Clip(std::min(a.y, b.y) - margin, size.height); y < bottom; ++y) {
-            for (uint32_t x = Clip(std::min(a.x, b.x) - margin, size.width); x < right; ++x) {
+        const uint32_t right = Clip(std::max(a.x, b.x) + margin + 1, size_.width);
+        const uint32_t bottom = Clip(std::max(a.y, b.y) + margin + 1, size_.height);
+        for (uint32_t y = Clip(std::min(a.y, b.y) - margin, size_.height); y < bottom; ++y) {
+            for (uint32_t x = Clip(std::min(a.x, b.x) - margin, size_.width); x < right; ++x) {
                 const Point centre = {x + 0.5, y + 0.5};
                 At(x, y) = std::max(At(x, y), static_cast<float>(levelOf(centre)));
             }
@@ -92,8 +92,8 @@ private:
         return static_cast<uint32_t>(std::clamp(value, 0.0, static_cast<double>(limit)));
     }
 
-    PictureSize size;
-    std::vector<float> levels;
+    PictureSize size_;
+    std::vector<float> levels_;
 };
 
 // Calls draw(corner, chance) for the cells of a grid.
@@ -138,18 +138,18 @@ void DrawGlyphs(Canvas& canvas) {
 }
 
 void DrawHair(Canvas& canvas) {
-    constexpr int strands = 90;
-    constexpr int joints = 10;
+    constexpr int kStrands = 90;
+    constexpr int kJoints = 10;
     ForEachCell(canvas, 640, 540, [&](Point corner, Chance& chance) {
         const Point centre = {corner.x + 320, corner.y + 300};
         canvas.Disc(centre, 110, 1);
-        for (int i = 0; i < strands; ++i) {
+        for (int i = 0; i < kStrands; ++i) {
             Point at = {centre.x + chance.Between(-100, 100), centre.y + chance.Between(-100, 60)};
             Point step = {chance.Between(-24, 24), chance.Between(-26, 10)};
             const Point bend = {chance.Between(-3, 3), chance.Between(0, 4)};
             const double width = chance.Between(0.6, 1.6);
             const double opacity = chance.Between(0.3, 1);
-            for (int joint = 0; joint < joints; ++joint) {
+            for (int joint = 0; joint < kJoints; ++joint) {
                 const Point next = {at.x + step.x, at.y + step.y};
                 canvas.Stroke(at, next, width, opacity);
                 at = next;
@@ -171,17 +171,17 @@ void DrawGrain(Canvas& canvas) {
 
 // Mirrored figures of 16 rows of blocks, each block 3 pixels wide; some blocks at the rim are half clear.
 void DrawSprites(Canvas& canvas) {
-    constexpr uint32_t blocks = 16;
-    constexpr uint32_t blockPixels = 3;
+    constexpr uint32_t kBlocks = 16;
+    constexpr uint32_t kBlockPixels = 3;
     ForEachCell(canvas, 64, 64, [&](Point corner, Chance& chance) {
         uint32_t reach = 2 + chance.Below(4);
-        for (uint32_t row = 0; row < blocks; ++row) {
-            reach = std::clamp(reach + chance.Below(3), 2U, blocks / 2 + 1) - 1;
+        for (uint32_t row = 0; row < kBlocks; ++row) {
+            reach = std::clamp(reach + chance.Below(3), 2U, kBlocks / 2 + 1) - 1;
             const auto fill = [&](uint32_t halfWidth, double level) {
                 const double middle = corner.x + 32;
-                const double top = corner.y + 8 + row * blockPixels;
-                const double half = halfWidth * blockPixels;
-                canvas.Lighten({middle - half, top}, {middle + half - 1, top + blockPixels - 1}, 0,
+                const double top = corner.y + 8 + row * kBlockPixels;
+                const double half = halfWidth * kBlockPixels;
+                canvas.Lighten({middle - half, top}, {middle + half - 1, top + kBlockPixels - 1}, 0,
                                [&](Point) { return level; });
             };
             fill(reach, chance.Below(4) == 0 ? 0.5 : 1);
@@ -249,9 +249,9 @@ std::vector<uint8_t> DrawMatte(Matte matte, PictureSize size, uint32_t bits) {
 }  // namespace
 
 std::string NameOf(Matte matte) {
-    static constexpr const char* names[] = {"flat",   "vertical", "horizontal", "steep",   "shapes", "soft",
-                                            "glyphs", "hair",     "grain",      "sprites", "noise"};
-    return names[static_cast<size_t>(matte)];
+    static constexpr const char* kNames[] = {"flat",   "vertical", "horizontal", "steep",   "shapes", "soft",
+                                             "glyphs", "hair",     "grain",      "sprites", "noise"};
+    return kNames[static_cast<size_t>(matte)];
 }
 
 const std::vector<uint8_t>& MatteSamples(Matte matte, PictureSize size, uint32_t bits) {

@@ -24,17 +24,17 @@ enum class Matte {
     Noise,
 };
 
-inline constexpr Matte allMattes[] = {Matte::Flat,
-                                      Matte::VerticalGradient,
-                                      Matte::HorizontalGradient,
-                                      Matte::SteepGradient,
-                                      Matte::Shapes,
-                                      Matte::SoftEdges,
-                                      Matte::Glyphs,
-                                      Matte::Hair,
-                                      Matte::Grain,
-                                      Matte::Sprites,
-                                      Matte::Noise};
+inline constexpr Matte kAllMattes[] = {Matte::Flat,
+                                       Matte::VerticalGradient,
+                                       Matte::HorizontalGradient,
+                                       Matte::SteepGradient,
+                                       Matte::Shapes,
+                                       Matte::SoftEdges,
+                                       Matte::Glyphs,
+                                       Matte::Hair,
+                                       Matte::Grain,
+                                       Matte::Sprites,
+                                       Matte::Noise};
 
 std::string NameOf(Matte matte);
 

@@ -13,13 +13,13 @@ namespace plenar_bench {
 
 namespace {
 
-constexpr size_t pageBytes = 4096;
-constexpr int warmUps = 2;
+constexpr size_t kPageBytes = 4096;
+constexpr int kWarmUps = 2;
 
 // A failure is kept and reported at the end.
 bool WarmUp(const Work& work) {
     bool good = true;
-    for (int i = 0; i < warmUps; ++i) {
+    for (int i = 0; i < kWarmUps; ++i) {
         good = work.run() && good;
     }
     return good;
@@ -38,16 +38,16 @@ void Report(benchmark::State& state, const Work& work, bool good) {
 class PageMemory {
 public:
     uint8_t* AtLeast(size_t size) {
-        if (size > capacity) {
-            const size_t whole = (size + pageBytes - 1) / pageBytes * pageBytes;
-            memory.reset(static_cast<uint8_t*>(std::aligned_alloc(pageBytes, whole)));
-            if (!memory) {
+        if (size > capacity_) {
+            const size_t whole = (size + kPageBytes - 1) / kPageBytes * kPageBytes;
+            memory_.reset(static_cast<uint8_t*>(std::aligned_alloc(kPageBytes, whole)));
+            if (!memory_) {
                 throw std::bad_alloc();
             }
-            capacity = whole;
+            capacity_ = whole;
             FillWithNoise();
         }
-        return memory.get();
+        return memory_.get();
     }
 
 private:
@@ -57,13 +57,13 @@ private:
 
     void FillWithNoise() {
         std::minstd_rand random;  // NOLINT(cert-msc51-cpp, cert-msc32-c): the same in each run
-        for (size_t i = 0; i < capacity; ++i) {
-            memory.get()[i] = static_cast<uint8_t>(random() >> 8);
+        for (size_t i = 0; i < capacity_; ++i) {
+            memory_.get()[i] = static_cast<uint8_t>(random() >> 8);
         }
     }
 
-    std::unique_ptr<uint8_t, Free> memory;
-    size_t capacity = 0;
+    std::unique_ptr<uint8_t, Free> memory_;
+    size_t capacity_ = 0;
 };
 
 }  // namespace
@@ -112,9 +112,9 @@ uint8_t* PayloadMemory(size_t size) {
 }
 
 size_t PayloadShift() {
-    static const char* const text = std::getenv("PLENAR_BENCH_PAYLOAD_SHIFT");
-    static const size_t shift = text != nullptr ? std::strtoul(text, nullptr, 10) : 0;
-    return shift;
+    static const char* const kText = std::getenv("PLENAR_BENCH_PAYLOAD_SHIFT");
+    static const size_t kShift = kText != nullptr ? std::strtoul(kText, nullptr, 10) : 0;
+    return kShift;
 }
 
 }  // namespace plenar_bench

@@ -19,7 +19,7 @@ void StreamingCopy(uint8_t* dst, const uint8_t* src, size_t size);
 uint64_t ReadPass(const uint8_t* src, size_t size);
 
 // So many additions, each of which waits for the one before: one cycle of the processor apiece.
-inline constexpr uint32_t chainedAdditions = 4096;
+inline constexpr uint32_t kChainedAdditions = 4096;
 void RunChainedAdditions();
 
 // Two threads that are both running: the caller's, and one that spins until it gets its share. Waking costs nothing,
@@ -37,11 +37,11 @@ public:
 private:
     void Work();
 
-    const std::function<void(int)>* current = nullptr;
-    std::atomic<uint32_t> started{0};
-    std::atomic<uint32_t> finished{0};
-    std::atomic<bool> stop{false};
-    std::thread helper;
+    const std::function<void(int)>* current_ = nullptr;
+    std::atomic<uint32_t> started_{0};
+    std::atomic<uint32_t> finished_{0};
+    std::atomic<bool> stop_{false};
+    std::thread helper_;
 };
 
 // Two threads that sleep on a condition variable, and a caller that sleeps until both have ended: the plainest pool,
@@ -59,14 +59,14 @@ public:
 private:
     void Work(int index);
 
-    std::mutex mutex;
-    std::condition_variable wakeup;
-    std::condition_variable done;
-    const std::function<void(int)>* current = nullptr;
-    uint64_t batch = 0;
-    int busy = 0;
-    bool stop = false;
-    std::vector<std::thread> workers;
+    std::mutex mutex_;
+    std::condition_variable wakeup_;
+    std::condition_variable done_;
+    const std::function<void(int)>* current_ = nullptr;
+    uint64_t batch_ = 0;
+    int busy_ = 0;
+    bool stop_ = false;
+    std::vector<std::thread> workers_;
 };
 
 }  // namespace plenar_bench

@@ -15,7 +15,7 @@ namespace plenar_bench {
 
 namespace {
 
-constexpr Direction bothDirections[] = {Direction::Encode, Direction::Decode};
+constexpr Direction kBothDirections[] = {Direction::Encode, Direction::Decode};
 
 struct Kind {
     std::string name;
@@ -46,7 +46,7 @@ std::vector<uint8_t> ContentsOf(const Kind& kind, PictureSize size) {
 
 void AddScaling(const char* sizeName, PictureSize size) {
     for (const Kind& kind : AllKinds()) {
-        for (const Direction direction : bothDirections) {
+        for (const Direction direction : kBothDirections) {
             if (kind.format.decodedType != 0 && direction == Direction::Encode) {
                 continue;  // an encode of fixed point is a copy
             }
@@ -77,30 +77,30 @@ void AddSmallFrames() {
         {"YCbCr420Planar-Uint8", {PLENAR_ORDER_YCBCR420_PLANAR, PLENAR_TYPE_UINT8}},
         {"AlphaOnly-Uint8-shapes", {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}, true, Matte::Shapes},
     };
-    constexpr PictureSize small = {16, 16};
+    constexpr PictureSize kSmall = {16, 16};
     for (const Kind& kind : kinds) {
-        for (const Direction direction : bothDirections) {
-            const Frame frame = {kind.format, small, kind.codesAlpha};
+        for (const Direction direction : kBothDirections) {
+            const Frame frame = {kind.format, kSmall, kind.codesAlpha};
             const std::string name = "/" + kind.name + "-" + NameOf(direction) + "/";
             const size_t moved =
                 kind.codesAlpha ? size_t{2} * frame.PictureBytes(direction) : frame.MovedBytes(direction);
             Measure("small/16x16/t1" + name + "memcpy", [=] { return MemcpyWork(moved, direction); });
             Measure("small/16x16/t1" + name + "plenar",
-                    [=] { return FrameWork(frame, direction, 1, ContentsOf(kind, small)); });
+                    [=] { return FrameWork(frame, direction, 1, ContentsOf(kind, kSmall)); });
             Measure("small/16x16/t2" + name + "waking", WakingWork, Clock::Wall);
             Measure(
                 "small/16x16/t2" + name + "plenar",
-                [=] { return FrameWork(frame, direction, 2, ContentsOf(kind, small)); }, Clock::Wall);
+                [=] { return FrameWork(frame, direction, 2, ContentsOf(kind, kSmall)); }, Clock::Wall);
         }
     }
 }
 
 // A host's own work between two frames: some additions on each of two threads, or none at all. Threads of ours that
 // still spin then take processors from it.
-constexpr int ownRounds = 800;
+constexpr int kOwnRounds = 800;
 
 void OwnShare(int) {
-    for (int i = 0; i < ownRounds; ++i) {
+    for (int i = 0; i < kOwnRounds; ++i) {
         RunChainedAdditions();
     }
 }
@@ -120,7 +120,7 @@ Work FrameThenOwnWork(const Frame& frame) {
 }
 
 void AddPauses() {
-    const Frame frame = {{PLENAR_ORDER_BGRA, PLENAR_TYPE_UINT8}, hd};
+    const Frame frame = {{PLENAR_ORDER_BGRA, PLENAR_TYPE_UINT8}, kHd};
     const std::string name = "pauses/HD/t2/BGRA-Uint8/";
     const auto encode = [=] { return FrameWork(frame, Direction::Encode, 2); };
     Measure(name + "backtoback", encode, Clock::Wall);
@@ -133,8 +133,8 @@ void AddPauses() {
 }  // namespace
 
 void AddThreadBenchmarks() {
-    AddScaling("HD", hd);
-    AddScaling("UHD", uhd);
+    AddScaling("HD", kHd);
+    AddScaling("UHD", kUhd);
     AddSmallFrames();
     AddPauses();
 }

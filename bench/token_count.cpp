@@ -11,10 +11,10 @@ namespace {
 
 template <class Sample>
 uint64_t CountTokensAs(const Frame& frame, const std::vector<uint8_t>& payload) {
-    const uint8_t* coded = payload.data() + firstPlaneOffset;
-    const uint64_t codedBytes = payload.size() - firstPlaneOffset;
+    const uint8_t* coded = payload.data() + kFirstPlaneOffset;
+    const uint64_t codedBytes = payload.size() - kFirstPlaneOffset;
     plenar::RleBandTable table;
-    if (plenar::RleReadBandTable(coded, codedBytes, table) != plenar::RleDefect::kNone) {
+    if (plenar::RleReadBandTable(coded, codedBytes, table) != plenar::RleDefect::None) {
         throw std::runtime_error("a band table that can't be read");
     }
     uint64_t tokens = 0;
@@ -25,7 +25,7 @@ uint64_t CountTokensAs(const Frame& frame, const std::vector<uint8_t>& payload) 
         plenar::RleDecodeState state =
             plenar::RleStartBand<Sample>(coded + start, codedBytes - start, plain.data(), samples);
         for (; state.remaining != 0; ++tokens) {
-            if (plenar::RleDecodeTokenPlain<Sample>(state) != plenar::RleDefect::kNone) {
+            if (plenar::RleDecodeTokenPlain<Sample>(state) != plenar::RleDefect::None) {
                 throw std::runtime_error("a coded plane that can't be decoded");
             }
         }

@@ -2,9 +2,7 @@
 add_library(plenar_build_options INTERFACE)
 
 target_compile_options(plenar_build_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion
-    # GCC's full -Wshadow also complains of constructor arguments that are named after the members they fill.
-    $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
     # GCC 12 finds overlaps in std::string's operator+ that can't be (its bug 105651).
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast>)

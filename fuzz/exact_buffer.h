@@ -14,22 +14,22 @@ namespace plenar_fuzz {
 class ExactBuffer {
 public:
     // The place, modulo 3: a heap block, the end of guarded pages, or their beginning.
-    ExactBuffer(const Bytes& content, uint32_t place) : bytes(content.size()) {
-        if (place % 3 == 0 || bytes > kPagesSize) {
-            block.reset(new uint8_t[bytes]);
-            first = block.get();
+    ExactBuffer(const Bytes& content, uint32_t place) : bytes_(content.size()) {
+        if (place % 3 == 0 || bytes_ > kPagesSize) {
+            block_.reset(new uint8_t[bytes_]);
+            first_ = block_.get();
         } else {
-            first = GuardedPages(depth++) + (place % 3 == 1 ? kPagesSize - bytes : 0);
+            first_ = GuardedPages(depth++) + (place % 3 == 1 ? kPagesSize - bytes_ : 0);
         }
-        std::copy(content.begin(), content.end(), first);
+        std::copy(content.begin(), content.end(), first_);
     }
-    ~ExactBuffer() { depth -= block == nullptr ? 1U : 0U; }
+    ~ExactBuffer() { depth -= block_ == nullptr ? 1U : 0U; }
     ExactBuffer(const ExactBuffer&) = delete;
     ExactBuffer& operator=(const ExactBuffer&) = delete;
 
-    uint8_t* data() const { return first; }
-    size_t size() const { return bytes; }
-    Bytes Content() const { return {first, first + bytes}; }
+    uint8_t* data() const { return first_; }
+    size_t size() const { return bytes_; }
+    Bytes Content() const { return {first_, first_ + bytes_}; }
 
 private:
     static constexpr size_t kPagesSize = size_t{1} << 20;
@@ -48,9 +48,9 @@ private:
 
     static inline size_t depth = 0;
 
-    size_t bytes;
-    uint8_t* first;
-    std::unique_ptr<uint8_t[]> block;
+    size_t bytes_;
+    uint8_t* first_;
+    std::unique_ptr<uint8_t[]> block_;
 };
 
 }  // namespace plenar_fuzz

@@ -22,17 +22,17 @@ inline uint32_t RoomFor(uint32_t needed, bool isShort) {
 }
 
 inline std::pair<uint32_t, uint32_t> TakePair(FuzzInput& input) {
-    static const auto pairs = plenar_test::allPairs();
-    const uint32_t choice = input.Number(static_cast<uint32_t>(pairs.size()));
+    static const auto kPairs = plenar_test::AllPairs();
+    const uint32_t choice = input.Number(static_cast<uint32_t>(kPairs.size()));
     const uint32_t type = choice / 18 % 10;
-    return choice < pairs.size() ? pairs[choice] : std::pair(choice % 18, type == 9 ? 214 : type);
+    return choice < kPairs.size() ? kPairs[choice] : std::pair(choice % 18, type == 9 ? 214 : type);
 }
 
 inline UncompressedParams TakePicture(FuzzInput& input) {
     const auto [order, type] = TakePair(input);
     const uint32_t width = input.Number(80);
     const uint32_t height = input.Number(20);
-    return plenar_test::makeParams(order, type, width, height, 0, 0, input.Byte() % 3);
+    return plenar_test::MakeParams(order, type, width, height, 0, 0, input.Byte() % 3);
 }
 
 inline uint32_t TakeStride(FuzzInput& input, uint64_t tight) {
@@ -41,13 +41,13 @@ inline uint32_t TakeStride(FuzzInput& input, uint64_t tight) {
 }
 
 inline void TakeStrides(FuzzInput& input, UncompressedParams& params) {
-    params.rowBytes = TakeStride(input, plenar_test::tightRowBytes(params));
-    params.rowBytes2 = TakeStride(input, plenar_test::tightRowBytes2(params));
+    params.rowBytes = TakeStride(input, plenar_test::TightRowBytes(params));
+    params.rowBytes2 = TakeStride(input, plenar_test::TightRowBytes2(params));
 }
 
 inline CompressedParams TakeOptions(FuzzInput& input) {
     const uint8_t codesAlpha = input.Byte() % 2;
-    return plenar_test::makeCompressed(codesAlpha, input.Byte());
+    return plenar_test::MakeCompressed(codesAlpha, input.Byte());
 }
 
 constexpr uint32_t kBestKernels = 0;
@@ -55,9 +55,9 @@ constexpr uint32_t kPlainKernels = 1;
 constexpr uint32_t kBaselineKernels = 2;
 
 inline void UseKernels(uint32_t set) {
-    constexpr const plenar::RowKernels* kRowKernels[] = {nullptr, &plenar::plainRowKernels, &plenar::ssse3RowKernels};
-    constexpr plenar::RleKernelSet kRleKernels[] = {plenar::RleKernelSet::kBest, plenar::RleKernelSet::kPlain,
-                                                    plenar::RleKernelSet::kBaseline};
+    constexpr const plenar::RowKernels* kRowKernels[] = {nullptr, &plenar::kPlainRowKernels, &plenar::kSsse3RowKernels};
+    constexpr plenar::RleKernelSet kRleKernels[] = {plenar::RleKernelSet::Best, plenar::RleKernelSet::Plain,
+                                                    plenar::RleKernelSet::Baseline};
     plenar::ForceRowKernels(kRowKernels[set]);
     plenar::RleChooseKernels(kRleKernels[set]);
 }
@@ -95,7 +95,7 @@ Outcome CallOn(Codec& codec, const Way& way, const Bytes& source, const Bytes& b
     Outcome outcome;
     const uint32_t notWritten = outcome.written;
     UseKernels(way.kernels);
-    outcome.message = codec.outcome(call(src.data(), static_cast<uint32_t>(src.size()), dst.data(),
+    outcome.message = codec.Outcome(call(src.data(), static_cast<uint32_t>(src.size()), dst.data(),
                                          static_cast<uint32_t>(dst.size()), &outcome.written));
     UseKernels(kBestKernels);
     outcome.target = dst.Content();
@@ -124,7 +124,7 @@ inline Outcome Decode(TestDecoder& decoder, const Way& way, const UncompressedPa
 inline std::string ReadMetadata(TestDecoder& decoder, const Bytes& payload, uint32_t place,
                                 UncompressedParams& params) {
     const ExactBuffer src(payload, place);
-    return decoder.outcome(Plenar_ReadMetadata(decoder.get(), src.data(), static_cast<uint32_t>(src.size()), &params));
+    return decoder.Outcome(Plenar_ReadMetadata(decoder.get(), src.data(), static_cast<uint32_t>(src.size()), &params));
 }
 
 }  // namespace plenar_fuzz

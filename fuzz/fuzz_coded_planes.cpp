@@ -54,11 +54,11 @@ Bytes TakeStream(FuzzInput& input, uint32_t depth, uint64_t samples, Bytes& plai
     PlaneBits bits;
     uint32_t prev1 = (1U << (depth - 1)) - 1;
     uint32_t prev2 = prev1;
-    uint64_t empty_runs = samples;  // a band may have no more
+    uint64_t emptyRuns = samples;  // a band may have no more
     while (samples > 0) {
         const uint8_t kind = input.Byte();
-        const uint64_t run = kind == 0xFF && empty_runs > 0 ? 0 : TakeRun(input, samples);
-        empty_runs -= run == 0 ? 1 : 0;
+        const uint64_t run = kind == 0xFF && emptyRuns > 0 ? 0 : TakeRun(input, samples);
+        emptyRuns -= run == 0 ? 1 : 0;
         bits.Bits(kind, 1);
         if (kind < 0xFC) {
             bits.RunLength(run);
@@ -88,7 +88,7 @@ CodedPlane TakePlane(FuzzInput& input) {
     const uint32_t padding = input.Byte();
     plane.params.row_bytes = padding < 128 ? 0 : width * depth / 8 + padding % 16;
     const uint32_t bands = 1 + input.Number(6) % 255;
-    const bool is_busy = input.Flag();
+    const bool isBusy = input.Flag();
     const uint64_t most = input.Byte() < 0xFE ? kSamples : kMostSamples;
     for (uint32_t band = 0; band < bands; ++band) {
         const uint64_t left = most / width - std::min<uint64_t>(most / width, plane.params.height);
@@ -100,7 +100,7 @@ CodedPlane TakePlane(FuzzInput& input) {
         plane.params.height += rows;
     }
     // Busy planes, by the samples for each byte, are decoded in other ways than quiet ones.
-    plane.tail = is_busy ? plane.plain.size() / 8 : 0;
+    plane.tail = isBusy ? plane.plain.size() / 8 : 0;
     return plane;
 }
 

@@ -24,12 +24,12 @@ inline void Require(bool holds, const char* what) {
 
 class FuzzInput {
 public:
-    FuzzInput(const uint8_t* bytes, size_t size) : next(bytes), end(bytes + size) {}
+    FuzzInput(const uint8_t* bytes, size_t size) : next_(bytes), end_(bytes + size) {}
 
-    bool HasMore() const { return next != end; }
-    uint8_t Byte() { return next == end ? 0 : *next++; }
+    bool HasMore() const { return next_ != end_; }
+    uint8_t Byte() { return next_ == end_ ? 0 : *next_++; }
     bool Flag() { return Byte() % 2 != 0; }
-    Bytes Rest() { return {std::exchange(next, end), end}; }
+    Bytes Rest() { return {std::exchange(next_, end_), end_}; }
 
     uint32_t Word() {
         uint32_t word = 0;
@@ -47,15 +47,15 @@ public:
 
     // A part for a purpose of its own, so that what one part says doesn't shift the others.
     FuzzInput Part(size_t size) {
-        const uint8_t* first = next;
-        next += std::min(size, static_cast<size_t>(end - next));
-        return {first, static_cast<size_t>(next - first)};
+        const uint8_t* first = next_;
+        next_ += std::min(size, static_cast<size_t>(end_ - next_));
+        return {first, static_cast<size_t>(next_ - first)};
     }
 
     // What is left, over and over; noise if nothing is.
     Bytes Fill(size_t size) {
         const Bytes pattern = Rest();
-        Bytes bytes = plenar_test::noise(size, 1);
+        Bytes bytes = plenar_test::Noise(size, 1);
         for (size_t i = 0; i < size && !pattern.empty(); ++i) {
             bytes[i] = pattern[i % pattern.size()];
         }
@@ -63,8 +63,8 @@ public:
     }
 
 private:
-    const uint8_t* next;
-    const uint8_t* end;
+    const uint8_t* next_;
+    const uint8_t* end_;
 };
 
 }  // namespace plenar_fuzz

@@ -4,13 +4,13 @@
 namespace plenar_fuzz {
 namespace {
 
-using plenar_test::recordBytes;
+using plenar_test::RecordBytes;
 
 UncompressedParams Read(const Bytes& payload, uint32_t place) {
-    const UncompressedParams before = plenar_test::makeParams(77, 78, 79, 80, 81, 82, 83);
+    const UncompressedParams before = plenar_test::MakeParams(77, 78, 79, 80, 81, 82, 83);
     UncompressedParams read = before;
     const std::string message = ReadMetadata(CodecFor<TestDecoder>({}), payload, place, read);
-    Require(message.empty() != (recordBytes(read) == recordBytes(before)), "success alone changes the record");
+    Require(message.empty() != (RecordBytes(read) == RecordBytes(before)), "success alone changes the record");
     return read;
 }
 
@@ -22,13 +22,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Bytes payload(data, data + size);
     const UncompressedParams read = Read(payload, 0);
     for (const uint32_t place : {1U, 2U}) {
-        Require(recordBytes(Read(payload, place)) == recordBytes(read), "metadata follow from the payload alone");
+        Require(RecordBytes(Read(payload, place)) == RecordBytes(read), "metadata follow from the payload alone");
     }
     if (read.colorComponentOrder != 77) {
-        Require(!plenar_test::planeCodes(read.colorComponentOrder, read.componentType).empty() && read.frameLayout <= 1,
+        Require(!plenar_test::PlaneCodes(read.colorComponentOrder, read.componentType).empty() && read.frameLayout <= 1,
                 "what is reported can be asked for");
         payload.insert(payload.end(), {0, 0, 0, 0, 0x70, 0x61, 0x63, 0x6B, 1});
-        Require(recordBytes(Read(payload, 0)) == recordBytes(read), "what stands behind a payload is not read");
+        Require(RecordBytes(Read(payload, 0)) == RecordBytes(read), "what stands behind a payload is not read");
     }
     return 0;
 }

@@ -8,11 +8,11 @@ namespace {
 class Sequence {
 public:
     explicit Sequence(uint32_t threads)
-        : encoder(threads),
-          decoder(threads),
-          params(plenar_test::makeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 13, 9)),
-          picture(plenar_test::noise(Plenar_GetUncompressedBufSize(&params), 1)),
-          payload(Good()) {}
+        : encoder_(threads),
+          decoder_(threads),
+          params_(plenar_test::MakeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 13, 9)),
+          picture_(plenar_test::Noise(Plenar_GetUncompressedBufSize(&params_), 1)),
+          payload_(Good()) {}
 
     void Step(FuzzInput& input) {
         const uint32_t kind = input.Byte() % 4;
@@ -27,34 +27,35 @@ public:
         } else {
             CallWithoutPointers(input.Byte());
         }
-        Require(Good() == payload, "a good frame gives the bytes that it gave at first");
-        Require(Decode(decoder, {}, params, payload, Bytes(picture.size())).target == picture,
+        Require(Good() == payload_, "a good frame gives the bytes that it gave at first");
+        Require(Decode(decoder_, {}, params_, payload_, Bytes(picture_.size())).target == picture_,
                 "and comes back as it was");
     }
 
 private:
     Bytes Good() {
-        const CompressedParams options = plenar_test::makeCompressed(1, 3);
-        Outcome good = Encode(encoder, {}, params, options, picture, Plenar_GetCompressedBufSize(&params, &options));
+        const CompressedParams options = plenar_test::MakeCompressed(1, 3);
+        Outcome good =
+            Encode(encoder_, {}, params_, options, picture_, Plenar_GetCompressedBufSize(&params_, &options));
         Require(good.message.empty(), "a good frame is taken");
         good.target.resize(good.written);
         return good.target;
     }
 
     void DecodeDamaged(FuzzInput& input) {
-        Bytes damaged = payload;
+        Bytes damaged = payload_;
         uint8_t& hit = damaged[input.Word() % damaged.size()];
         hit = static_cast<uint8_t>(hit ^ input.Byte());
-        UncompressedParams read = params;
-        ReadMetadata(decoder, damaged, 0, read);
-        Decode(decoder, {}, params, damaged, Bytes(picture.size()));
+        UncompressedParams read = params_;
+        ReadMetadata(decoder_, damaged, 0, read);
+        Decode(decoder_, {}, params_, damaged, Bytes(picture_.size()));
     }
 
     void EncodeAnything(FuzzInput& input, const UncompressedParams& other) {
         const CompressedParams options = TakeOptions(input);
         const uint32_t room = RoomFor(Plenar_GetCompressedBufSize(&other, &options), input.Byte() % 4 == 3);
         const uint32_t size = RoomFor(Plenar_GetUncompressedBufSize(&other), false);
-        Encode(encoder, {}, other, options, plenar_test::noise(size, 2), room);
+        Encode(encoder_, {}, other, options, plenar_test::Noise(size, 2), room);
     }
 
     void DecodeAnything(FuzzInput& input, const UncompressedParams& other) {
@@ -62,26 +63,26 @@ private:
         held.width %= 64;
         held.height %= 64;
         const uint32_t room = RoomFor(Plenar_GetUncompressedBufSize(&other), input.Byte() % 4 == 3);
-        Decode(decoder, {}, other, plenar_test::payloadOf(plenar_test::noisePlanes(held, 3)), Bytes(room));
+        Decode(decoder_, {}, other, plenar_test::PayloadOf(plenar_test::NoisePlanes(held, 3)), Bytes(room));
     }
 
     // Each bit takes one pointer away, and the highest makes a record's size wrong.
     void CallWithoutPointers(uint32_t choice) {
-        UncompressedParams record = params;
+        UncompressedParams record = params_;
         record.size += choice >> 7;
-        Bytes target(picture.size());
+        Bytes target(picture_.size());
         const auto unless = [choice](uint32_t bit, auto* pointer) { return choice >> bit & 1U ? nullptr : pointer; };
-        const uint32_t code = Plenar_DecodeFrame(unless(0, decoder.get()), unless(1, &record),
-                                                 unless(2, payload.data()), 0, unless(3, target.data()), 0, nullptr);
+        const uint32_t code = Plenar_DecodeFrame(unless(0, decoder_.get()), unless(1, &record),
+                                                 unless(2, payload_.data()), 0, unless(3, target.data()), 0, nullptr);
         Require(code == ((choice & 0xFU) != 0 ? 2U : choice >> 7 != 0 ? 3U : 1U), "each kind of misuse has its code");
-        decoder.outcome(0);
+        decoder_.Outcome(0);
     }
 
-    TestEncoder encoder;
-    TestDecoder decoder;
-    const UncompressedParams params;
-    const Bytes picture;
-    const Bytes payload;
+    TestEncoder encoder_;
+    TestDecoder decoder_;
+    const UncompressedParams params_;
+    const Bytes picture_;
+    const Bytes payload_;
 };
 
 }  // namespace

@@ -42,9 +42,9 @@ Bytes ConvertRow(const UncompressedParams& params, bool encodes, bool fixedToFlo
     static plenar::CodecState state(1);
     const Bytes none;
     const bool hasAlpha = plenar::HasInterleavedAlpha(params.colorComponentOrder);
-    const bool keepsAlpha = hasAlpha && plenar_test::storesAlpha(params.componentType);
+    const bool keepsAlpha = hasAlpha && plenar_test::StoresAlpha(params.componentType);
     const size_t alphaSize = hasAlpha ? plenar::AlphaRowBytes(params) : 0;
-    const size_t callerSize = plenar_test::tightRowBytes(params);
+    const size_t callerSize = plenar_test::TightRowBytes(params);
     const size_t planeSize =
         plenar::PlaneRowBytes(plenar::LookupFormatPlanes(params)[0], params.width) >> (fixedToFloat ? 1 : 0);
     const Row caller(place, callerSize, encodes ? content : none);
@@ -57,7 +57,7 @@ Bytes ConvertRow(const UncompressedParams& params, bool encodes, bool fixedToFlo
         plenar::DecodeRows(state, {params, fixedToFloat, plane.data, planeSize, plane.data + planeSize, alpha.data,
                                    alphaSize, caller.data, callerSize, callerSize});
     }
-    return plenar_test::join({caller.memory.Content(), plane.memory.Content(), alpha.memory.Content()});
+    return plenar_test::Join({caller.memory.Content(), plane.memory.Content(), alpha.memory.Content()});
 }
 
 // What no row of moderate length shows: copies past the cache, and rows reordered in place.
@@ -73,7 +73,7 @@ Bytes RunAlone(uint32_t kernel, size_t sampleBytes, size_t units, const Place& p
     } else {
         kernels.swapPairs(sampleBytes, source.data, source.data, 3 * units / 2);
     }
-    return plenar_test::join({source.memory.Content(), target.memory.Content()});
+    return plenar_test::Join({source.memory.Content(), target.memory.Content()});
 }
 
 }  // namespace
@@ -84,22 +84,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     constexpr uint32_t kMostPixels = 160;
     FuzzInput input(data, size);
     const auto [order, type] = TakePair(input);
-    if (plenar_test::planeCodes(order, type).empty()) {
+    if (plenar_test::PlaneCodes(order, type).empty()) {
         return 0;
     }
     const uint32_t alone = input.Byte();
     const bool fixedToFloat =
-        input.Flag() && type == PLENAR_TYPE_FLOAT32 && !plenar_test::hasAlpha(order) && !plenar_test::is420(order);
-    const bool decodes = !plenar::HasInterleavedAlpha(order) || plenar_test::storesAlpha(type);
+        input.Flag() && type == PLENAR_TYPE_FLOAT32 && !plenar_test::HasAlpha(order) && !plenar_test::Is420(order);
+    const bool decodes = !plenar::HasInterleavedAlpha(order) || plenar_test::StoresAlpha(type);
     const uint32_t first = input.Byte();
     const uint32_t span = input.Byte();
     const uint32_t last = std::min(span == 0xFF ? kMostPixels : first + span % 8, kMostPixels);
     const Place place = {input.Byte(), input.Byte() % 80U};
     const Bytes content = input.Fill(16 * kMostPixels);
     for (uint32_t width = first; width <= last; ++width) {
-        const UncompressedParams params = plenar_test::makeParams(order, type, width, 1);
+        const UncompressedParams params = plenar_test::MakeParams(order, type, width, 1);
         const Place at = span == 0xFF ? Place{width, width / 3 % 2 * (width % 64)} : place;
-        if (width % 2 == 0 || !plenar_test::is422(order)) {
+        if (width % 2 == 0 || !plenar_test::Is422(order)) {
             RequireTwins([&] { return ConvertRow(params, true, false, at, content); });
         }
         if (decodes) {

@@ -20,7 +20,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 // Some bytes are others then, and now and then the end is missing.
-Bytes damagedCopy(Bytes input, uint32_t seed) {
+Bytes DamagedCopy(Bytes input, uint32_t seed) {
     std::mt19937 random(seed);
     for (uint32_t hits = 1 + random() % 4; hits > 0 && !input.empty(); --hits) {
         input[random() % input.size()] = static_cast<uint8_t>(random());
@@ -29,7 +29,7 @@ Bytes damagedCopy(Bytes input, uint32_t seed) {
     return input;
 }
 
-void run(const Bytes& input) {
+void Run(const Bytes& input) {
     const Bytes exact(input);  // no room behind the last byte
     LLVMFuzzerTestOneInput(exact.data(), exact.size());
 }
@@ -54,9 +54,9 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         std::ifstream file(path, std::ios::binary);
         const Bytes input{std::istreambuf_iterator<char>(file), {}};
-        run(input);
+        Run(input);
         for (uint32_t copy = 0; copy < copies; ++copy) {
-            run(damagedCopy(input, copy));
+            Run(DamagedCopy(input, copy));
         }
     }
     std::printf("%zu inputs, %u damaged copies of each\n", paths.size(), copies);

@@ -1,6 +1,5 @@
 // Encoders and decoders with their messages, and buffers that show what was written where.
-#ifndef PLENAR_TESTS_CODEC_FIXTURE_H
-#define PLENAR_TESTS_CODEC_FIXTURE_H
+#pragma once
 
 #include <gtest/gtest.h>
 #include <plenar_sdk.h>
@@ -23,12 +22,12 @@ namespace plenar_test {
 class Buffer {
 public:
     Buffer(const Bytes& content, size_t lead, size_t tail)
-        : lead_(lead, kMark), tail_(tail, kMark), size_(content.size()), bytes_(join({lead_, content, tail_})) {}
+        : lead_(lead, kMark), tail_(tail, kMark), size_(content.size()), bytes_(Join({lead_, content, tail_})) {}
 
     uint8_t* data() { return bytes_.data() + lead_.size(); }
     uint32_t size() const { return static_cast<uint32_t>(size_); }
-    Bytes content() { return {data(), data() + size_}; }
-    bool guardsIntact() { return bytes_ == join({lead_, content(), tail_}); }
+    Bytes Content() { return {data(), data() + size_}; }
+    bool GuardsIntact() { return bytes_ == Join({lead_, Content(), tail_}); }
 
 private:
     static constexpr uint8_t kMark = 0xA5;
@@ -39,7 +38,7 @@ private:
 };
 
 // "" for equal buffers; says where two differ instead of printing them.
-inline std::string difference(const Bytes& actual, const Bytes& expected) {
+inline std::string Difference(const Bytes& actual, const Bytes& expected) {
     if (actual.size() != expected.size()) {
         return "size " + std::to_string(actual.size()) + ", expected " + std::to_string(expected.size());
     }
@@ -52,14 +51,14 @@ inline std::string difference(const Bytes& actual, const Bytes& expected) {
 }
 
 // An object and what its callback was told.
-template <typename Object, auto create, auto destroy>
+template <typename Object, auto Create, auto Destroy>
 class Codec {
 public:
     explicit Codec(uint32_t threads = 1) {
-        const CreateParams params{sizeof(CreateParams), threads, this, &Codec::take};
-        EXPECT_EQ(create(&params, &object_), 0U);
+        const CreateParams params{sizeof(CreateParams), threads, this, &Codec::Take};
+        EXPECT_EQ(Create(&params, &object_), 0U);
     }
-    ~Codec() { destroy(object_); }
+    ~Codec() { Destroy(object_); }
     Codec(const Codec&) = delete;
     Codec& operator=(const Codec&) = delete;
 
@@ -67,7 +66,7 @@ public:
 
     // What came of the call that just returned `code`: "" for success without a message, or its one message, given on
     // this thread.
-    std::string outcome(uint32_t code) {
+    std::string Outcome(uint32_t code) {
         const std::vector<std::string> messages = std::move(messages_);
         messages_.clear();
         if (code == 0 && messages.empty()) {
@@ -80,7 +79,7 @@ public:
     }
 
 private:
-    static void take(const char* message, void* userData) {
+    static void Take(const char* message, void* userData) {
         auto* self = static_cast<Codec*>(userData);
         self->messages_.emplace_back(message);
         self->thread_ = std::this_thread::get_id();
@@ -98,7 +97,7 @@ using TestDecoder = Codec<Decoder, Plenar_CreateDecoder, Plenar_DestroyDecoder>;
 constexpr std::array<uint32_t, 5> kWorkerCounts{1, 2, 3, 8, 64};
 
 template <typename TestCodec>
-TestCodec& withWorkers(size_t index) {
+TestCodec& WithWorkers(size_t index) {
     static std::array<std::unique_ptr<TestCodec>, kWorkerCounts.size()> codecs;
     std::unique_ptr<TestCodec>& codec = codecs.at(index % kWorkerCounts.size());
     if (!codec) {
@@ -113,52 +112,50 @@ struct Frame {
 };
 
 // Encodes into a buffer of the size that the library asks for; on success the payload, cut to what was written.
-inline Frame encode(TestEncoder& encoder, const UncompressedParams& params, const Bytes& picture,
-                    const CompressedParams& compressed = makeCompressed(), uint32_t seed = 1) {
+inline Frame Encode(TestEncoder& encoder, const UncompressedParams& params, const Bytes& picture,
+                    const CompressedParams& compressed = MakeCompressed(), uint32_t seed = 1) {
     Buffer src(picture, 1 + seed % 5, 0);
-    Buffer dst(noise(Plenar_GetCompressedBufSize(&params, &compressed), seed), 1 + seed % 7, seed % 3 * 32);
+    Buffer dst(Noise(Plenar_GetCompressedBufSize(&params, &compressed), seed), 1 + seed % 7, seed % 3 * 32);
     uint32_t written = 0;
     const uint32_t code = Plenar_EncodeFrame(encoder.get(), &params, &compressed, src.data(), src.size(), dst.data(),
                                              dst.size(), &written);
-    EXPECT_TRUE(dst.guardsIntact());
-    EXPECT_EQ(difference(src.content(), picture), "");
-    Frame frame{encoder.outcome(code)};
+    EXPECT_TRUE(dst.GuardsIntact());
+    EXPECT_EQ(Difference(src.Content(), picture), "");
+    Frame frame{encoder.Outcome(code)};
     if (code == 0) {
         EXPECT_LE(written, dst.size());
-        frame.bytes = dst.content();
+        frame.bytes = dst.Content();
         frame.bytes.resize(std::min(written, dst.size()));
     }
     return frame;
 }
 
 // Decodes over `before`; on success the whole target buffer.
-inline Frame decode(TestDecoder& decoder, const UncompressedParams& params, const Bytes& payload, const Bytes& before,
+inline Frame Decode(TestDecoder& decoder, const UncompressedParams& params, const Bytes& payload, const Bytes& before,
                     uint32_t seed = 1) {
     Buffer src(payload, 1 + seed % 3, 0);
     Buffer dst(before, 1 + seed % 5, seed % 2 * 48);
     uint32_t written = 0;
     const uint32_t code =
         Plenar_DecodeFrame(decoder.get(), &params, src.data(), src.size(), dst.data(), dst.size(), &written);
-    EXPECT_TRUE(dst.guardsIntact());
-    EXPECT_EQ(difference(src.content(), payload), "");
-    Frame frame{decoder.outcome(code)};
+    EXPECT_TRUE(dst.GuardsIntact());
+    EXPECT_EQ(Difference(src.Content(), payload), "");
+    Frame frame{decoder.Outcome(code)};
     if (code == 0) {
         EXPECT_EQ(written, Plenar_GetUncompressedBufSize(&params));
-        frame.bytes = dst.content();
+        frame.bytes = dst.Content();
     }
     return frame;
 }
 
-inline Frame readMetadata(TestDecoder& decoder, const Bytes& payload, UncompressedParams& params) {
+inline Frame ReadMetadata(TestDecoder& decoder, const Bytes& payload, UncompressedParams& params) {
     Buffer src(payload, 3, 0);
-    return {decoder.outcome(Plenar_ReadMetadata(decoder.get(), src.data(), src.size(), &params))};
+    return {decoder.Outcome(Plenar_ReadMetadata(decoder.get(), src.data(), src.size(), &params))};
 }
 
-inline Bytes recordBytes(const UncompressedParams& params) {
+inline Bytes RecordBytes(const UncompressedParams& params) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(&params);
     return {bytes, bytes + sizeof(params)};
 }
 
 }  // namespace plenar_test
-
-#endif

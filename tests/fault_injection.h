@@ -1,7 +1,6 @@
 // Where a test can make its program fail: at any allocation by operator new, and at any start of a thread. The
 // sanitizers' own versions stand behind these and still watch every block and every thread.
-#ifndef PLENAR_TESTS_FAULT_INJECTION_H
-#define PLENAR_TESTS_FAULT_INJECTION_H
+#pragma once
 
 #include <atomic>
 #include <cstddef>
@@ -12,19 +11,19 @@ namespace plenar_test {
 class FaultSite {
 public:
     // From now on the nth call fails, counted from 1, and with `lasting` every later one too; 0 counts calls only.
-    void arm(uint64_t nth, bool lasting = false) {
+    void Arm(uint64_t nth, bool lasting = false) {
         nth_ = nth;
         lasting_ = lasting;
         calls_ = 0;
     }
     // No call fails from now on. Whether one has.
-    bool disarm() { return nth_.exchange(0) - 1 < calls_; }
+    bool Disarm() { return nth_.exchange(0) - 1 < calls_; }
 
-    bool strikes() {
+    bool Strikes() {
         const uint64_t call = ++calls_;
         return call == nth_ || (lasting_ && nth_ - 1 < call);
     }
-    uint64_t calls() const { return calls_; }
+    uint64_t Calls() const { return calls_; }
 
 private:
     std::atomic<uint64_t> nth_{0};
@@ -38,5 +37,3 @@ extern std::atomic<int64_t> liveBlocks;
 extern std::atomic<size_t> largestBlock;
 
 }  // namespace plenar_test
-
-#endif

@@ -14,41 +14,41 @@ namespace {
 
 constexpr char kNoMemory[] = "std::bad_alloc";
 
-enum Call { kEncode, kDecode, kReadMetadata };
+enum class Call { Encode, Decode, ReadMetadata };
 
 // An encoder and a decoder with the buffers of a frame. Its calls allocate nothing but what the library does.
 class Host {
 public:
     Host(uint32_t order, uint32_t type, uint8_t alphaRle, uint32_t threads)
-        : params_(makeParams(order, type, 64, 40)), compressed_(makeCompressed(alphaRle)), threads_(threads) {
+        : params_(MakeParams(order, type, 64, 40)), compressed_(MakeCompressed(alphaRle)), threads_(threads) {
         // The last plane's end is missing.
         damaged_.resize(std::max<size_t>(damaged_.size(), 13) - 9);
-        const Bytes boxSize = littleEndian(size(damaged_));
+        const Bytes boxSize = LittleEndian(size(damaged_));
         std::copy(boxSize.begin(), boxSize.end(), damaged_.begin());
     }
-    ~Host() { destroy(); }
+    ~Host() { Destroy(); }
 
-    void create() {
-        const CreateParams params{sizeof(CreateParams), threads_, this, take};
+    void Create() {
+        const CreateParams params{sizeof(CreateParams), threads_, this, Take};
         Plenar_CreateEncoder(&params, &encoder_);
         Plenar_CreateDecoder(&params, &decoder_);
     }
-    void destroy() {
+    void Destroy() {
         Plenar_DestroyEncoder(std::exchange(encoder_, nullptr));
         Plenar_DestroyDecoder(std::exchange(decoder_, nullptr));
     }
-    bool hasObjects() const { return encoder_ != nullptr && decoder_ != nullptr; }
+    bool HasObjects() const { return encoder_ != nullptr && decoder_ != nullptr; }
 
     // The message, "" for success. What is spoilt is refused: a stride, the end of a payload, or nearly all of it.
-    std::string_view run(Call call, bool spoilt = false) {
+    std::string_view Run(Call call, bool spoilt = false) {
         UncompressedParams params = params_;
         message_.fill('\0');
         uint32_t code = 0;
-        if (call == kEncode) {
+        if (call == Call::Encode) {
             params.rowBytes = spoilt ? 1 : 0;
             code = Plenar_EncodeFrame(encoder_, &params, &compressed_, picture_.data(), size(picture_), room_.data(),
                                       size(room_), nullptr);
-        } else if (call == kDecode) {
+        } else if (call == Call::Decode) {
             const Bytes& payload = spoilt ? damaged_ : payload_;
             code = Plenar_DecodeFrame(decoder_, &params, payload.data(), size(payload), back_.data(), size(back_),
                                       nullptr);
@@ -59,28 +59,28 @@ public:
     }
 
     // "" for an encode and a decode that give the right bytes.
-    std::string_view runFrame() {
+    std::string_view RunFrame() {
         std::fill(room_.begin(), room_.end(), 0);
         std::fill(back_.begin(), back_.end(), 0);
-        const std::string_view encoded = run(kEncode);
-        const std::string_view failure = encoded.empty() ? run(kDecode) : encoded;
+        const std::string_view encoded = Run(Call::Encode);
+        const std::string_view failure = encoded.empty() ? Run(Call::Decode) : encoded;
         const bool right = std::equal(payload_.begin(), payload_.end(), room_.begin()) && back_ == decoded_;
         return failure.empty() && !right ? "wrong bytes" : failure;
     }
 
 private:
     static uint32_t size(const Bytes& bytes) { return static_cast<uint32_t>(bytes.size()); }
-    static void take(const char* message, void* host) {
+    static void Take(const char* message, void* host) {
         std::string_view(message).copy(static_cast<Host*>(host)->message_.data(), 99);
     }
 
     UncompressedParams params_;
     CompressedParams compressed_;
     uint32_t threads_;
-    Bytes picture_ = noise(pictureSize(params_), 7);
-    Bytes payload_ = encode(withWorkers<TestEncoder>(0), params_, picture_, compressed_).bytes;
+    Bytes picture_ = Noise(PictureSize(params_), 7);
+    Bytes payload_ = Encode(WithWorkers<TestEncoder>(0), params_, picture_, compressed_).bytes;
     Bytes damaged_ = payload_;
-    Bytes decoded_ = decode(withWorkers<TestDecoder>(0), params_, payload_, Bytes(picture_.size())).bytes;
+    Bytes decoded_ = Decode(WithWorkers<TestDecoder>(0), params_, payload_, Bytes(picture_.size())).bytes;
     Bytes room_ = Bytes(Plenar_GetCompressedBufSize(&params_, &compressed_));
     Bytes back_ = Bytes(picture_.size());
     std::array<char, 100> message_{};
@@ -97,19 +97,19 @@ TEST(Faults, ACreateCallThatFailsLeavesNothing) {
             bool struck = true;
             for (uint64_t nth = 1; struck; ++nth) {
                 std::string failure;
-                site->arm(nth);
+                site->Arm(nth);
                 try {
-                    host.create();
+                    host.Create();
                 } catch (const std::bad_alloc&) {
                     failure = "memory";
                 } catch (const std::system_error& error) {
                     failure = error.code() == std::errc::resource_unavailable_try_again ? "threads" : error.what();
                 }
-                struck = site->disarm();
+                struck = site->Disarm();
                 EXPECT_EQ(failure, !struck ? "" : site == &allocations ? "memory" : "threads");
-                EXPECT_EQ(host.hasObjects(), !struck);
-                EXPECT_EQ(struck ? "" : host.runFrame(), "");
-                host.destroy();
+                EXPECT_EQ(host.HasObjects(), !struck);
+                EXPECT_EQ(struck ? "" : host.RunFrame(), "");
+                host.Destroy();
                 EXPECT_EQ(liveBlocks, before) << threads << " threads, failure " << nth;
             }
         }
@@ -128,16 +128,16 @@ TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
             for (uint64_t nth = 1; struck; ++nth) {
                 SCOPED_TRACE(::testing::Message() << threads << " threads, variant " << variant << ", nth " << nth);
                 const int64_t before = liveBlocks;
-                host.create();
-                EXPECT_EQ(later ? host.runFrame() : "", "");
-                allocations.arm(nth, lasting);
-                const std::string_view message = host.run(call, spoilt);
-                struck = allocations.disarm();
+                host.Create();
+                EXPECT_EQ(later ? host.RunFrame() : "", "");
+                allocations.Arm(nth, lasting);
+                const std::string_view message = host.Run(call, spoilt);
+                struck = allocations.Disarm();
                 strikes += struck ? 1 : 0;
                 EXPECT_EQ(message == kNoMemory, struck) << message;
                 EXPECT_EQ(message.empty(), !struck && !spoilt) << message;
-                EXPECT_EQ(host.runFrame(), "");
-                host.destroy();
+                EXPECT_EQ(host.RunFrame(), "");
+                host.Destroy();
                 EXPECT_EQ(liveBlocks, before);
             }
         }
@@ -146,7 +146,7 @@ TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
 }
 
 // With `faults`, allocations fail here and there on all threads meanwhile.
-void workSideBySide(bool faults) {
+void WorkSideBySide(bool faults) {
     std::array<std::unique_ptr<Host>, 6> hosts;
     std::array<std::thread, 6> threads;
     std::atomic<uint32_t> wrong = 0, running = 6;
@@ -161,23 +161,23 @@ void workSideBySide(bool faults) {
             };
             for (uint32_t round = 0; round < 300; ++round) {
                 try {
-                    host.create();
+                    host.Create();
                     for (uint32_t frame = 0; frame < round % 5; ++frame) {
-                        wrong += isRight(host.runFrame(), false) && isRight(host.run(kDecode, true), true) ? 0 : 1;
+                        wrong += isRight(host.RunFrame(), false) && isRight(host.Run(Call::Decode, true), true) ? 0 : 1;
                     }
                 } catch (const std::bad_alloc&) {
                     wrong += faults ? 0 : 1;
                 }
-                host.destroy();
+                host.Destroy();
             }
             --running;
         });
     }
     for (uint64_t nth = 1; faults && running != 0; ++nth) {
-        allocations.arm(nth % 23, nth % 3 == 0);
+        allocations.Arm(nth % 23, nth % 3 == 0);
         std::this_thread::yield();
     }
-    allocations.disarm();
+    allocations.Disarm();
     for (std::thread& thread : threads) {
         thread.join();
     }
@@ -186,21 +186,21 @@ void workSideBySide(bool faults) {
 }
 
 TEST(ManyObjects, WorkSideBySide) {
-    workSideBySide(false);
-    workSideBySide(true);
+    WorkSideBySide(false);
+    WorkSideBySide(true);
 }
 
 // One object has nothing to do, one is at work on a thread that nobody waits for, and one goes when main is over.
-void endProcess(void (*end)(int)) {
-    static Host* const idle = new Host(plenar::RGBA, plenar::Uint8, 1, 3);
-    static Host* const busy = new Host(plenar::RGBA, plenar::Uint8, 1, 3);
+void EndProcess(void (*end)(int)) {
+    static Host* const kIdle = new Host(plenar::RGBA, plenar::Uint8, 1, 3);
+    static Host* const kBusy = new Host(plenar::RGBA, plenar::Uint8, 1, 3);
     static Host last(plenar::RGBA, plenar::Uint8, 1, 3);
     static std::atomic<uint32_t> frames = 0;
-    for (Host* host : {idle, busy, &last}) {
-        host->create();
+    for (Host* host : {kIdle, kBusy, &last}) {
+        host->Create();
     }
     std::thread([] {
-        for (; busy->runFrame().empty(); ++frames) {
+        for (; kBusy->RunFrame().empty(); ++frames) {
         }
         std::abort();
     }).detach();
@@ -212,22 +212,22 @@ void endProcess(void (*end)(int)) {
 
 TEST(ManyObjectsDeathTest, MayLiveWhenTheProcessEnds) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(endProcess(std::exit), ::testing::ExitedWithCode(EXIT_SUCCESS), "");
-    EXPECT_EXIT(endProcess(std::quick_exit), ::testing::ExitedWithCode(EXIT_SUCCESS), "");
+    EXPECT_EXIT(EndProcess(std::exit), ::testing::ExitedWithCode(EXIT_SUCCESS), "");
+    EXPECT_EXIT(EndProcess(std::quick_exit), ::testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 // After its first frame an object allocates nothing for frames of that size without workers, and with them no more than
 // the lists of its batches: four planes each way, a list of rows and a list of bands for each.
 TEST(SteadyState, AllocatesAtMostTheListsOfItsBatches) {
-    for (const auto& [order, type] : allPairs()) {
+    for (const auto& [order, type] : AllPairs()) {
         for (const uint32_t variant : {0U, 1U, 2U, 3U}) {
             const uint32_t threads = 1 + variant / 2;
             Host host(order, type, variant % 2 != 0, threads);
-            host.create();
+            host.Create();
             for (const bool counted : {false, true}) {
-                allocations.arm(0);
-                if (host.runFrame().empty() && counted) {
-                    EXPECT_LE(allocations.calls(), threads == 1 ? 0U : 16U) << order << ", " << type;
+                allocations.Arm(0);
+                if (host.RunFrame().empty() && counted) {
+                    EXPECT_LE(allocations.Calls(), threads == 1 ? 0U : 16U) << order << ", " << type;
                 }
             }
         }

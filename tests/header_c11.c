@@ -5,6 +5,6 @@
 
 #include "record_layout.h"
 
-int RGB;
-int Uint8;
-int ResultOk;
+int rgb;
+int uint8;
+int resultOk;

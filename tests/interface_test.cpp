@@ -22,12 +22,12 @@ constexpr char kSmallSrc[] = "src size is too small";
 constexpr char kSmallDst[] = "dst size is too small";
 constexpr char kUnsupported[] = "combination of color component order and component type is not supported";
 
-std::string smallStride(const std::string& field, uint64_t minimum) {
+std::string SmallStride(const std::string& field, uint64_t minimum) {
     return field + " is too small, it should be at least " + std::to_string(minimum) +
            " according to uncompressed params";
 }
 
-ptrdiff_t threadCount() {
+ptrdiff_t ThreadCount() {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
     return std::distance(begin(tasks), end(tasks));
 }
@@ -50,18 +50,18 @@ TEST(Objects, OwnAsManyThreadsAsAskedFor) {
     const uint32_t processors = std::thread::hardware_concurrency();
     const std::pair<uint32_t, uint32_t> counts[] = {{1, 0}, {2, 2}, {5, 5}, {0, processors == 1 ? 0 : processors}};
     for (const auto& [asked, expected] : counts) {
-        const ptrdiff_t before = threadCount();
+        const ptrdiff_t before = ThreadCount();
         {
             TestEncoder encoder(asked);
-            EXPECT_EQ(threadCount() - before, expected);
+            EXPECT_EQ(ThreadCount() - before, expected);
             TestDecoder decoder(asked);
-            EXPECT_EQ(threadCount() - before, 2 * expected);
+            EXPECT_EQ(ThreadCount() - before, 2 * expected);
         }
         // A joined thread's entry may outlive it by a moment.
-        for (int tries = 0; tries < 1000 && threadCount() != before; ++tries) {
+        for (int tries = 0; tries < 1000 && ThreadCount() != before; ++tries) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        EXPECT_EQ(threadCount(), before);
+        EXPECT_EQ(ThreadCount(), before);
     }
     done.set_value();
     first.join();
@@ -73,13 +73,13 @@ TEST(Arguments, AreCheckedBeforeAnythingElse) {
     TestDecoder decoder;
     Encoder* const e = encoder.get();
     Decoder* const d = decoder.get();
-    const UncompressedParams good = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
-    const CompressedParams goodWish = makeCompressed();
+    const UncompressedParams good = MakeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
+    const CompressedParams goodWish = MakeCompressed();
     UncompressedParams unsized = good;
     unsized.size = (uint64_t{1} << 32) + 36;
     CompressedParams unsizedWish = goodWish;
     unsizedWish.size = 11;
-    const Bytes src = payloadOf(noisePlanes(good, 1));
+    const Bytes src = PayloadOf(NoisePlanes(good, 1));
     const auto size = static_cast<uint32_t>(src.size());
     Bytes dst(64, 0x77);
     uint32_t written = 0x77777777;
@@ -112,15 +112,15 @@ TEST(Arguments, AreCheckedBeforeAnythingElse) {
     EXPECT_EQ(Plenar_GetCompressedBufSize(&good, nullptr), 0U);
     EXPECT_EQ(dst, Bytes(64, 0x77));
     EXPECT_EQ(written, 0x77777777U);
-    EXPECT_EQ(encoder.outcome(0), "");
-    EXPECT_EQ(decoder.outcome(0), "");
+    EXPECT_EQ(encoder.Outcome(0), "");
+    EXPECT_EQ(decoder.Outcome(0), "");
 }
 
 TEST(Arguments, ParamsCallbackAndByteCountMayBeLeftOut) {
-    const UncompressedParams params = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
-    const CompressedParams wish = makeCompressed();
+    const UncompressedParams params = MakeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
+    const CompressedParams wish = MakeCompressed();
     const CreateParams unsized{27, 1, nullptr, nullptr};
-    const Bytes picture = noise(4, 1);
+    const Bytes picture = Noise(4, 1);
     Bytes payload(41);
     Bytes back(4);
     Encoder* encoder = nullptr;
@@ -149,35 +149,35 @@ TEST(Sizes, OfPicturesAndPayloads) {
     struct Case {
         UncompressedParams params;
         uint32_t uncompressed, compressed;
-        CompressedParams wish = makeCompressed();
+        CompressedParams wish = MakeCompressed();
     };
     const Case cases[] = {
-        {makeParams(1, 1, 3, 1), 8, 44},
-        {makeParams(2, 1, 3, 1), 7, 44},
-        {makeParams(11, 1, 3, 1), 10, 45 + 7 + 37 + 3},
-        {makeParams(2, 5, 1921, 1), 5136, 37 + 4804},
-        {makeParams(14, 1, 4, 2, 0, 3), 8, 45},
+        {MakeParams(1, 1, 3, 1), 8, 44},
+        {MakeParams(2, 1, 3, 1), 7, 44},
+        {MakeParams(11, 1, 3, 1), 10, 45 + 7 + 37 + 3},
+        {MakeParams(2, 5, 1921, 1), 5136, 37 + 4804},
+        {MakeParams(14, 1, 4, 2, 0, 3), 8, 45},
         // What isn't supported has no payload, but a picture of some size.
-        {makeParams(1, 5, 6, 2), 32, 0},
-        {makeParams(15, 5, 6, 2), 56, 0},
-        {makeParams(10, 214, 6, 2), 36, 0},
-        {makeParams(0, 1, 6, 2), 0, 0},
-        {makeParams(17, 1, 6, 2, 5), 10, 0},
-        {makeParams(5, 99, 6, 2), 72, 0},
-        {makeParams(kHalf + 5, 1, 6, 2), 0, 0},
+        {MakeParams(1, 5, 6, 2), 32, 0},
+        {MakeParams(15, 5, 6, 2), 56, 0},
+        {MakeParams(10, 214, 6, 2), 36, 0},
+        {MakeParams(0, 1, 6, 2), 0, 0},
+        {MakeParams(17, 1, 6, 2, 5), 10, 0},
+        {MakeParams(5, 99, 6, 2), 72, 0},
+        {MakeParams(kHalf + 5, 1, 6, 2), 0, 0},
         // Coded alpha takes its bound; other planes aren't affected.
-        {makeParams(14, 1, 4, 4, 7), 28, 37 + 4 * 6 + 1659, makeCompressed(1)},
-        {makeParams(14, 2, 3, 5), 30, 37 + 22 + 15 + 1659, makeCompressed(255, 2)},
-        {makeParams(14, 1, 4, 0), 0, 37 + 1659, makeCompressed(1)},
-        {makeParams(3, 2, 4, 0), 0, 45 + 37 + 1659, makeCompressed(1, 255)},
-        {makeParams(7, 3, 4, 1), 32, 37 + 15, makeCompressed(1)},
-        {makeParams(14, 1, kHalf, 2), 0, 37 + 1659, makeCompressed(1, 1)},
+        {MakeParams(14, 1, 4, 4, 7), 28, 37 + 4 * 6 + 1659, MakeCompressed(1)},
+        {MakeParams(14, 2, 3, 5), 30, 37 + 22 + 15 + 1659, MakeCompressed(255, 2)},
+        {MakeParams(14, 1, 4, 0), 0, 37 + 1659, MakeCompressed(1)},
+        {MakeParams(3, 2, 4, 0), 0, 45 + 37 + 1659, MakeCompressed(1, 255)},
+        {MakeParams(7, 3, 4, 1), 32, 37 + 15, MakeCompressed(1)},
+        {MakeParams(14, 1, kHalf, 2), 0, 37 + 1659, MakeCompressed(1, 1)},
         // Sums and products that don't fit are cut to 32 bits.
-        {makeParams(2, 5, 1U << 28, 1), 5, 671088677},
-        {makeParams(2, 5, kMax - 1, 7), 0, 37 + 7 * 1073741819U},
-        {makeParams(14, 1, kMax, kMax), 1, 38},
-        {makeParams(14, 1, kMax - 20, 1), kMax - 20, 16},
-        {makeParams(7, 7, 1U << 30, 1U << 30), 0, 37},
+        {MakeParams(2, 5, 1U << 28, 1), 5, 671088677},
+        {MakeParams(2, 5, kMax - 1, 7), 0, 37 + 7 * 1073741819U},
+        {MakeParams(14, 1, kMax, kMax), 1, 38},
+        {MakeParams(14, 1, kMax - 20, 1), kMax - 20, 16},
+        {MakeParams(7, 7, 1U << 30, 1U << 30), 0, 37},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - std::begin(cases));
@@ -192,44 +192,44 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
         std::string message;
         UncompressedParams params;
         uint32_t srcSize, dstSize;
-        CompressedParams wish = makeCompressed();
+        CompressedParams wish = MakeCompressed();
     };
-    const CompressedParams coded = makeCompressed(1);
+    const CompressedParams coded = MakeCompressed(1);
     const Case cases[] = {
-        {kAlphaDepth, makeParams(11, 3, 3, 2), 0, 0, coded},
-        {kAlphaDepth, makeParams(16, 214, 3, 2), 0, 0, makeCompressed(128)},
-        {kOddWidth, makeParams(2, 1, 3, 2, 1), 0, 0, coded},
-        {kOddWidth, makeParams(10, 1, 3, 3, 1), 0, 0},
-        {kOddWidth, makeParams(1, 1, 3, 2, 1), 0, 0},
-        {kOddWidth, makeParams(11, 1, 3, 2), 0, 0},
-        {kOddWidth, makeParams(16, 3, 3, 2), 0, 0},
-        {kOddWidth, makeParams(15, 1, 3, 2), 0, 0},
-        {kOddHeight, makeParams(13, 99, 4, 3, 1), 0, 0},
-        {smallStride("rowBytes", 48), makeParams(7, 7, 3, 3, 47), 0, 0},
-        {smallStride("rowBytes", 32), makeParams(2, 5, 8, 2, 31), 0, 0},
-        {smallStride("rowBytes", 8), makeParams(13, 2, 4, 2, 7, 3), 0, 0},
-        {smallStride("rowBytes2", 4), makeParams(13, 2, 4, 2, 8, 3), 0, 0},
-        {smallStride("rowBytes", 8), makeParams(14, 99, 4, 2, 7), 0, 0},
-        {smallStride("rowBytes2", 8), makeParams(15, 2, 4, 2, 0, 7), 0, 0},
-        {smallStride("rowBytes", uint64_t{16} * kMax), makeParams(7, 7, kMax, 1, kMax), 0, 0},
-        {kSmallSrc, makeParams(14, 1, 4, 2, 9, 1), 17, 0},
-        {kSmallSrc, makeParams(17, 1, 4, 2, 9), 17, 0},
-        {kUnsupported, makeParams(0, 1, 4, 2), 0, 0},
-        {kUnsupported, makeParams(1, 5, 4, 2), 64, 0},
-        {kUnsupported, makeParams(10, 214, 4, 2), 64, 0},
-        {kUnsupported, makeParams(14, 3, 4, 2), 64, 0},
-        {kSmallDst, makeParams(2, 1, 4, 2), 16, 52},
-        {kSmallDst, makeParams(14, 1, 4, 4), 16, 37 + 22 + 1658, makeCompressed(1, 1)},
+        {kAlphaDepth, MakeParams(11, 3, 3, 2), 0, 0, coded},
+        {kAlphaDepth, MakeParams(16, 214, 3, 2), 0, 0, MakeCompressed(128)},
+        {kOddWidth, MakeParams(2, 1, 3, 2, 1), 0, 0, coded},
+        {kOddWidth, MakeParams(10, 1, 3, 3, 1), 0, 0},
+        {kOddWidth, MakeParams(1, 1, 3, 2, 1), 0, 0},
+        {kOddWidth, MakeParams(11, 1, 3, 2), 0, 0},
+        {kOddWidth, MakeParams(16, 3, 3, 2), 0, 0},
+        {kOddWidth, MakeParams(15, 1, 3, 2), 0, 0},
+        {kOddHeight, MakeParams(13, 99, 4, 3, 1), 0, 0},
+        {SmallStride("rowBytes", 48), MakeParams(7, 7, 3, 3, 47), 0, 0},
+        {SmallStride("rowBytes", 32), MakeParams(2, 5, 8, 2, 31), 0, 0},
+        {SmallStride("rowBytes", 8), MakeParams(13, 2, 4, 2, 7, 3), 0, 0},
+        {SmallStride("rowBytes2", 4), MakeParams(13, 2, 4, 2, 8, 3), 0, 0},
+        {SmallStride("rowBytes", 8), MakeParams(14, 99, 4, 2, 7), 0, 0},
+        {SmallStride("rowBytes2", 8), MakeParams(15, 2, 4, 2, 0, 7), 0, 0},
+        {SmallStride("rowBytes", uint64_t{16} * kMax), MakeParams(7, 7, kMax, 1, kMax), 0, 0},
+        {kSmallSrc, MakeParams(14, 1, 4, 2, 9, 1), 17, 0},
+        {kSmallSrc, MakeParams(17, 1, 4, 2, 9), 17, 0},
+        {kUnsupported, MakeParams(0, 1, 4, 2), 0, 0},
+        {kUnsupported, MakeParams(1, 5, 4, 2), 64, 0},
+        {kUnsupported, MakeParams(10, 214, 4, 2), 64, 0},
+        {kUnsupported, MakeParams(14, 3, 4, 2), 64, 0},
+        {kSmallDst, MakeParams(2, 1, 4, 2), 16, 52},
+        {kSmallDst, MakeParams(14, 1, 4, 4), 16, 37 + 22 + 1658, MakeCompressed(1, 1)},
         // Pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
-        {kSmallSrc, makeParams(2, 5, 1U << 28, 1), 64, 64},
-        {kSmallSrc, makeParams(2, 5, 1U << 28, 1, 64), 64, 64},
-        {kSmallSrc, makeParams(14, 1, kMax, kMax), 64, 64},
-        {kSmallSrc, makeParams(7, 7, 1U << 30, 1U << 30), 64, 64},
-        {kSmallSrc, makeParams(13, 7, kMax - 1, kMax - 1), kMax, kMax},
-        {kSmallSrc, makeParams(10, 1, 2, kMax - 1, kHalf, kHalf + 3), kMax, kMax},  // only the planes' sum wraps
-        {kSmallDst, makeParams(14, 1, kMax - 20, 1), kMax, kMax},
-        {kSmallDst, makeParams(7, 1, 1073741804, 1), kMax, kMax},
-        {kSmallDst, makeParams(7, 1, 32768, 32767), kMax, kMax, coded},
+        {kSmallSrc, MakeParams(2, 5, 1U << 28, 1), 64, 64},
+        {kSmallSrc, MakeParams(2, 5, 1U << 28, 1, 64), 64, 64},
+        {kSmallSrc, MakeParams(14, 1, kMax, kMax), 64, 64},
+        {kSmallSrc, MakeParams(7, 7, 1U << 30, 1U << 30), 64, 64},
+        {kSmallSrc, MakeParams(13, 7, kMax - 1, kMax - 1), kMax, kMax},
+        {kSmallSrc, MakeParams(10, 1, 2, kMax - 1, kHalf, kHalf + 3), kMax, kMax},  // only the planes' sum wraps
+        {kSmallDst, MakeParams(14, 1, kMax - 20, 1), kMax, kMax},
+        {kSmallDst, MakeParams(7, 1, 1073741804, 1), kMax, kMax},
+        {kSmallDst, MakeParams(7, 1, 32768, 32767), kMax, kMax, coded},
     };
     TestEncoder encoder(2);
     Bytes memory(4096, 0x77);
@@ -237,20 +237,20 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
         SCOPED_TRACE(&c - std::begin(cases));
         uint32_t written = 7;
         // The largest sizes are claims: a refused frame's memory isn't touched.
-        EXPECT_EQ(encoder.outcome(Plenar_EncodeFrame(encoder.get(), &c.params, &c.wish, memory.data(), c.srcSize,
+        EXPECT_EQ(encoder.Outcome(Plenar_EncodeFrame(encoder.get(), &c.params, &c.wish, memory.data(), c.srcSize,
                                                      memory.data() + 2048, c.dstSize, &written)),
                   c.message);
         EXPECT_EQ(written, 7U);
         EXPECT_EQ(memory, Bytes(4096, 0x77));
-        EXPECT_EQ(encode(encoder, makeParams(1, 1, 4, 2), noise(16, 1)).message, "");
+        EXPECT_EQ(Encode(encoder, MakeParams(1, 1, 4, 2), Noise(16, 1)).message, "");
     }
 }
 
 TEST(Encode, StoresAnyFrameLayoutThoughDecodersRefuseIt) {
-    UncompressedParams params = makeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2, 0, 0, 0x1FE);
-    const Bytes payload = encode(withWorkers<TestEncoder>(0), params, noise(4, 1)).bytes;
-    EXPECT_EQ(payload, payloadOf(encodedPlanes(params, noise(4, 1))));
-    EXPECT_EQ(readMetadata(withWorkers<TestDecoder>(0), payload, params).message,
+    UncompressedParams params = MakeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2, 0, 0, 0x1FE);
+    const Bytes payload = Encode(WithWorkers<TestEncoder>(0), params, Noise(4, 1)).bytes;
+    EXPECT_EQ(payload, PayloadOf(EncodedPlanes(params, Noise(4, 1))));
+    EXPECT_EQ(ReadMetadata(WithWorkers<TestDecoder>(0), payload, params).message,
               "Undefined value of frame layout: 254");
 }
 
@@ -262,57 +262,57 @@ TEST(Decode, RefusesWithTheFirstBrokenRule) {
         bool badPayload = false;
     };
     const Case cases[] = {
-        {makeParams(2, 1, 4, 2, 7), 0, smallStride("rowBytes", 8), true},
-        {makeParams(1, 1, 3, 2, 7), 0, smallStride("rowBytes", 8), true},
-        {makeParams(10, 1, kMax, kMax, 0, 1), 0, smallStride("rowBytes2", 0x80000000), true},
-        {makeParams(16, 1, 4, 2, 0, 3), 0, smallStride("rowBytes2", 4), true},
-        {makeParams(2, 1, 4, 2), 15, kSmallDst, true},
-        {makeParams(13, 1, 5, 3), 41, kSmallDst, true},
-        {makeParams(2, 5, 1U << 28, 1), 64, kSmallDst, true},
-        {makeParams(14, 1, kMax, kMax), 64, kSmallDst, true},
-        {makeParams(7, 7, 1U << 30, 1U << 30), 64, kSmallDst, true},
-        {makeParams(2, 3, 5, 3), 128, "buffer size should be at least 8", true},
-        {makeParams(2, 3, 5, 3), 128, "width in src metadata is different than width in uncompressed params"},
-        {makeParams(14, 1, 4, 3), 64, "height in src metadata is different than height in uncompressed params"},
-        {makeParams(17, 3, 4, 2), 64, "bit depth in src metadata is different than bit depth in uncompressed params"},
-        {makeParams(2, 1, 4, 2), 16, ""},
+        {MakeParams(2, 1, 4, 2, 7), 0, SmallStride("rowBytes", 8), true},
+        {MakeParams(1, 1, 3, 2, 7), 0, SmallStride("rowBytes", 8), true},
+        {MakeParams(10, 1, kMax, kMax, 0, 1), 0, SmallStride("rowBytes2", 0x80000000), true},
+        {MakeParams(16, 1, 4, 2, 0, 3), 0, SmallStride("rowBytes2", 4), true},
+        {MakeParams(2, 1, 4, 2), 15, kSmallDst, true},
+        {MakeParams(13, 1, 5, 3), 41, kSmallDst, true},
+        {MakeParams(2, 5, 1U << 28, 1), 64, kSmallDst, true},
+        {MakeParams(14, 1, kMax, kMax), 64, kSmallDst, true},
+        {MakeParams(7, 7, 1U << 30, 1U << 30), 64, kSmallDst, true},
+        {MakeParams(2, 3, 5, 3), 128, "buffer size should be at least 8", true},
+        {MakeParams(2, 3, 5, 3), 128, "width in src metadata is different than width in uncompressed params"},
+        {MakeParams(14, 1, 4, 3), 64, "height in src metadata is different than height in uncompressed params"},
+        {MakeParams(17, 3, 4, 2), 64, "bit depth in src metadata is different than bit depth in uncompressed params"},
+        {MakeParams(2, 1, 4, 2), 16, ""},
     };
     TestDecoder decoder(2);
-    const Bytes payload = payloadOf(noisePlanes(makeParams(11, 1, 4, 2), 1));
+    const Bytes payload = PayloadOf(NoisePlanes(MakeParams(11, 1, 4, 2), 1));
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - std::begin(cases));
-        EXPECT_EQ(decode(decoder, c.params, c.badPayload ? Bytes(7) : payload, Bytes(c.dstSize)).message, c.message);
-        EXPECT_EQ(decode(decoder, makeParams(2, 1, 4, 2), payload, Bytes(16)).message, "");
+        EXPECT_EQ(Decode(decoder, c.params, c.badPayload ? Bytes(7) : payload, Bytes(c.dstSize)).message, c.message);
+        EXPECT_EQ(Decode(decoder, MakeParams(2, 1, 4, 2), payload, Bytes(16)).message, "");
     }
 }
 
 // A frame without rows has no samples, however wide it is and however many workers wait for some.
 TEST(EmptyFrames, PassForAnyWidthAndWorkerCount) {
     for (size_t workers = 0; workers < kWorkerCounts.size(); ++workers) {
-        for (const auto& [order, type] : allPairs()) {
+        for (const auto& [order, type] : AllPairs()) {
             for (const uint32_t width : {0U, 6U, kMax - 1}) {
-                const UncompressedParams params = makeParams(order, type, width, 0);
-                const Bytes expected = payloadOf(noisePlanes(params, 0));
+                const UncompressedParams params = MakeParams(order, type, width, 0);
+                const Bytes expected = PayloadOf(NoisePlanes(params, 0));
                 SCOPED_TRACE(::testing::Message() << "order " << order << " type " << type << " width " << width);
-                const Frame payload = encode(withWorkers<TestEncoder>(workers), params, {});
+                const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, {});
                 EXPECT_EQ(payload.message, "");
-                EXPECT_EQ(difference(payload.bytes, expected), "");
-                EXPECT_EQ(decode(withWorkers<TestDecoder>(workers), params, expected, {}).message,
-                          decodeRefusal(noisePlanes(params, 0), order, type));
+                EXPECT_EQ(Difference(payload.bytes, expected), "");
+                EXPECT_EQ(Decode(WithWorkers<TestDecoder>(workers), params, expected, {}).message,
+                          DecodeRefusal(NoisePlanes(params, 0), order, type));
             }
         }
     }
 }
 
 TEST(WorkedExample, ComesOutByteForByte) {
-    const UncompressedParams params = makeParams(plenar::CbYACrYA, plenar::Uint8, 4, 2);
+    const UncompressedParams params = MakeParams(plenar::CbYACrYA, plenar::Uint8, 4, 2);
     const Bytes picture{1, 2, 91, 3, 4, 92, 5, 6, 93, 7, 8, 94, 11, 12, 95, 13, 14, 96, 15, 16, 97, 17, 18, 98};
-    const Bytes expected = letters(
+    const Bytes expected = Letters(
         "\x6A\0\0\0pack"
         "\x35\0\0\0icmp\x15\0\0\0sinf\4\0\0\0\2\0\0\0y208\0\x18\0\0\0sdat\1\2\3\4\5\6\7\10\13\14\15\16\17\20\21\22"
         "\x2D\0\0\0icmp\x15\0\0\0sinf\4\0\0\0\2\0\0\0 a08\0\x10\0\0\0sdat[\\]^_`ab"s);
-    EXPECT_EQ(encode(withWorkers<TestEncoder>(0), params, picture).bytes, expected);
-    EXPECT_EQ(decode(withWorkers<TestDecoder>(0), params, expected, Bytes(24)).bytes, picture);
+    EXPECT_EQ(Encode(WithWorkers<TestEncoder>(0), params, picture).bytes, expected);
+    EXPECT_EQ(Decode(WithWorkers<TestDecoder>(0), params, expected, Bytes(24)).bytes, picture);
 }
 
 }  // namespace

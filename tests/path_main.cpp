@@ -12,11 +12,11 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     const std::string kernels = argc == 2 ? argv[1] : "";
     if (kernels == "--kernels=plain") {
-        plenar::ForceRowKernels(&plenar::plainRowKernels);
-        plenar::RleChooseKernels(plenar::RleKernelSet::kPlain);
+        plenar::ForceRowKernels(&plenar::kPlainRowKernels);
+        plenar::RleChooseKernels(plenar::RleKernelSet::Plain);
     } else if (kernels == "--kernels=baseline") {
-        plenar::ForceRowKernels(&plenar::ssse3RowKernels);
-        plenar::RleChooseKernels(plenar::RleKernelSet::kBaseline);
+        plenar::ForceRowKernels(&plenar::kSsse3RowKernels);
+        plenar::RleChooseKernels(plenar::RleKernelSet::Baseline);
     } else {
         std::fprintf(stderr, "usage: %s --kernels=plain|baseline\n", argv[0]);
         return 2;

@@ -1,6 +1,5 @@
 // Builds payloads by hand, box by box, right ones and wrong ones.
-#ifndef PLENAR_TESTS_PAYLOAD_BUILDER_H
-#define PLENAR_TESTS_PAYLOAD_BUILDER_H
+#pragma once
 
 #include <cstdint>
 #include <initializer_list>
@@ -12,7 +11,7 @@ namespace plenar_test {
 
 using Bytes = std::vector<uint8_t>;
 
-inline Bytes join(std::initializer_list<Bytes> parts) {
+inline Bytes Join(std::initializer_list<Bytes> parts) {
     Bytes all;
     for (const Bytes& part : parts) {
         all.insert(all.end(), part.begin(), part.end());
@@ -20,18 +19,18 @@ inline Bytes join(std::initializer_list<Bytes> parts) {
     return all;
 }
 
-inline Bytes littleEndian(uint32_t value) {
+inline Bytes LittleEndian(uint32_t value) {
     return {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value >> 16),
             static_cast<uint8_t>(value >> 24)};
 }
 
-inline Bytes letters(const std::string& code) {
+inline Bytes Letters(const std::string& code) {
     return {code.begin(), code.end()};
 }
 
 // A box with its true size, or with the one that is stated for it.
-inline Bytes box(const std::string& kind, const Bytes& content, std::optional<uint32_t> size = {}) {
-    return join({littleEndian(size.value_or(static_cast<uint32_t>(content.size()) + 8)), letters(kind), content});
+inline Bytes Box(const std::string& kind, const Bytes& content, std::optional<uint32_t> size = {}) {
+    return Join({LittleEndian(size.value_or(static_cast<uint32_t>(content.size()) + 8)), Letters(kind), content});
 }
 
 struct Plane {
@@ -43,38 +42,38 @@ struct Plane {
 };
 
 // The description of a plane; 20 bytes leave the layout out, more than 21 add bytes that mean nothing.
-inline Bytes sinf(const Plane& plane, uint32_t size = 21) {
-    Bytes content = join({littleEndian(plane.width), littleEndian(plane.height), letters(plane.code), {plane.layout}});
+inline Bytes Sinf(const Plane& plane, uint32_t size = 21) {
+    Bytes content = Join({LittleEndian(plane.width), LittleEndian(plane.height), Letters(plane.code), {plane.layout}});
     content.resize(size - 8, 0xEE);
-    return box("sinf", content);
+    return Box("sinf", content);
 }
 
-inline Bytes sdat(const Plane& plane) {
-    return box("sdat", plane.data);
+inline Bytes Sdat(const Plane& plane) {
+    return Box("sdat", plane.data);
 }
 
-inline Bytes icmp(const Plane& plane, const Bytes& tail = {}) {
-    return box("icmp", join({sinf(plane), sdat(plane), tail}));
+inline Bytes Icmp(const Plane& plane, const Bytes& tail = {}) {
+    return Box("icmp", Join({Sinf(plane), Sdat(plane), tail}));
 }
 
-inline Bytes pack(std::initializer_list<Bytes> boxes) {
-    return box("pack", join(boxes));
+inline Bytes Pack(std::initializer_list<Bytes> boxes) {
+    return Box("pack", Join(boxes));
 }
 
 // The payload as an encoder lays it out.
-inline Bytes payloadOf(const std::vector<Plane>& planes) {
+inline Bytes PayloadOf(const std::vector<Plane>& planes) {
     if (planes.size() == 1) {
-        return pack({sinf(planes[0]), sdat(planes[0])});
+        return Pack({Sinf(planes[0]), Sdat(planes[0])});
     }
     Bytes boxes;
     for (const Plane& plane : planes) {
-        boxes = join({boxes, icmp(plane)});
+        boxes = Join({boxes, Icmp(plane)});
     }
-    return box("pack", boxes);
+    return Box("pack", boxes);
 }
 
 // Where the data of a plane begins in that payload.
-inline size_t dataOffset(const std::vector<Plane>& planes, size_t index) {
+inline size_t DataOffset(const std::vector<Plane>& planes, size_t index) {
     size_t offset = planes.size() == 1 ? 37 : 45;
     for (size_t k = 0; k < index; ++k) {
         offset += planes[k].data.size() + 37;
@@ -83,5 +82,3 @@ inline size_t dataOffset(const std::vector<Plane>& planes, size_t index) {
 }
 
 }  // namespace plenar_test
-
-#endif

@@ -1,6 +1,5 @@
 /* Where each field of the records lies, for C and C++. */
-#ifndef PLENAR_TESTS_RECORD_LAYOUT_H
-#define PLENAR_TESTS_RECORD_LAYOUT_H
+#pragma once
 
 #define FIELD(record, field, offset, width)                                                          \
     PLENAR_STATIC_ASSERT(offsetof(record, field) == (offset), #record " " #field " lies elsewhere"); \
@@ -21,5 +20,3 @@ FIELD(CreateParams, size, 0, 8);
 FIELD(CreateParams, numThreads, 8, 4);
 FIELD(CreateParams, userData, 12, 8);
 FIELD(CreateParams, messageCallback, 20, 8);
-
-#endif

@@ -18,7 +18,7 @@ struct ReferenceFrame {
     std::string decodedCrc32;
 };
 
-std::vector<ReferenceFrame> frames() {
+std::vector<ReferenceFrame> Frames() {
     std::ifstream file(PLENAR_TEST_DATA "/frames.tsv");
     std::vector<ReferenceFrame> all;
     std::string line;
@@ -36,7 +36,7 @@ std::vector<ReferenceFrame> frames() {
     return all;
 }
 
-Bytes pictureOf(const ReferenceFrame& f) {
+Bytes PictureOf(const ReferenceFrame& f) {
     Bytes picture(f.srcBytes);
     uint32_t state = f.seed;
     const auto step = [&state] { return state = state * 1664525 + 1013904223; };
@@ -59,7 +59,7 @@ Bytes pictureOf(const ReferenceFrame& f) {
     return picture;
 }
 
-std::string crcOf(const Bytes& bytes) {
+std::string CrcOf(const Bytes& bytes) {
     std::ostringstream text;
     text.width(8);
     text.fill('0');
@@ -67,35 +67,35 @@ std::string crcOf(const Bytes& bytes) {
     return text.str();
 }
 
-void check(const ReferenceFrame& f, size_t workers) {
-    UncompressedParams params = makeParams(f.order, f.type, f.width, f.height, f.rowBytes, f.rowBytes2, f.frameLayout);
+void Check(const ReferenceFrame& f, size_t workers) {
+    UncompressedParams params = MakeParams(f.order, f.type, f.width, f.height, f.rowBytes, f.rowBytes2, f.frameLayout);
     const CompressedParams compressed =
-        makeCompressed(static_cast<uint8_t>(f.alphaRle), static_cast<uint8_t>(f.alphaBandLimit));
+        MakeCompressed(static_cast<uint8_t>(f.alphaRle), static_cast<uint8_t>(f.alphaBandLimit));
     EXPECT_EQ(Plenar_GetUncompressedBufSize(&params), f.srcBytes);
     EXPECT_EQ(Plenar_GetCompressedBufSize(&params, &compressed), f.compressedBufSize);
-    const Frame payload = encode(withWorkers<TestEncoder>(workers), params, pictureOf(f), compressed, f.number);
+    const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, PictureOf(f), compressed, f.number);
     ASSERT_EQ(payload.message, "");
     EXPECT_EQ(payload.bytes.size(), f.payloadBytes);
-    EXPECT_EQ(crcOf(payload.bytes), f.payloadCrc32);
+    EXPECT_EQ(CrcOf(payload.bytes), f.payloadCrc32);
 
-    const Frame decoded = decode(withWorkers<TestDecoder>(workers), params, payload.bytes, Bytes(f.srcBytes, 0xCD));
+    const Frame decoded = Decode(WithWorkers<TestDecoder>(workers), params, payload.bytes, Bytes(f.srcBytes, 0xCD));
     EXPECT_EQ(decoded.message.empty() ? 0U : 1U, f.decodeCode);
-    EXPECT_EQ(f.decodeCode == 0 ? crcOf(decoded.bytes) : "-", f.decodedCrc32);
+    EXPECT_EQ(f.decodeCode == 0 ? CrcOf(decoded.bytes) : "-", f.decodedCrc32);
 
-    EXPECT_EQ(readMetadata(withWorkers<TestDecoder>(workers), payload.bytes, params).message, "");
+    EXPECT_EQ(ReadMetadata(WithWorkers<TestDecoder>(workers), payload.bytes, params).message, "");
     EXPECT_EQ(f.metadataCode, 0U);
-    EXPECT_EQ(recordBytes(params),
-              recordBytes(makeParams(f.metadataOrder, f.metadataType, f.width, f.height, 0, 0, f.frameLayout)));
+    EXPECT_EQ(RecordBytes(params),
+              RecordBytes(MakeParams(f.metadataOrder, f.metadataType, f.width, f.height, 0, 0, f.frameLayout)));
 }
 
 class ReferenceFrames : public ::testing::TestWithParam<size_t> {};
 
 TEST_P(ReferenceFrames, HaveTheirChecksums) {
-    const std::vector<ReferenceFrame> all = frames();
+    const std::vector<ReferenceFrame> all = Frames();
     ASSERT_EQ(all.size(), 312U);
     for (const ReferenceFrame& f : all) {
         SCOPED_TRACE(f.number);
-        check(f, GetParam());
+        Check(f, GetParam());
     }
 }
 

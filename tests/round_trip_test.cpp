@@ -5,80 +5,80 @@ namespace plenar_test {
 namespace {
 
 // A tight picture, or one whose rows are padded to odd strides. A stride that the order doesn't have is nonsense.
-UncompressedParams shaped(uint32_t order, uint32_t type, uint32_t width, uint32_t height, uint32_t padding) {
-    UncompressedParams params = makeParams(order, type, width, height);
+UncompressedParams Shaped(uint32_t order, uint32_t type, uint32_t width, uint32_t height, uint32_t padding) {
+    UncompressedParams params = MakeParams(order, type, width, height);
     if (padding != 0) {
-        const uint64_t second = tightRowBytes2(params);
-        params.rowBytes = static_cast<uint32_t>(tightRowBytes(params)) + padding;
+        const uint64_t second = TightRowBytes2(params);
+        params.rowBytes = static_cast<uint32_t>(TightRowBytes(params)) + padding;
         params.rowBytes2 = second == 0 ? 1 : static_cast<uint32_t>(second) + 2 * padding - 1;
     }
     return params;
 }
 
 // Decodes `src`, which begins with the planes' payload, into every order and type that it fits, over old bytes.
-void checkDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t width, uint32_t height, uint32_t seed) {
-    for (const auto& [order, type] : allPairs()) {
-        if (!decodeRefusal(planes, order, type).empty()) {
+void CheckDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t width, uint32_t height, uint32_t seed) {
+    for (const auto& [order, type] : AllPairs()) {
+        if (!DecodeRefusal(planes, order, type).empty()) {
             continue;
         }
         for (const uint32_t padding : {0U, 1 + seed % 4}) {
             SCOPED_TRACE(::testing::Message() << "into order " << order << " type " << type << " padding " << padding);
-            UncompressedParams params = shaped(order, type, width, height, padding);
+            UncompressedParams params = Shaped(order, type, width, height, padding);
             params.frameLayout = seed;
-            const Bytes before = noise(pictureSize(params), ++seed);
+            const Bytes before = Noise(PictureSize(params), ++seed);
             Bytes expected = before;
-            decodeInto(params, planes, src, expected);
+            DecodeInto(params, planes, src, expected);
             const size_t workers = seed % (kWorkerCounts.size() - (height < 64 ? 1 : 0));
-            const Frame decoded = decode(withWorkers<TestDecoder>(workers), params, src, before, seed);
+            const Frame decoded = Decode(WithWorkers<TestDecoder>(workers), params, src, before, seed);
             ASSERT_EQ(decoded.message, "");
-            ASSERT_EQ(difference(decoded.bytes, expected), "");
+            ASSERT_EQ(Difference(decoded.bytes, expected), "");
         }
     }
 }
 
-void checkRoundTrip(UncompressedParams params, uint32_t seed) {
+void CheckRoundTrip(UncompressedParams params, uint32_t seed) {
     SCOPED_TRACE(::testing::Message() << params.width << " x " << params.height << " rowBytes " << params.rowBytes);
     params.frameLayout = 0xABCDEF00 + seed % 2;
-    const Bytes picture = noise(pictureSize(params), seed);
-    const std::vector<Plane> planes = encodedPlanes(params, picture);
-    const Bytes expected = payloadOf(planes);
-    const CompressedParams compressed = makeCompressed();
+    const Bytes picture = Noise(PictureSize(params), seed);
+    const std::vector<Plane> planes = EncodedPlanes(params, picture);
+    const Bytes expected = PayloadOf(planes);
+    const CompressedParams compressed = MakeCompressed();
     ASSERT_EQ(Plenar_GetUncompressedBufSize(&params), picture.size());
     ASSERT_EQ(Plenar_GetCompressedBufSize(&params, &compressed), expected.size());
     for (size_t workers = 0; workers < kWorkerCounts.size(); ++workers) {
         if (kWorkerCounts.at(workers) == 64 && params.height < 64 && seed % 8 != 0) {
             continue;  // many more workers than rows: now and then is enough
         }
-        const Frame payload = encode(withWorkers<TestEncoder>(workers), params, picture, compressed, seed);
+        const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, picture, compressed, seed);
         ASSERT_EQ(payload.message, "");
-        ASSERT_EQ(difference(payload.bytes, expected), "") << kWorkerCounts.at(workers) << " workers";
+        ASSERT_EQ(Difference(payload.bytes, expected), "") << kWorkerCounts.at(workers) << " workers";
     }
-    checkDecodes(planes, expected, params.width, params.height, seed);
+    CheckDecodes(planes, expected, params.width, params.height, seed);
 }
 
 class EveryPair : public ::testing::TestWithParam<std::pair<uint32_t, uint32_t>> {};
 
-std::string pairName(const ::testing::TestParamInfo<std::pair<uint32_t, uint32_t>>& info) {
+std::string PairName(const ::testing::TestParamInfo<std::pair<uint32_t, uint32_t>>& info) {
     return "order" + std::to_string(info.param.first) + "type" + std::to_string(info.param.second);
 }
 
 // Rows of 0 to 40 pixels and some longer have all the tails that blocks of 16, 32 and 64 bytes can leave.
 TEST_P(EveryPair, EncodesAndDecodesAsTheModelDoes) {
     const auto [order, type] = GetParam();
-    const uint32_t step = is422(order) || is420(order) ? 2 : 1;
+    const uint32_t step = Is422(order) || Is420(order) ? 2 : 1;
     std::vector<std::array<uint32_t, 3>> sizes{
         {6, 68, 132}, {22, 132, 70}, {130 / step * step, 4, 2}, {131 / step * step, 2, 6}};
     constexpr std::array<uint32_t, 5> kHeights{1, 2, 3, 5, 0};
     for (uint32_t width = 0; width <= 70; width += width == 40 ? 22 : step) {
         const uint32_t height = kHeights.at(sizes.size() % 5);
         const uint32_t other = kHeights.at((sizes.size() + 2) % 5);
-        sizes.push_back({width, is420(order) ? height / 2 * 2 : height, is420(order) ? other / 2 * 2 : other});
+        sizes.push_back({width, Is420(order) ? height / 2 * 2 : height, Is420(order) ? other / 2 * 2 : other});
     }
     uint32_t seed = 1000 * order + type;
     for (const auto& [width, height, paddedHeight] : sizes) {
         seed += 2;
-        ASSERT_NO_FATAL_FAILURE(checkRoundTrip(shaped(order, type, width, height, 0), seed));
-        ASSERT_NO_FATAL_FAILURE(checkRoundTrip(shaped(order, type, width, paddedHeight, 1 + seed % 18), seed + 1));
+        ASSERT_NO_FATAL_FAILURE(CheckRoundTrip(Shaped(order, type, width, height, 0), seed));
+        ASSERT_NO_FATAL_FAILURE(CheckRoundTrip(Shaped(order, type, width, paddedHeight, 1 + seed % 18), seed + 1));
     }
 }
 
@@ -89,10 +89,10 @@ TEST_P(EveryPair, DecodesPlanesThatNoEncoderWrote) {
     for (const uint32_t width : {1U, 2U, 3U, 4U, 5U, 7U, 8U, 9U, 11U, 13U, 15U, 17U, 21U, 23U, 31U, 33U, 63U, 65U}) {
         for (const uint32_t height : {1U, 4U, 7U}) {
             SCOPED_TRACE(::testing::Message() << width << " x " << height);
-            const std::vector<Plane> planes = noisePlanes(makeParams(order, type, width, height), ++seed);
-            const Bytes payload = payloadOf(planes);
-            ASSERT_NO_FATAL_FAILURE(checkDecodes(planes, payload, width, height, seed));
-            ASSERT_NO_FATAL_FAILURE(checkDecodes(planes, join({payload, {0xB7, 0x5E}}), width, height, seed));
+            const std::vector<Plane> planes = NoisePlanes(MakeParams(order, type, width, height), ++seed);
+            const Bytes payload = PayloadOf(planes);
+            ASSERT_NO_FATAL_FAILURE(CheckDecodes(planes, payload, width, height, seed));
+            ASSERT_NO_FATAL_FAILURE(CheckDecodes(planes, Join({payload, {0xB7, 0x5E}}), width, height, seed));
         }
     }
 }
@@ -100,21 +100,21 @@ TEST_P(EveryPair, DecodesPlanesThatNoEncoderWrote) {
 // Every request against every payload: the right ones pass, the others are told why they don't.
 TEST_P(EveryPair, IsRefusedByEveryOtherRequestWithTheRightMessage) {
     const auto [order, type] = GetParam();
-    const std::vector<Plane> planes = noisePlanes(makeParams(order, type, 4, 2), 7);
-    TestDecoder& decoder = withWorkers<TestDecoder>(0);
+    const std::vector<Plane> planes = NoisePlanes(MakeParams(order, type, 4, 2), 7);
+    TestDecoder& decoder = WithWorkers<TestDecoder>(0);
     for (uint32_t wantedOrder = 0; wantedOrder <= 17; ++wantedOrder) {
         for (const uint32_t wantedType : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 214U}) {
-            EXPECT_EQ(decode(decoder, makeParams(wantedOrder, wantedType, 4, 2), payloadOf(planes), Bytes(256)).message,
-                      decodeRefusal(planes, wantedOrder, wantedType))
+            EXPECT_EQ(Decode(decoder, MakeParams(wantedOrder, wantedType, 4, 2), PayloadOf(planes), Bytes(256)).message,
+                      DecodeRefusal(planes, wantedOrder, wantedType))
                 << "order " << wantedOrder << " type " << wantedType;
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(allPairs()), pairName);
+INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()), PairName);
 
 TEST(Formats, AreOneHundredAndSix) {
-    EXPECT_EQ(allPairs().size(), 106U);
+    EXPECT_EQ(AllPairs().size(), 106U);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace plenar_test {
 namespace {
 
 template <class Function>
-Function* find(void* library, const char* name) {
+Function* Find(void* library, const char* name) {
     return reinterpret_cast<Function*>(dlsym(library, name));
 }
 
@@ -26,11 +26,11 @@ TEST(SharedLibrary, LeavesNothingBehindWhenUnloaded) {
         ASSERT_NE(library, nullptr);
         Encoder* encoder = nullptr;
         std::array<uint8_t, 4096> payload{};
-        EXPECT_EQ(find<decltype(Plenar_CreateEncoder)>(library, "Plenar_CreateEncoder")(&params, &encoder), 0U);
-        EXPECT_EQ(find<decltype(Plenar_EncodeFrame)>(library, "Plenar_EncodeFrame")(
+        EXPECT_EQ(Find<decltype(Plenar_CreateEncoder)>(library, "Plenar_CreateEncoder")(&params, &encoder), 0U);
+        EXPECT_EQ(Find<decltype(Plenar_EncodeFrame)>(library, "Plenar_EncodeFrame")(
                       encoder, &picture, &compressed, payload.data(), 64, payload.data() + 64, 4032, nullptr),
                   0U);
-        find<decltype(Plenar_DestroyEncoder)>(library, "Plenar_DestroyEncoder")(encoder);
+        Find<decltype(Plenar_DestroyEncoder)>(library, "Plenar_DestroyEncoder")(encoder);
         EXPECT_EQ(dlclose(library), 0);
         EXPECT_EQ(dlopen(PLENAR_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
     }

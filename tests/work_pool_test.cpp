@@ -121,9 +121,9 @@ TEST_P(WorkPoolTest, IsDestroyedWhateverItsLastBatchWas) {
 TEST(WorkPoolStart, CostsWhatTheThreadsThatStartCost) {
     const uint32_t count = 1000000;
     largestBlock = 0;
-    threadStarts.arm(3);
+    threadStarts.Arm(3);
     EXPECT_NE(FailureOf([] { WorkPool pool(count); }), "");
-    EXPECT_TRUE(threadStarts.disarm());
+    EXPECT_TRUE(threadStarts.Disarm());
     EXPECT_LE(largestBlock, count * sizeof(std::thread));
 }
 
@@ -135,14 +135,14 @@ TEST_P(WorkPoolTest, LackOfMemoryDropsABatchOrFailsItsJobs) {
         bool struck = true;
         for (uint64_t nth = 1; struck; ++nth) {
             std::atomic<uint32_t> ran{0};
-            allocations.arm(nth, lasting);
+            allocations.Arm(nth, lasting);
             const std::string failure = FailureOf([&] {
                 RunBatch(pool, 3 * GetParam(), [&](uint32_t i) {
                     ++ran;
                     results[i] = std::make_unique<int>();
                 });
             });
-            struck = allocations.disarm();
+            struck = allocations.Disarm();
             EXPECT_EQ(failure, struck ? "std::bad_alloc" : "");
             EXPECT_TRUE(ran == results.size() || (struck && ran == 0)) << ran;
             EXPECT_EQ(FailureOf(pool), "");

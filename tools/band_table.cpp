@@ -6,17 +6,17 @@ namespace plenar_tool {
 
 namespace {
 
-constexpr size_t maxTableBytes = 1659;  // 255 bands with the longest codes
-constexpr uint32_t firstRunningValue = 0x7FFFFF;
+constexpr size_t kMaxTableBytes = 1659;  // 255 bands with the longest codes
+constexpr uint32_t kFirstRunningValue = 0x7FFFFF;
 
 class BitReader {
 public:
-    explicit BitReader(std::span<const uint8_t> source) : bytes(source) {}
+    explicit BitReader(std::span<const uint8_t> source) : bytes_(source) {}
 
     // Zeros behind the end.
     uint32_t Bit() {
-        const uint64_t index = position++;
-        return PastEnd() ? 0 : (uint32_t{bytes[index / 8]} >> (7 - index % 8)) & 1U;
+        const uint64_t index = position_++;
+        return PastEnd() ? 0 : (uint32_t{bytes_[index / 8]} >> (7 - index % 8)) & 1U;
     }
 
     uint32_t Bits(uint32_t count) {
@@ -36,12 +36,12 @@ public:
         return count;
     }
 
-    uint64_t Position() const { return position; }
-    bool PastEnd() const { return position > uint64_t{bytes.size()} * 8; }
+    uint64_t Position() const { return position_; }
+    bool PastEnd() const { return position_ > uint64_t{bytes_.size()} * 8; }
 
 private:
-    std::span<const uint8_t> bytes;
-    uint64_t position = 0;
+    std::span<const uint8_t> bytes_;
+    uint64_t position_ = 0;
 };
 
 // Exponential Golomb: as many zeros as the number has bits behind its first one.
@@ -59,7 +59,7 @@ uint32_t ReadDelta(BitReader& reader) {
 // Runs of entries that each differ from the one before by the same number, modulo 2^32.
 std::vector<uint32_t> ReadList(BitReader& reader, size_t count) {
     std::vector<uint32_t> entries;
-    uint32_t value = firstRunningValue;
+    uint32_t value = kFirstRunningValue;
     while (entries.size() < count && !reader.PastEnd()) {
         const uint64_t run = ReadRunLength(reader);
         const uint32_t delta = ReadDelta(reader);
@@ -74,7 +74,7 @@ std::vector<uint32_t> ReadList(BitReader& reader, size_t count) {
 }  // namespace
 
 BandTable ReadBandTable(std::span<const uint8_t> plane, uint32_t height) {
-    BitReader reader(plane.first(std::min(plane.size(), maxTableBytes)));
+    BitReader reader(plane.first(std::min(plane.size(), kMaxTableBytes)));
     const uint32_t count = reader.Bits(8);
     const std::vector<uint32_t> sizes = ReadList(reader, count);
     const std::vector<uint32_t> rows = ReadList(reader, count);

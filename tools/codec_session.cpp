@@ -32,7 +32,7 @@ void Check(uint32_t code, const std::string& message, const UncompressedParams& 
 }
 
 uint32_t Size32(std::span<const uint8_t> bytes) {
-    if (bytes.size() > maxBufferBytes) {
+    if (bytes.size() > kMaxBufferBytes) {
         throw CodecError("more than 4 GiB in one frame");
     }
     return static_cast<uint32_t>(bytes.size());
@@ -53,37 +53,37 @@ CompressedParams MakePayloadParams() {
 }
 
 EncoderSession::EncoderSession(uint32_t numThreads)
-    : message(std::make_unique<std::string>()),
-      encoder(MakeObject<Encoder>(Plenar_CreateEncoder, numThreads, message.get()), Plenar_DestroyEncoder) {}
+    : message_(std::make_unique<std::string>()),
+      encoder_(MakeObject<Encoder>(Plenar_CreateEncoder, numThreads, message_.get()), Plenar_DestroyEncoder) {}
 
 Buffer EncoderSession::Encode(const UncompressedParams& params, const CompressedParams& compressedParams,
                               std::span<const uint8_t> picture) {
     // Unsupported pairs give a size of 0 here, and the encode then says so.
     Buffer payload(Plenar_GetCompressedBufSize(&params, &compressedParams));
     uint32_t written = 0;
-    Check(Plenar_EncodeFrame(encoder.get(), &params, &compressedParams, picture.data(), Size32(picture), payload.Data(),
-                             Size32(payload.Bytes()), &written),
-          *message, params);
+    Check(Plenar_EncodeFrame(encoder_.get(), &params, &compressedParams, picture.data(), Size32(picture),
+                             payload.Data(), Size32(payload.Bytes()), &written),
+          *message_, params);
     payload.Shrink(written);
     return payload;
 }
 
 DecoderSession::DecoderSession(uint32_t numThreads)
-    : message(std::make_unique<std::string>()),
-      decoder(MakeObject<Decoder>(Plenar_CreateDecoder, numThreads, message.get()), Plenar_DestroyDecoder) {}
+    : message_(std::make_unique<std::string>()),
+      decoder_(MakeObject<Decoder>(Plenar_CreateDecoder, numThreads, message_.get()), Plenar_DestroyDecoder) {}
 
 UncompressedParams DecoderSession::ReadMetadata(std::span<const uint8_t> payload) {
     UncompressedParams params = MakePictureParams();
-    Check(Plenar_ReadMetadata(decoder.get(), payload.data(), Size32(payload), &params), *message);
+    Check(Plenar_ReadMetadata(decoder_.get(), payload.data(), Size32(payload), &params), *message_);
     return params;
 }
 
 Buffer DecoderSession::Decode(const UncompressedParams& params, std::span<const uint8_t> payload) {
     Buffer picture(Plenar_GetUncompressedBufSize(&params));
     uint32_t written = 0;
-    Check(Plenar_DecodeFrame(decoder.get(), &params, payload.data(), Size32(payload), picture.Data(),
+    Check(Plenar_DecodeFrame(decoder_.get(), &params, payload.data(), Size32(payload), picture.Data(),
                              Size32(picture.Bytes()), &written),
-          *message, params);
+          *message_, params);
     picture.Shrink(written);
     return picture;
 }

@@ -32,8 +32,8 @@ public:
                   std::span<const uint8_t> picture);
 
 private:
-    std::unique_ptr<std::string> message;
-    std::unique_ptr<Encoder, void (*)(Encoder*)> encoder;
+    std::unique_ptr<std::string> message_;
+    std::unique_ptr<Encoder, void (*)(Encoder*)> encoder_;
 };
 
 class DecoderSession {
@@ -44,8 +44,8 @@ public:
     Buffer Decode(const UncompressedParams& params, std::span<const uint8_t> payload);
 
 private:
-    std::unique_ptr<std::string> message;
-    std::unique_ptr<Decoder, void (*)(Decoder*)> decoder;
+    std::unique_ptr<std::string> message_;
+    std::unique_ptr<Decoder, void (*)(Decoder*)> decoder_;
 };
 
 }  // namespace plenar_tool

@@ -17,8 +17,8 @@ namespace plenar_tool {
 namespace fs = std::filesystem;
 
 Buffer::Buffer(size_t byteCount)
-    : bytes(static_cast<uint8_t*>(std::calloc(std::max<size_t>(byteCount, 1), 1))), size(byteCount) {
-    if (!bytes) {
+    : bytes_(static_cast<uint8_t*>(std::calloc(std::max<size_t>(byteCount, 1), 1))), size_(byteCount) {
+    if (!bytes_) {
         throw std::bad_alloc();
     }
 }
@@ -29,7 +29,7 @@ Buffer ReadFile(const fs::path& path) {
     if (error) {
         throw std::runtime_error("can't be read: " + error.message());
     }
-    if (size > maxBufferBytes) {
+    if (size > kMaxBufferBytes) {
         throw std::runtime_error("has " + std::to_string(size) + " bytes, more than the 4 GiB that a frame can take");
     }
     Buffer buffer(size);
@@ -42,22 +42,22 @@ Buffer ReadFile(const fs::path& path) {
     return buffer;
 }
 
-PendingFile::PendingFile(fs::path targetPath) : target(std::move(targetPath)) {
-    if (fs::exists(target) && !fs::is_regular_file(target)) {
-        throw std::runtime_error("can't write " + target.string() + ": it exists and is not a regular file");
+PendingFile::PendingFile(fs::path targetPath) : target_(std::move(targetPath)) {
+    if (fs::exists(target_) && !fs::is_regular_file(target_)) {
+        throw std::runtime_error("can't write " + target_.string() + ": it exists and is not a regular file");
     }
     static std::atomic<unsigned> counter{0};
     const std::string mark = ".partial-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
-    temporary = target.parent_path() / ("." + target.stem().string() + mark + target.extension().string());
+    temporary_ = target_.parent_path() / ("." + target_.stem().string() + mark + target_.extension().string());
 }
 
 PendingFile::~PendingFile() {
     std::error_code ignored;
-    fs::remove(temporary, ignored);
+    fs::remove(temporary_, ignored);
 }
 
 void PendingFile::Commit() {
-    fs::rename(temporary, target);
+    fs::rename(temporary_, target_);
 }
 
 void WriteFile(const fs::path& path, std::span<const uint8_t> bytes) {

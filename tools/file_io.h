@@ -16,22 +16,22 @@ class Buffer {
 public:
     explicit Buffer(size_t byteCount);
 
-    uint8_t* Data() const { return bytes.get(); }
-    size_t Size() const { return size; }
-    std::span<const uint8_t> Bytes() const { return {bytes.get(), size}; }
-    void Shrink(size_t byteCount) { size = byteCount; }
+    uint8_t* Data() const { return bytes_.get(); }
+    size_t Size() const { return size_; }
+    std::span<const uint8_t> Bytes() const { return {bytes_.get(), size_}; }
+    void Shrink(size_t byteCount) { size_ = byteCount; }
 
 private:
     struct Release {
         void operator()(uint8_t* memory) const { std::free(memory); }
     };
 
-    std::unique_ptr<uint8_t, Release> bytes;
-    size_t size;
+    std::unique_ptr<uint8_t, Release> bytes_;
+    size_t size_;
 };
 
 // The sizes that the library takes have 32 bits.
-inline constexpr uint64_t maxBufferBytes = UINT32_MAX;
+inline constexpr uint64_t kMaxBufferBytes = UINT32_MAX;
 
 // Throws std::runtime_error when the file can't be read or has more than maxBufferBytes.
 Buffer ReadFile(const std::filesystem::path& path);
@@ -46,12 +46,12 @@ public:
     PendingFile(const PendingFile&) = delete;
     PendingFile& operator=(const PendingFile&) = delete;
 
-    const std::filesystem::path& Path() const { return temporary; }
+    const std::filesystem::path& Path() const { return temporary_; }
     void Commit();
 
 private:
-    std::filesystem::path target;
-    std::filesystem::path temporary;
+    std::filesystem::path target_;
+    std::filesystem::path temporary_;
 };
 
 void WriteFile(const std::filesystem::path& path, std::span<const uint8_t> bytes);

@@ -20,11 +20,11 @@ const auto& FindValue(const Table& table, uint32_t value) {
 }  // namespace
 
 const OrderInfo& FindOrder(uint32_t value) {
-    return FindValue(orders, value);
+    return FindValue(kOrders, value);
 }
 
 const TypeInfo& FindType(uint32_t value) {
-    return FindValue(types, value);
+    return FindValue(kTypes, value);
 }
 
 std::string_view FileChannels(std::string_view channels) {

@@ -25,7 +25,7 @@ struct TypeInfo {
     uint32_t depth;
 };
 
-inline constexpr std::array<OrderInfo, 16> orders{{
+inline constexpr std::array<OrderInfo, 16> kOrders{{
     {plenar::YCbYCr, "YCbYCr", "", false},
     {plenar::CbYCrY, "CbYCrY", "", false},
     {plenar::ARGB, "ARGB", "ARGB", true},
@@ -44,7 +44,7 @@ inline constexpr std::array<OrderInfo, 16> orders{{
     {plenar::CbYCrYPlusAlpha, "CbYCrYPlusAlpha", "", true},
 }};
 
-inline constexpr std::array<TypeInfo, 8> types{{
+inline constexpr std::array<TypeInfo, 8> kTypes{{
     {plenar::Uint8, "Uint8", 1, 8},
     {plenar::Uint10, "Uint10", 2, 10},
     {plenar::Uint12, "Uint12", 2, 12},

@@ -37,8 +37,8 @@ int RunFormats() {
     EncoderSession session(1);
     size_t count = 0;
     std::printf("%-16s %-10s %s\n", "order", "type", "planes of the payload");
-    for (const OrderInfo& order : orders) {
-        for (const TypeInfo& type : types) {
+    for (const OrderInfo& order : kOrders) {
+        for (const TypeInfo& type : kTypes) {
             const std::string planes = PlanesOf(session, order.value, type.value);
             if (!planes.empty()) {
                 std::printf("%-16s %-10s %s\n", order.name.data(), type.name.data(), planes.c_str());

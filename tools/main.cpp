@@ -15,14 +15,14 @@ namespace {
 
 using namespace plenar_tool;
 
-constexpr int usageStatus = 2;
+constexpr int kUsageStatus = 2;
 
-constexpr const char* description =
+constexpr const char* kDescription =
     "plenar turns pictures into PlenarSDK frame payloads and back.\n"
     "A payload holds one picture: uncompressed planes of samples with a small description around them; an alpha\n"
     "plane may be coded without loss. Samples are never changed on the way in or out.";
 
-constexpr const char* examples =
+constexpr const char* kExamples =
     "Examples:\n"
     "  plenar encode title.png title.plenar --alpha-rle     a picture, its alpha plane coded\n"
     "  plenar decode title.plenar back.png                  the same picture again\n"
@@ -36,7 +36,7 @@ constexpr const char* examples =
     "'plenar COMMAND --help' tells more.\n"
     "Exit status: 0 done, 1 a file failed (one line on stderr for each), 2 wrong options.";
 
-constexpr const char* encodeDetails =
+constexpr const char* kEncodeDetails =
     "Without --raw, INPUT is a picture file (PNG, TIFF, OpenEXR, DPX and others). Its channels give the order: RGB,\n"
     "RGBA, or AlphaOnly for a picture of one channel, grey included. Its samples give the type: Uint8, Uint10,\n"
     "Uint12, Uint16, Half16 or Float32. Of a file with several pictures the first is taken, and of a picture with a\n"
@@ -44,7 +44,7 @@ constexpr const char* encodeDetails =
     "arrangements of RGB, one without the alpha, or words of more bits for 10 and 12 bits.\n"
     "Payloads keep alpha of types Uint8 and Uint16 only; where it is lost, a warning says so.";
 
-constexpr const char* decodeDetails =
+constexpr const char* kDecodeDetails =
     "Without --raw, OUTPUT is a picture file, and its extension gives the file format. Y'CbCr payloads need --raw,\n"
     "which writes the bare samples. Order and type are those that 'plenar info' shows, unless others are given that\n"
     "hold the same planes: RGB of an ARGB payload, AlphaOnly, Packed10 for Uint10, Float32 for Fixed2p14.\n"
@@ -101,8 +101,8 @@ void AddBatchOptions(CLI::App& command, BatchOptions& batch) {
 }
 
 void AddPictureOptions(CLI::App& command, PictureOptions& picture) {
-    AddNamed(command, "--order", picture.order, orders, "How the samples of the picture are arranged");
-    AddNamed(command, "--type", picture.type, types, "The type of a sample");
+    AddNamed(command, "--order", picture.order, kOrders, "How the samples of the picture are arranged");
+    AddNamed(command, "--type", picture.type, kTypes, "The type of a sample");
     command.add_flag("--raw", picture.raw, "The picture is a headerless buffer of samples");
     command
         .add_option("--row-bytes", picture.rowBytes, "Bytes from one row to the next (default: rows without padding)")
@@ -113,7 +113,7 @@ void AddPictureOptions(CLI::App& command, PictureOptions& picture) {
 
 CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     CLI::App* const command = app.add_subcommand("encode", "Encode pictures into payloads.");
-    command->footer(encodeDetails);
+    command->footer(kEncodeDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
     command
@@ -134,7 +134,7 @@ CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
 
 CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     CLI::App* const command = app.add_subcommand("decode", "Decode payloads into pictures.");
-    command->footer(decodeDetails);
+    command->footer(kDecodeDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
     command->add_option("--ext", options.extension, "Extension of the outputs in --out-dir (default: png, or raw)");
@@ -158,8 +158,8 @@ int Run(int argc, char** argv) {
     std::string infoFile;
     bool infoJson = false;
 
-    CLI::App app(description, "plenar");
-    app.footer(examples);
+    CLI::App app(kDescription, "plenar");
+    app.footer(kExamples);
     app.set_version_flag("--version", Version);
     app.require_subcommand(1);
     const CLI::App* const encode = AddEncode(app, encodeOptions);
@@ -174,7 +174,7 @@ int Run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : usageStatus;
+        return app.exit(error) == 0 ? 0 : kUsageStatus;
     }
     if (encode->parsed()) {
         return RunEncode(encodeOptions);
@@ -192,7 +192,7 @@ int main(int argc, char** argv) {
         return Run(argc, argv);
     } catch (const UsageError& error) {
         std::fprintf(stderr, "plenar: %s\n", error.what());
-        return usageStatus;
+        return kUsageStatus;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "plenar: %s\n", error.what());
         return 1;

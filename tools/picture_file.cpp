@@ -19,7 +19,7 @@ struct FileType {
     int bits;
 };
 
-constexpr FileType fileTypes[] = {
+constexpr FileType kFileTypes[] = {
     {plenar::Uint8, OIIO::TypeDesc::UINT8, 8},    {plenar::Uint10, OIIO::TypeDesc::UINT16, 10},
     {plenar::Uint12, OIIO::TypeDesc::UINT16, 12}, {plenar::Uint16, OIIO::TypeDesc::UINT16, 16},
     {plenar::Half16, OIIO::TypeDesc::HALF, 16},   {plenar::Float32, OIIO::TypeDesc::FLOAT, 32},
@@ -36,7 +36,7 @@ uint32_t NaturalType(const OIIO::ImageSpec& spec) {
         }
     }
     const int bits = spec.get_int_attribute("oiio:BitsPerSample", 16);
-    for (const FileType& candidate : fileTypes) {
+    for (const FileType& candidate : kFileTypes) {
         const bool bitsAgree = candidate.base != OIIO::TypeDesc::UINT16 || candidate.bits == bits;
         if (spec.format == OIIO::TypeDesc(candidate.base) && bitsAgree) {
             return candidate.type;
@@ -71,7 +71,7 @@ void CheckShape(const OIIO::ImageSpec& spec) {
     if (spec.deep || spec.depth > 1) {
         Fail("deep and volume pictures can't be carried");
     }
-    if (spec.image_bytes(true) > maxBufferBytes) {
+    if (spec.image_bytes(true) > kMaxBufferBytes) {
         Fail("the picture takes more than 4 GiB");
     }
 }
@@ -101,9 +101,9 @@ Picture ReadPicture(const std::filesystem::path& path) {
 }
 
 void WritePicture(const std::filesystem::path& target, const Picture& picture) {
-    const auto* const type = std::find_if(std::begin(fileTypes), std::end(fileTypes),
+    const auto* const type = std::find_if(std::begin(kFileTypes), std::end(kFileTypes),
                                           [&](const FileType& candidate) { return candidate.type == picture.type; });
-    if (type == std::end(fileTypes)) {
+    if (type == std::end(kFileTypes)) {
         Fail("picture files don't hold " + std::string(FindType(picture.type).name) + " samples");
     }
     OIIO::ImageSpec spec(static_cast<int>(picture.width), static_cast<int>(picture.height),

@@ -4,7 +4,7 @@ namespace plenar_tool {
 
 namespace {
 
-constexpr size_t codeLength = 4;
+constexpr size_t kCodeLength = 4;
 
 struct Family {
     std::string_view codes;  // one after the other
@@ -13,7 +13,7 @@ struct Family {
     bool coded;
 };
 
-constexpr Family families[] = {
+constexpr Family kFamilies[] = {
     {"y208y210y212y216y2S1 y2h y2f  h2  f2", "picture", "4:2:2, Cb Y Cr Y", false},
     {"y408y410y412y416y4S1 y4h y4f  h4  f4", "picture", "4:4:4, Cb Y Cr", false},
     {"rg08rg10rg12rg16rgS1 rgh rgfrg hrg f", "picture", "4:4:4, R G B", false},
@@ -25,8 +25,8 @@ constexpr Family families[] = {
 };
 
 bool Contains(std::string_view codes, std::string_view code) {
-    for (size_t i = 0; i < codes.size(); i += codeLength) {
-        if (codes.substr(i, codeLength) == code) {
+    for (size_t i = 0; i < codes.size(); i += kCodeLength) {
+        if (codes.substr(i, kCodeLength) == code) {
             return true;
         }
     }
@@ -46,7 +46,7 @@ uint32_t Depth(std::string_view code) {
 }  // namespace
 
 PlaneCodeInfo DescribePlaneCode(std::string_view code) {
-    for (const Family& family : families) {
+    for (const Family& family : kFamilies) {
         if (Contains(family.codes, code)) {
             return {family.role, family.sampling, Depth(code), family.coded};
         }

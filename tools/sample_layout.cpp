@@ -29,13 +29,13 @@ std::vector<size_t> ChannelPositions(std::string_view from, std::string_view to)
     return positions;
 }
 
-template <size_t sampleBytes>
+template <size_t SampleBytes>
 void GatherSamples(const uint8_t* src, size_t srcChannels, const std::vector<size_t>& positions, uint8_t* dst,
                    size_t pixels) {
-    for (size_t pixel = 0; pixel < pixels; ++pixel, src += srcChannels * sampleBytes) {
+    for (size_t pixel = 0; pixel < pixels; ++pixel, src += srcChannels * SampleBytes) {
         for (const size_t position : positions) {
-            std::memcpy(dst, src + position * sampleBytes, sampleBytes);
-            dst += sampleBytes;
+            std::memcpy(dst, src + position * SampleBytes, SampleBytes);
+            dst += SampleBytes;
         }
     }
 }

@@ -34,9 +34,9 @@ TEST(BandTable, EqualDifferencesShareAGroup) {
     std::vector<uint32_t> rows(8, 68);
     rows.insert(rows.end(), 8, 67);
     PlaneBits expected;
-    const auto group = [&expected](uint64_t run, uint32_t folded, bool short_form) {
+    const auto group = [&expected](uint64_t run, uint32_t folded, bool shortForm) {
         expected.RunLength(run);
-        expected.Value(folded, 24, short_form);
+        expected.Value(folded, 24, shortForm);
     };
     group(1, 2 * (0x7FFFFF - 68) - 1, false);
     group(7, 0, true);
@@ -49,7 +49,7 @@ TEST(BandTable, ShortFormEndsAt13311AndLossBeginsAtHalfTheRange) {
     struct Case {
         uint32_t entry;  // after the running value's start
         size_t bits;
-        uint32_t read_back;
+        uint32_t readBack;
     };
     const Case cases[] = {{0x7FFFFF + 6655, 1 + 1 + 23, 0x7FFFFF + 6655},  // folded 13310
                           {0x7FFFFF - 6656, 1 + 1 + 23, 0x7FFFFF - 6656},  // folded 13311
@@ -62,15 +62,15 @@ TEST(BandTable, ShortFormEndsAt13311AndLossBeginsAtHalfTheRange) {
         const Bytes bytes = WriteList({entry.entry});
         plenar::RleBitReader reader(bytes.data(), bytes.size());
         uint32_t read = 0;
-        EXPECT_EQ(plenar::RleReadIndexList(reader, &read, 1), RleDefect::kNone);
+        EXPECT_EQ(plenar::RleReadIndexList(reader, &read, 1), RleDefect::None);
         EXPECT_EQ(reader.Position(), entry.bits) << entry.entry;
-        EXPECT_EQ(read, entry.read_back);
+        EXPECT_EQ(read, entry.readBack);
     }
     // A step down by more than half the range is one up, and what it leads to comes back larger.
     const Bytes steep = WriteList({16000000, 5});
     plenar::RleBitReader reader(steep.data(), steep.size());
     uint32_t read[2] = {};
-    EXPECT_EQ(plenar::RleReadIndexList(reader, read, 2), RleDefect::kNone);
+    EXPECT_EQ(plenar::RleReadIndexList(reader, read, 2), RleDefect::None);
     EXPECT_EQ(std::vector<uint32_t>(read, read + 2), (std::vector<uint32_t>{16000000, 5 + (1 << 24)}));
     EXPECT_EQ(MessageOf([] { WriteList({8388607 + 25165824}); }),
               "values greater than 24bit is not supported by rle index table");
@@ -87,11 +87,11 @@ TEST(BandTable, LargestTableFitsTheReserve) {
     Bytes bytes(plenar::RleHeadReserve);
     EXPECT_EQ(plenar::RleWriteBandTable(table, bytes.data()), 1659U);
     RleBandTable read;
-    ASSERT_EQ(plenar::RleReadBandTable(bytes.data(), bytes.size(), read), RleDefect::kNone);
+    ASSERT_EQ(plenar::RleReadBandTable(bytes.data(), bytes.size(), read), RleDefect::None);
     EXPECT_EQ(read.bytes, 1659U);
     EXPECT_EQ(std::vector<uint32_t>(read.sizes, read.sizes + read.count), sizes);
     EXPECT_EQ(std::vector<uint32_t>(read.rows, read.rows + read.count), rows);
-    EXPECT_EQ(plenar::RleReadBandTable(bytes.data(), bytes.size() - 1, read), RleDefect::kStreamPastEnd);
+    EXPECT_EQ(plenar::RleReadBandTable(bytes.data(), bytes.size() - 1, read), RleDefect::StreamPastEnd);
 }
 
 TEST(BandTable, LongPrefixesAndFloodsEnd) {
@@ -99,7 +99,7 @@ TEST(BandTable, LongPrefixesAndFloodsEnd) {
         Bytes bytes(100000, fill);
         bytes[0] = 255;
         RleBandTable table;
-        EXPECT_EQ(plenar::RleReadBandTable(bytes.data(), bytes.size(), table), RleDefect::kStreamPastEnd);
+        EXPECT_EQ(plenar::RleReadBandTable(bytes.data(), bytes.size(), table), RleDefect::StreamPastEnd);
     }
     // 70 ones: a value of (70 << 10) + 5.
     PlaneBits bits;
@@ -110,7 +110,7 @@ TEST(BandTable, LongPrefixesAndFloodsEnd) {
     bits.Bits(5, 10);
     bits.List({1});
     RleBandTable table;
-    ASSERT_EQ(plenar::RleReadBandTable(bits.Get().data(), bits.Get().size(), table), RleDefect::kNone);
+    ASSERT_EQ(plenar::RleReadBandTable(bits.Get().data(), bits.Get().size(), table), RleDefect::None);
     EXPECT_EQ(table.sizes[0], 0x7FFFFF - (70 * 1024 + 6) / 2);
 }
 

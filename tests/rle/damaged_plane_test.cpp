@@ -37,16 +37,16 @@ Bytes Groups(uint32_t count, const std::vector<uint64_t>& runs) {
 TEST(DamagedPlane, EachKindHasItsMessageInEveryForm) {
     const RleParams params = {20, 10, 8, 0, 0};
     const Bytes half = Flat(100);
-    PlaneBits zeros_between;  // one sample, then an empty run for each sample, and one more
-    zeros_between.Token(0, 1, 0, 8, true);
+    PlaneBits zerosBetween;  // one sample, then an empty run for each sample, and one more
+    zerosBetween.Token(0, 1, 0, 8, true);
     for (int i = 0; i < 201; ++i) {
-        zeros_between.Bits(0, 33);
-        zeros_between.Bits(0, 33);
-        zeros_between.Value(0, 8, false);
+        zerosBetween.Bits(0, 33);
+        zerosBetween.Bits(0, 33);
+        zerosBetween.Value(0, 8, false);
     }
-    zeros_between.Token(0, 199, 0, 8, true);
-    Bytes long_tail = half;
-    long_tail.resize(100, 0xFF);
+    zerosBetween.Token(0, 199, 0, 8, true);
+    Bytes longTail = half;
+    longTail.resize(100, 0xFF);
 
     struct Case {
         const char* message;
@@ -62,9 +62,9 @@ TEST(DamagedPlane, EachKindHasItsMessageInEveryForm) {
         {kPastEnd, PlaneOf({3}, {10}, {half, Bytes(1000, 0)})},  // stops in the middle of an empty run
         {kRunPastBand, PlaneOf({3, 3}, {5, 5}, {Flat(101), half})},
         {kRunPastBand, PlaneOf({3, 3}, {5, 5}, {half, Flat(uint64_t{1} << 32)})},
-        {kRunPastBand, PlaneOf({3, 100}, {5, 5}, {Flat(101), long_tail})},
-        {kRunPastBand, PlaneOf({100, 3}, {5, 5}, {long_tail, Flat(101)})},
-        {kEmptyRuns, PlaneOf({9}, {10}, {zeros_between.Get()})},
+        {kRunPastBand, PlaneOf({3, 100}, {5, 5}, {Flat(101), longTail})},
+        {kRunPastBand, PlaneOf({100, 3}, {5, 5}, {longTail, Flat(101)})},
+        {kEmptyRuns, PlaneOf({9}, {10}, {zerosBetween.Get()})},
         {kGroupPastList, Groups(2, {3})},
         {kGroupPastList, Groups(3, {2, 2})},
         {kGroupPastList, Groups(255, {(uint64_t{1} << 32) + 1})},
@@ -92,15 +92,15 @@ TEST(DamagedPlane, TheFirstBandsDefectIsTold) {
         EXPECT_EQ(MessageOf([&] { Decode({20, 10, 8, 0, 0}, plane, Bytes(200), workers); }), kRunPastBand);
     }
     // Busy bands may be decoded two at a time: the second one's defect is found long before the first one's.
-    PlaneBits empty_runs;
-    empty_runs.Token(0, 1, 0, 8, true);
+    PlaneBits emptyRuns;
+    emptyRuns.Token(0, 1, 0, 8, true);
     for (int i = 0; i < 1101; ++i) {
-        empty_runs.Bits(0, 33);
-        empty_runs.Bits(0, 33);
-        empty_runs.Value(0, 8, false);
+        emptyRuns.Bits(0, 33);
+        emptyRuns.Bits(0, 33);
+        emptyRuns.Value(0, 8, false);
     }
-    const auto size = static_cast<uint32_t>(empty_runs.Get().size());
-    const Bytes busy = PlaneOf({size, 3}, {1, 1}, {empty_runs.Get(), Flat(1101), Bytes(100, 0)});
+    const auto size = static_cast<uint32_t>(emptyRuns.Get().size());
+    const Bytes busy = PlaneOf({size, 3}, {1, 1}, {emptyRuns.Get(), Flat(1101), Bytes(100, 0)});
     EXPECT_EQ(MessageOf([&] { Decode({1100, 2, 8, 0, 0}, busy, Bytes(2200)); }), kEmptyRuns);
 }
 
@@ -119,8 +119,8 @@ TEST(DamagedPlane, ManyBandsOverTheSameBytesEndSoon) {
     const std::vector<uint32_t> sizes(255, 0), rows(255, 1);
     const Bytes zeros = PlaneOf(sizes, rows, {Bytes(1 << 20, 0)});
     EXPECT_EQ(MessageOf([&] { Decode({1, 255, 8, 0, 0}, zeros, Bytes(255)); }), kEmptyRuns);
-    const Bytes short_runs = PlaneOf(sizes, rows, {Bytes(4000, 0x55)});
-    EXPECT_EQ(MessageOf([&] { Decode({1000, 255, 8, 0, 0}, short_runs, Bytes(255000)); }), kPastEnd);
+    const Bytes shortRuns = PlaneOf(sizes, rows, {Bytes(4000, 0x55)});
+    EXPECT_EQ(MessageOf([shortRuns] { Decode({1000, 255, 8, 0, 0}, shortRuns, Bytes(255000)); }), kPastEnd);
 }
 
 }  // namespace

@@ -14,18 +14,18 @@ using plenar::RleParams;
 Bytes DearestPlane(const RleParams& params) {
     Random random(1);
     const uint32_t top = (1U << params.bitdepth) - 1;
-    const auto is_far = [top](uint32_t d) { return std::min(d & top, (0 - d) & top) > top / 200 + 10; };
+    const auto isFar = [top](uint32_t d) { return std::min(d & top, (0 - d) & top) > top / 200 + 10; };
     Bytes plain(plenar::RlePlainSize(params));
     uint32_t prev1 = 127;
     uint32_t prev2 = 127;
-    uint32_t last_second = 0;
+    uint32_t lastSecond = 0;
     for (size_t place = 0; place < plain.size();) {
         const uint32_t sample = random() & top;
         const uint32_t second = sample - 2 * prev1 + prev2;
-        if (is_far(sample - prev1) && is_far(second) && is_far(second - last_second)) {
+        if (isFar(sample - prev1) && isFar(second) && isFar(second - lastSecond)) {
             std::memcpy(&plain[place], &sample, params.bitdepth / 8);
             place += params.bitdepth / 8;
-            last_second = second;
+            lastSecond = second;
             prev2 = prev1;
             prev1 = sample;
         }
@@ -93,7 +93,7 @@ TEST(PlaneCodec, LongRunsStandAmongShortOnes) {
 
 TEST(PlaneCodec, ShortFormsEndAtTheirLimit) {
     // One sample: folded residual 19 or 20, 575 or 576, in mode 1.
-    const auto stream_of = [](uint32_t bitdepth, int residual) {
+    const auto streamOf = [](uint32_t bitdepth, int residual) {
         const int middle = bitdepth == 8 ? 127 : 32767;
         const auto sample = static_cast<uint16_t>(middle + residual);
         Bytes plain(bitdepth / 8);
@@ -101,12 +101,12 @@ TEST(PlaneCodec, ShortFormsEndAtTheirLimit) {
         const Bytes coded = Encode({1, 1, bitdepth, 0, 0}, plain);
         return Bytes(coded.begin() + 8, coded.end());
     };
-    EXPECT_EQ(stream_of(8, -10), (Bytes{0xFE, 0xC0}));          // 1 1 1 1111011
-    EXPECT_EQ(stream_of(8, 10), (Bytes{0xC2, 0x80}));           // 1 1 0 00010100
-    EXPECT_EQ(stream_of(16, -288), (Bytes{0xFF, 0xEF, 0xC0}));  // 1 1 1 111111110111111
-    EXPECT_EQ(stream_of(16, 288), (Bytes{0xC0, 0x48, 0x00}));   // 1 1 0 0000001001000000
-    EXPECT_EQ(stream_of(8, -128), (Bytes{0xDF, 0xE0}));         // 1 1 0 11111111
-    EXPECT_EQ(stream_of(8, 0), (Bytes{0x60}));                  // 0 1 1 000
+    EXPECT_EQ(streamOf(8, -10), (Bytes{0xFE, 0xC0}));          // 1 1 1 1111011
+    EXPECT_EQ(streamOf(8, 10), (Bytes{0xC2, 0x80}));           // 1 1 0 00010100
+    EXPECT_EQ(streamOf(16, -288), (Bytes{0xFF, 0xEF, 0xC0}));  // 1 1 1 111111110111111
+    EXPECT_EQ(streamOf(16, 288), (Bytes{0xC0, 0x48, 0x00}));   // 1 1 0 0000001001000000
+    EXPECT_EQ(streamOf(8, -128), (Bytes{0xDF, 0xE0}));         // 1 1 0 11111111
+    EXPECT_EQ(streamOf(8, 0), (Bytes{0x60}));                  // 0 1 1 000
 }
 
 TEST(PlaneCodec, PaddedRowsAreSpreadBandByBand) {
@@ -120,9 +120,9 @@ TEST(PlaneCodec, PaddedRowsAreSpreadBandByBand) {
         EXPECT_EQ(Decode(params, Encode(params, plain), Bytes(30, 0)), expected);
     }
     // Bands of one row aren't spread, and nothing behind a row is touched.
-    Bytes in_rows = plain;
+    Bytes inRows = plain;
     const RleParams single = {2, 6, 8, 255, 5};
-    EXPECT_EQ(Decode(single, Encode(single, plain), Bytes(30, 9)), in_rows);
+    EXPECT_EQ(Decode(single, Encode(single, plain), Bytes(30, 9)), inRows);
 }
 
 TEST(PlaneCodec, ParametersAndBuffersAreChecked) {
@@ -130,8 +130,8 @@ TEST(PlaneCodec, ParametersAndBuffersAreChecked) {
     Bytes coded(4096);
     struct Case {
         RleParams params;
-        uint64_t plain_size;
-        uint64_t coded_short;  // bytes less than the bound
+        uint64_t plainSize;
+        uint64_t codedShort;  // bytes less than the bound
         const char* encode;
         const char* decode;
     };
@@ -156,14 +156,14 @@ TEST(PlaneCodec, ParametersAndBuffersAreChecked) {
     for (const Case& test : cases) {
         const uint64_t bound = test.params.height == 0 ? 1659 : plenar::RleMaxCodedSize(test.params);
         EXPECT_EQ(MessageOf([&] {
-                      plenar::RleEncodePlane(Pool(0), test.params, plain.data(), test.plain_size, coded.data(),
-                                             bound - test.coded_short);
+                      plenar::RleEncodePlane(Pool(0), test.params, plain.data(), test.plainSize, coded.data(),
+                                             bound - test.codedShort);
                   }),
                   test.encode);
         Bytes plane = PlaneOf({}, {}, {});
         EXPECT_EQ(MessageOf([&] {
                       plenar::RleDecodePlane(Pool(2), test.params, plane.data(), plane.size(), plain.data(),
-                                             test.plain_size);
+                                             test.plainSize);
                   }),
                   test.decode);
     }

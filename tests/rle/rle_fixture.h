@@ -21,18 +21,17 @@ using Bytes = std::vector<uint8_t>;
 
 class Random {
 public:
-    explicit Random(uint32_t seed) : engine(seed) {}
-    uint32_t operator()() { return static_cast<uint32_t>(engine()); }
+    explicit Random(uint32_t seed) : engine_(seed) {}
+    uint32_t operator()() { return static_cast<uint32_t>(engine_()); }
 
 private:
-    std::mt19937 engine;
+    std::mt19937 engine_;
 };
 
 // Coders to compare: the plain twin first.
 inline std::vector<plenar::RleKernelSet> KernelSets() {
     std::vector<plenar::RleKernelSet> sets;
-    for (const auto set :
-         {plenar::RleKernelSet::kPlain, plenar::RleKernelSet::kBaseline, plenar::RleKernelSet::kAvx2}) {
+    for (const auto set : {plenar::RleKernelSet::Plain, plenar::RleKernelSet::Baseline, plenar::RleKernelSet::Avx2}) {
         if (plenar::RleFindKernels(set) != nullptr) {
             sets.push_back(set);
         }
@@ -43,7 +42,7 @@ inline std::vector<plenar::RleKernelSet> KernelSets() {
 class ChosenKernels {
 public:
     explicit ChosenKernels(plenar::RleKernelSet set) { plenar::RleChooseKernels(set); }
-    ~ChosenKernels() { plenar::RleChooseKernels(plenar::RleKernelSet::kBest); }
+    ~ChosenKernels() { plenar::RleChooseKernels(plenar::RleKernelSet::Best); }
     ChosenKernels(const ChosenKernels&) = delete;
     ChosenKernels& operator=(const ChosenKernels&) = delete;
 };
@@ -96,11 +95,11 @@ class PlaneBits {
 public:
     void Bits(uint64_t value, unsigned count) {
         while (count-- > 0) {
-            if (used % 8 == 0) {
-                bytes.push_back(0);
+            if (used_ % 8 == 0) {
+                bytes_.push_back(0);
             }
-            bytes.back() = static_cast<uint8_t>(bytes.back() | (value >> count & 1) << (7 - used % 8));
-            ++used;
+            bytes_.back() = static_cast<uint8_t>(bytes_.back() | (value >> count & 1) << (7 - used_ % 8));
+            ++used_;
         }
     }
 
@@ -113,10 +112,10 @@ public:
         Bits(run, significant);
     }
 
-    void Value(uint32_t value, unsigned width, bool short_form) {
+    void Value(uint32_t value, unsigned width, bool shortForm) {
         const unsigned k = width / 2 - 2;
-        Bits(short_form ? 1 : 0, 1);
-        if (short_form) {
+        Bits(shortForm ? 1 : 0, 1);
+        if (shortForm) {
             Bits(~0ULL, value >> k);
             Bits(0, 1);
             Bits(value, k);
@@ -125,10 +124,10 @@ public:
         }
     }
 
-    void Token(unsigned mode, uint64_t run, uint32_t value, unsigned width, bool short_form) {
+    void Token(unsigned mode, uint64_t run, uint32_t value, unsigned width, bool shortForm) {
         Bits(mode, 1);
         RunLength(run);
-        Value(value, width, short_form);
+        Value(value, width, shortForm);
     }
 
     // One group for each entry, in raw form.
@@ -142,13 +141,13 @@ public:
         }
     }
 
-    void Align() { used = bytes.size() * 8; }
+    void Align() { used_ = bytes_.size() * 8; }
 
-    const Bytes& Get() const { return bytes; }
+    const Bytes& Get() const { return bytes_; }
 
 private:
-    Bytes bytes;
-    uint64_t used = 0;
+    Bytes bytes_;
+    uint64_t used_ = 0;
 };
 
 // The table of a plane with the streams behind it.

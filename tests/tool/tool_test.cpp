@@ -43,24 +43,24 @@ struct PictureKind {
 
 class Tool : public testing::Test {
 protected:
-    static constexpr int width = 26;
-    static constexpr int height = 10;
+    static constexpr int kWidth = 26;
+    static constexpr int kHeight = 10;
 
-    Tool() : directory(fs::temp_directory_path() / ("plenar_tool_test_" + std::to_string(getpid()))) {
-        fs::create_directories(directory);
-        previous = fs::current_path();
-        fs::current_path(directory);
+    Tool() : directory_(fs::temp_directory_path() / ("plenar_tool_test_" + std::to_string(getpid()))) {
+        fs::create_directories(directory_);
+        previous_ = fs::current_path();
+        fs::current_path(directory_);
     }
     ~Tool() override {
-        fs::current_path(previous);
-        fs::remove_all(directory);
+        fs::current_path(previous_);
+        fs::remove_all(directory_);
     }
 
     // The exit status; what the program printed is in `out` and `err`.
     int Run(const std::string& arguments) {
         // NOLINTNEXTLINE(cert-env33-c): a shell is what the program is run from, and it sends the output to files
         const int status = std::system((PLENAR_TOOL " " + arguments + " >out.txt 2>err.txt").c_str());
-        for (const auto& [file, text] : {std::pair("out.txt", &out), std::pair("err.txt", &err)}) {
+        for (const auto& [file, text] : {std::pair("out.txt", &out_), std::pair("err.txt", &err_)}) {
             const Bytes bytes = Load(file);
             text->assign(bytes.begin(), bytes.end());
             fs::remove(file);
@@ -70,7 +70,7 @@ protected:
 
     nlohmann::json Info(const std::string& file) {
         Run("info --json " + file);
-        return nlohmann::json::parse(out);
+        return nlohmann::json::parse(out_);
     }
 
     static Bytes Load(const std::string& file) {
@@ -84,7 +84,7 @@ protected:
     }
 
     static void SavePicture(const std::string& file, const PictureKind& kind, uint32_t seed = 1) {
-        OIIO::ImageSpec spec(width, height, kind.channels, kind.base);
+        OIIO::ImageSpec spec(kWidth, kHeight, kind.channels, kind.base);
         spec.attribute("oiio:BitsPerSample", kind.bits);
         spec.attribute("oiio:UnassociatedAlpha", 1);
         Bytes samples = Noise(spec.image_bytes(), seed);
@@ -112,18 +112,18 @@ protected:
         return samples;
     }
 
-    std::string out;
-    std::string err;
+    std::string out_;
+    std::string err_;
 
 private:
-    fs::path directory;
-    fs::path previous;
+    fs::path directory_;
+    fs::path previous_;
 };
 
 constexpr PictureKind rgb8{"p.png", TypeDesc::UINT8, 8, 3, "", "RGB", "Uint8"};
 constexpr PictureKind rgba8{"p.png", TypeDesc::UINT8, 8, 4, "", "ARGB", "Uint8"};
-constexpr PictureKind halfRgb{"p.exr", TypeDesc::HALF, 16, 3, "", "RGB", "Half16"};
-constexpr const char* rawUyvy = "--raw --size 26x10 --order CbYCrY --type Uint8 ";
+constexpr PictureKind kHalfRgb{"p.exr", TypeDesc::HALF, 16, 3, "", "RGB", "Half16"};
+constexpr const char* kRawUyvy = "--raw --size 26x10 --order CbYCrY --type Uint8 ";
 
 TEST_F(Tool, PicturesComeBackBitForBit) {
     const PictureKind kinds[] = {
@@ -135,17 +135,17 @@ TEST_F(Tool, PicturesComeBackBitForBit) {
         {"p.dpx", TypeDesc::UINT16, 10, 3, "", "RGB", "Uint10"},
         {"p.dpx", TypeDesc::UINT16, 12, 3, "", "RGB", "Uint12"},
         {"p.tif", TypeDesc::FLOAT, 32, 3, "--frame-layout 1", "RGB", "Float32"},
-        halfRgb,
+        kHalfRgb,
     };
     for (const PictureKind& kind : kinds) {
         SCOPED_TRACE(kind.type + " "s + std::to_string(kind.channels) + " " + kind.options);
         const std::string file = kind.file;
         SavePicture(file, kind);
-        ASSERT_EQ(Run("encode " + file + " p.plenar " + kind.options), 0) << err;
+        ASSERT_EQ(Run("encode " + file + " p.plenar " + kind.options), 0) << err_;
         const auto format = Info("p.plenar").at("format");
         EXPECT_EQ(format.at("order"), kind.order);
         EXPECT_EQ(format.at("type"), kind.type);
-        ASSERT_EQ(Run("decode p.plenar back-" + file), 0) << err;
+        ASSERT_EQ(Run("decode p.plenar back-" + file), 0) << err_;
         EXPECT_EQ(PictureSamples("back-" + file, kind), PictureSamples(file, kind));
     }
 }
@@ -153,11 +153,11 @@ TEST_F(Tool, PicturesComeBackBitForBit) {
 TEST_F(Tool, OrdersOfPicturesNameTheirSamples) {
     SavePicture("p.png", rgba8);
     Save("p.rgba", PictureSamples("p.png", rgba8));
-    ASSERT_EQ(Run("encode p.rgba raw.plenar --raw --size 26x10 --order RGBA --type Uint8"), 0) << err;
+    ASSERT_EQ(Run("encode p.rgba raw.plenar --raw --size 26x10 --order RGBA --type Uint8"), 0) << err_;
     for (const std::string order : {"ARGB", "BGRA", "rgba", "ABGR"}) {
-        ASSERT_EQ(Run("encode p.png p.plenar --order " + order), 0) << err;
+        ASSERT_EQ(Run("encode p.png p.plenar --order " + order), 0) << err_;
         EXPECT_EQ(Load("p.plenar"), Load("raw.plenar")) << order;
-        ASSERT_EQ(Run("decode p.plenar back.png --order " + order), 0) << err;
+        ASSERT_EQ(Run("decode p.plenar back.png --order " + order), 0) << err_;
         EXPECT_EQ(PictureSamples("back.png", rgba8), PictureSamples("p.png", rgba8)) << order;
     }
 }
@@ -186,8 +186,8 @@ TEST_F(Tool, RawBuffersComeBack) {
             picture[i] &= static_cast<uint8_t>(kind.mask(i));
         }
         Save("p.raw", picture);
-        ASSERT_EQ(Run("encode p.raw p.plenar --raw --size 26x10 " + kind.layout), 0) << err;
-        ASSERT_EQ(Run("decode p.plenar back.raw --raw " + kind.layout), 0) << err;
+        ASSERT_EQ(Run("encode p.raw p.plenar --raw --size 26x10 " + kind.layout), 0) << err_;
+        ASSERT_EQ(Run("decode p.plenar back.raw --raw " + kind.layout), 0) << err_;
         EXPECT_EQ(Load("back.raw"), picture);
     }
 }
@@ -197,9 +197,9 @@ TEST_F(Tool, ManyFilesGoOnWhenOneFails) {
         SavePicture("p" + std::to_string(i) + ".png", rgba8, i);
     }
     EXPECT_EQ(Run("encode missing.png p?.png --out-dir made/payloads --jobs 3"), 1);
-    EXPECT_NE(err.find("plenar: missing.png: "), std::string::npos) << err;
-    EXPECT_NE(err.find("[6/6] "), std::string::npos) << err;
-    ASSERT_EQ(Run("decode made/payloads/*.plenar --out-dir back --ext tif"), 0) << err;
+    EXPECT_NE(err_.find("plenar: missing.png: "), std::string::npos) << err_;
+    EXPECT_NE(err_.find("[6/6] "), std::string::npos) << err_;
+    ASSERT_EQ(Run("decode made/payloads/*.plenar --out-dir back --ext tif"), 0) << err_;
     for (uint32_t i = 0; i < 5; ++i) {
         const std::string name = "p" + std::to_string(i);
         EXPECT_EQ(PictureSamples("back/" + name + ".tif", rgba8), PictureSamples(name + ".png", rgba8));
@@ -210,11 +210,11 @@ TEST_F(Tool, ManyFilesGoOnWhenOneFails) {
 TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
     SavePicture("rgb.png", rgb8);
     SavePicture("rgba.png", rgba8);
-    SavePicture("half.exr", halfRgb);
+    SavePicture("half.exr", kHalfRgb);
     Save("p.raw", Noise(520));
-    ASSERT_EQ(Run("encode p.raw yuv.plenar "s + rawUyvy), 0) << err;
-    ASSERT_EQ(Run("encode half.exr half.plenar"), 0) << err;
-    ASSERT_EQ(Run("encode rgba.png rgba.plenar"), 0) << err;
+    ASSERT_EQ(Run("encode p.raw yuv.plenar "s + kRawUyvy), 0) << err_;
+    ASSERT_EQ(Run("encode half.exr half.plenar"), 0) << err_;
+    ASSERT_EQ(Run("encode rgba.png rgba.plenar"), 0) << err_;
     Bytes cut = Load("yuv.plenar");
     cut.pop_back();
     Save("cut.plenar", cut);
@@ -243,8 +243,8 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
     }
     for (const auto& [arguments, message] : cases) {
         EXPECT_EQ(Run(arguments), 1) << arguments;
-        EXPECT_NE(err.find(message), std::string::npos) << err;
-        EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << err;
+        EXPECT_NE(err_.find(message), std::string::npos) << err_;
+        EXPECT_EQ(std::count(err_.begin(), err_.end(), '\n'), 1) << err_;
         EXPECT_EQ(Load("out.png").size() + Load("out.jpg").size() + Load("out.raw").size(), 9) << arguments;
     }
     EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), filesBefore + 3);
@@ -252,21 +252,21 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
     for (const std::string arguments : {"", "encode a b c", "encode a b --raw", "encode a b --order XYZ",
                                         "encode x/a.png y/a.tif --out-dir out", "encode a b --alpha-bands 3"}) {
         EXPECT_EQ(Run(arguments), 2) << arguments;
-        EXPECT_FALSE(err.empty());
+        EXPECT_FALSE(err_.empty());
     }
 }
 
 TEST_F(Tool, LostAlphaIsTold) {
     SavePicture("p.exr", {"", TypeDesc::HALF, 16, 4, "", "", ""});
     EXPECT_EQ(Run("encode p.exr p.plenar"), 0);
-    EXPECT_NE(err.find("plenar: p.exr: warning: its alpha is not kept"), std::string::npos) << err;
+    EXPECT_NE(err_.find("plenar: p.exr: warning: its alpha is not kept"), std::string::npos) << err_;
     EXPECT_EQ(Run("encode p.exr p.plenar --order RGB"), 0);
-    EXPECT_EQ(err, "");
+    EXPECT_EQ(err_, "");
 }
 
 TEST_F(Tool, InfoShowsPlanesAndBands) {
     SavePicture("p.png", rgba8);
-    ASSERT_EQ(Run("encode p.png p.plenar --alpha-rle --alpha-bands 4 --frame-layout 1"), 0) << err;
+    ASSERT_EQ(Run("encode p.png p.plenar --alpha-rle --alpha-bands 4 --frame-layout 1"), 0) << err_;
     const auto info = Info("p.plenar");
     EXPECT_EQ(info.at("boxes").size(), 7U);
     EXPECT_TRUE(info.at("remarks").empty()) << info.at("remarks");
@@ -291,23 +291,23 @@ TEST_F(Tool, InfoShowsPlanesAndBands) {
     Save("odd.plenar", odd);
     EXPECT_EQ(Info("odd.plenar").at("refused"), "Invalid combination of planes");
     EXPECT_EQ(Run("info odd.plenar"), 1);
-    EXPECT_NE(out.find("at 16: plane code \"\\xffg08\" is unknown"), std::string::npos) << out;
-    EXPECT_EQ(err, "plenar: odd.plenar: Invalid combination of planes\n");
+    EXPECT_NE(out_.find("at 16: plane code \"\\xffg08\" is unknown"), std::string::npos) << out_;
+    EXPECT_EQ(err_, "plenar: odd.plenar: Invalid combination of planes\n");
 }
 
 TEST_F(Tool, FormatsListsEveryPair) {
-    ASSERT_EQ(Run("formats"), 0) << err;
-    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 108);  // a head, 106 pairs, their number
-    EXPECT_NE(out.find("YCbCrA420Planar  Uint8      \" y08\", \"cb08\", \"cr08\", \" a08\"\n"), std::string::npos);
-    EXPECT_NE(out.find("CbYCrY           Packed10   \"y210\"\n"), std::string::npos);
+    ASSERT_EQ(Run("formats"), 0) << err_;
+    EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 108);  // a head, 106 pairs, their number
+    EXPECT_NE(out_.find("YCbCrA420Planar  Uint8      \" y08\", \"cb08\", \"cr08\", \" a08\"\n"), std::string::npos);
+    EXPECT_NE(out_.find("CbYCrY           Packed10   \"y210\"\n"), std::string::npos);
 }
 
 // Exactly sized buffers, so that a sanitizer sees any read outside.
 TEST_F(Tool, ViewOfDamagedPayloadsStaysInside) {
     SavePicture("p.png", rgba8);
-    ASSERT_EQ(Run("encode p.png p.plenar --alpha-rle"), 0) << err;
+    ASSERT_EQ(Run("encode p.png p.plenar --alpha-rle"), 0) << err_;
     const Bytes payload = Load("p.plenar");
-    constexpr size_t alphaBox = 45 + 780;
+    constexpr size_t kAlphaBox = 45 + 780;
     for (size_t size = 0; size < payload.size(); ++size) {
         const Bytes cut(payload.begin(), payload.begin() + static_cast<long>(size));
         EXPECT_FALSE(plenar_tool::ViewPayload(cut).remarks.empty()) << size;
@@ -316,7 +316,7 @@ TEST_F(Tool, ViewOfDamagedPayloadsStaysInside) {
         Bytes damaged = payload;
         const Bytes random = Noise(12, i);
         for (size_t change = 0; change < random.size(); change += 4) {
-            const size_t place = (random[change] % 2 ? 0 : alphaBox) + random[change + 1] % 120;
+            const size_t place = (random[change] % 2 ? 0 : kAlphaBox) + random[change + 1] % 120;
             damaged.at(place) = random[change + 2] % 2 ? random[change + 3] : 0xFF;
         }
         EXPECT_LE(plenar_tool::ViewPayload(damaged).boxes.size(), 256U);

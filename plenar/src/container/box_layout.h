@@ -16,18 +16,18 @@ inline constexpr uint32_t sinf = FourCC("sinf");  // the description of a plane
 inline constexpr uint32_t sdat = FourCC("sdat");  // the data of a plane
 }  // namespace box
 
-inline constexpr uint32_t boxHeaderSize = 8;
-inline constexpr uint32_t sinfBoxSize = 21;
-inline constexpr uint32_t sinfBoxSizeWithoutLayout = 20;  // the least that a reader accepts
+inline constexpr uint32_t kBoxHeaderSize = 8;
+inline constexpr uint32_t kSinfBoxSize = 21;
+inline constexpr uint32_t kSinfBoxSizeWithoutLayout = 20;  // the least that a reader accepts
 
 // The bytes between the end of one plane's data and the start of the next plane's.
 constexpr uint32_t PlaneOverhead(bool multi) {
-    return (multi ? boxHeaderSize : 0) + sinfBoxSize + boxHeaderSize;
+    return (multi ? kBoxHeaderSize : 0) + kSinfBoxSize + kBoxHeaderSize;
 }
 
 // The bytes ahead of the first plane's data.
 constexpr uint32_t HeadOverhead(bool multi) {
-    return boxHeaderSize + PlaneOverhead(multi);
+    return kBoxHeaderSize + PlaneOverhead(multi);
 }
 
 struct BoxHeader {

@@ -9,12 +9,12 @@ namespace plenar {
 
 namespace {
 
-constexpr uint64_t kindOffset = 4;
-constexpr uint64_t sinfWidthOffset = 8;
-constexpr uint64_t sinfHeightOffset = 12;
-constexpr uint64_t sinfTypeOffset = 16;
-constexpr uint64_t sinfLayoutOffset = 20;
-constexpr uint8_t maxFrameLayout = 1;
+constexpr uint64_t kIndOffset = 4;
+constexpr uint64_t kSinfWidthOffset = 8;
+constexpr uint64_t kSinfHeightOffset = 12;
+constexpr uint64_t kSinfTypeOffset = 16;
+constexpr uint64_t kSinfLayoutOffset = 20;
+constexpr uint8_t kMaxFrameLayout = 1;
 
 // Composes a message of texts and numbers and throws it.
 template <class... Pieces>
@@ -32,81 +32,81 @@ template <class... Pieces>
 }
 
 [[noreturn]] void RefuseHeaderAt(uint64_t position) {
-    Refuse("can't read box header(", boxHeaderSize, " bytes) at offset ", position);
+    Refuse("can't read box header(", kBoxHeaderSize, " bytes) at offset ", position);
 }
 
 void CheckFrameLayout(uint8_t value) {
-    if (value > maxFrameLayout) {
+    if (value > kMaxFrameLayout) {
         Refuse("Undefined value of frame layout: ", value);
     }
 }
 
 }  // namespace
 
-MetadataParser::MetadataParser(const uint8_t* buffer, uint64_t size) : buffer(buffer), limit(size) {
+MetadataParser::MetadataParser(const uint8_t* buffer, uint64_t size) : buffer_(buffer), limit_(size) {
     if (buffer == nullptr) {
         Refuse("buffer is null");
     }
-    if (size < boxHeaderSize) {
-        Refuse("buffer size should be at least ", boxHeaderSize);
+    if (size < kBoxHeaderSize) {
+        Refuse("buffer size should be at least ", kBoxHeaderSize);
     }
 }
 
 BoxHeader MetadataParser::ReadBoxHeader() const {
-    if (position + boxHeaderSize > limit) {
-        RefuseHeaderAt(position);
+    if (position_ + kBoxHeaderSize > limit_) {
+        RefuseHeaderAt(position_);
     }
-    return {LoadAt<uint32_t>(buffer + position), LoadAt<uint32_t>(buffer + position + kindOffset)};
+    return {LoadAt<uint32_t>(buffer_ + position_), LoadAt<uint32_t>(buffer_ + position_ + kIndOffset)};
 }
 
 void MetadataParser::ReadPackBox() {
     const BoxHeader header = ReadBoxHeader();
     if (header.kind != box::pack) {
-        Refuse("'pack' box expected at offset ", position + kindOffset);
+        Refuse("'pack' box expected at offset ", position_ + kIndOffset);
     }
-    if (header.size > limit) {
-        Refuse("pack box size(", header.size, ") is greater than buffer size(", limit, ")");
+    if (header.size > limit_) {
+        Refuse("pack box size(", header.size, ") is greater than buffer size(", limit_, ")");
     }
-    position += boxHeaderSize;
-    limit = header.size;
+    position_ += kBoxHeaderSize;
+    limit_ = header.size;
 }
 
 MetadataParser::PlaneInfo MetadataParser::ReadSinfBox() {
     const BoxHeader header = ReadBoxHeader();
     if (header.kind != box::sinf) {
-        Refuse("'sinf' box expected at offset ", position + kindOffset);
+        Refuse("'sinf' box expected at offset ", position_ + kIndOffset);
     }
-    if (header.size < sinfBoxSizeWithoutLayout) {
-        Refuse("sinf box size expected to be at least ", sinfBoxSizeWithoutLayout, " bytes at offset ", position);
+    if (header.size < kSinfBoxSizeWithoutLayout) {
+        Refuse("sinf box size expected to be at least ", kSinfBoxSizeWithoutLayout, " bytes at offset ", position_);
     }
-    if (position + std::min(header.size, sinfBoxSize) > limit) {
+    if (position_ + std::min(header.size, kSinfBoxSize) > limit_) {
         // The fields would lie outside the payload. The box behind this one can't be there either: say so.
-        RefuseHeaderAt(position + header.size);
+        RefuseHeaderAt(position_ + header.size);
     }
     PlaneInfo info;
-    info.width = LoadAt<uint32_t>(buffer + position + sinfWidthOffset);
-    info.height = LoadAt<uint32_t>(buffer + position + sinfHeightOffset);
-    info.type = NormalizePlaneType(LoadAt<uint32_t>(buffer + position + sinfTypeOffset));
-    if (header.size >= sinfBoxSize) {
-        info.frame_layout = buffer[position + sinfLayoutOffset];
+    info.width = LoadAt<uint32_t>(buffer_ + position_ + kSinfWidthOffset);
+    info.height = LoadAt<uint32_t>(buffer_ + position_ + kSinfHeightOffset);
+    info.type = NormalizePlaneType(LoadAt<uint32_t>(buffer_ + position_ + kSinfTypeOffset));
+    if (header.size >= kSinfBoxSize) {
+        info.frame_layout = buffer_[position_ + kSinfLayoutOffset];
         CheckFrameLayout(info.frame_layout);
     }
-    position += header.size;
+    position_ += header.size;
     return info;
 }
 
 void MetadataParser::CheckSdatBox(const BoxHeader& header, const PlaneInfo& info) const {
     if (header.kind != box::sdat) {
-        Refuse("'sdat' box expected at offset ", position + kindOffset);
+        Refuse("'sdat' box expected at offset ", position_ + kIndOffset);
     }
     // A coded plane has a byte at least; what else it needs is known only to its decoder.
     const uint64_t data = IsCodedAlpha(info.type) ? 1 : info.height * PlaneRowBytes(info.type, info.width);
-    const uint64_t needed = data + boxHeaderSize;
+    const uint64_t needed = data + kBoxHeaderSize;
     if (header.size < needed) {
-        Refuse("'sdat' box size expected to be at least ", needed, " at offset ", position);
+        Refuse("'sdat' box size expected to be at least ", needed, " at offset ", position_);
     }
-    if (position + needed > limit) {
-        Refuse("can't read ", needed, " bytes at offset ", position + boxHeaderSize);
+    if (position_ + needed > limit_) {
+        Refuse("can't read ", needed, " bytes at offset ", position_ + kBoxHeaderSize);
     }
 }
 
@@ -119,29 +119,29 @@ void MetadataParser::ReadPlane() {
     record.width = info.width;
     record.height = info.height;
     record.frame_layout = info.frame_layout;
-    record.offset = static_cast<uint32_t>(position + boxHeaderSize);
-    record.size = header.size - boxHeaderSize;
+    record.offset = static_cast<uint32_t>(position_ + kBoxHeaderSize);
+    record.size = header.size - kBoxHeaderSize;
     // A full list is already too long for any frame. The walk goes on only for the sake of what it may refuse.
-    if (!planes.Full()) {
-        planes.push_back(record);
+    if (!planes_.Full()) {
+        planes_.push_back(record);
     }
-    position += boxHeaderSize + uint64_t{record.size};
+    position_ += kBoxHeaderSize + uint64_t{record.size};
 }
 
 void MetadataParser::ReadBarePlane() {
-    if (!planes.empty()) {
+    if (!planes_.empty()) {
         Refuse("only single 'sinf' box allowed outside of 'icmp' box");
     }
     ReadPlane();
 }
 
 void MetadataParser::ReadPlaneInIcmp(uint32_t boxSize) {
-    position += boxHeaderSize;
-    const uint64_t start = position;
+    position_ += kBoxHeaderSize;
+    const uint64_t start = position_;
     ReadPlane();
     // Sizes below 8 wrap, and so end the walk.
-    const uint32_t rest = boxSize - boxHeaderSize;
-    position = std::max(position, start + rest);
+    const uint32_t rest = boxSize - kBoxHeaderSize;
+    position_ = std::max(position_, start + rest);
 }
 
 void MetadataParser::ReadTopLevelBox() {
@@ -152,23 +152,23 @@ void MetadataParser::ReadTopLevelBox() {
         case box::icmp:
             return ReadPlaneInIcmp(header.size);
         default:
-            position += std::max(header.size, boxHeaderSize);
+            position_ += std::max(header.size, kBoxHeaderSize);
     }
 }
 
 FramePlan MetadataParser::ParseMetadata() {
     ReadPackBox();
-    while (position + boxHeaderSize <= limit) {
+    while (position_ + kBoxHeaderSize <= limit_) {
         ReadTopLevelBox();
     }
-    if (planes.empty()) {
+    if (planes_.empty()) {
         Refuse("at least one 'sinf' and one 'sdat' box expected");
     }
-    CheckPlaneCombination(planes);
-    AssignPlaneOffsets(planes);
+    CheckPlaneCombination(planes_);
+    AssignPlaneOffsets(planes_);
     FramePlan plan;
-    plan.planes = planes;
-    plan.total_size = planes.back().offset + planes.back().size;
+    plan.planes = planes_;
+    plan.total_size = planes_.back().offset + planes_.back().size;
     return plan;
 }
 

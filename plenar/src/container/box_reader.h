@@ -38,10 +38,10 @@ private:
     void ReadPlaneInIcmp(uint32_t boxSize);
     void ReadTopLevelBox();
 
-    const uint8_t* buffer;
-    uint64_t limit;  // bytes that may be read: the buffer's, then the pack box's
-    uint64_t position = 0;
-    PlaneRecordList planes;
+    const uint8_t* buffer_;
+    uint64_t limit_;  // bytes that may be read: the buffer's, then the pack box's
+    uint64_t position_ = 0;
+    PlaneRecordList planes_;
 };
 
 }  // namespace plenar

@@ -7,19 +7,19 @@
 
 namespace plenar {
 
-BoxWriter::BoxWriter(uint8_t* buffer, uint64_t capacity) : buffer(buffer), capacity(capacity) {
+BoxWriter::BoxWriter(uint8_t* buffer, uint64_t capacity) : buffer_(buffer), capacity_(capacity) {
     if (buffer == nullptr) {
         throw invalid_buffer("buffer is null");
     }
 }
 
 void BoxWriter::Put32(uint32_t value) {
-    std::memcpy(buffer + position, &value, sizeof value);
-    position += sizeof value;
+    std::memcpy(buffer_ + position_, &value, sizeof value);
+    position_ += sizeof value;
 }
 
 void BoxWriter::Put8(uint8_t value) {
-    buffer[position++] = value;
+    buffer_[position_++] = value;
 }
 
 namespace {
@@ -33,12 +33,12 @@ void WritePlaneBoxes(BoxWriter& writer, const PlaneRecord& plane, bool multi) {
     if (multi) {
         PutHeader(writer, plane.size + PlaneOverhead(multi), box::icmp);
     }
-    PutHeader(writer, sinfBoxSize, box::sinf);
+    PutHeader(writer, kSinfBoxSize, box::sinf);
     writer.Put32(plane.width);
     writer.Put32(plane.height);
     writer.Put32(plane.type);
     writer.Put8(plane.frame_layout);
-    PutHeader(writer, plane.size + boxHeaderSize, box::sdat);
+    PutHeader(writer, plane.size + kBoxHeaderSize, box::sdat);
     writer.Skip(plane.size);
 }
 

@@ -12,15 +12,15 @@ class BoxWriter {
 public:
     BoxWriter(uint8_t* buffer, uint64_t capacity);  // throws invalid_buffer for a null buffer
 
-    uint64_t Capacity() const { return capacity; }
+    uint64_t Capacity() const { return capacity_; }
     void Put32(uint32_t value);
     void Put8(uint8_t value);
-    void Skip(uint64_t bytes) { position += bytes; }
+    void Skip(uint64_t bytes) { position_ += bytes; }
 
 private:
-    uint8_t* buffer;
-    uint64_t capacity;
-    uint64_t position = 0;
+    uint8_t* buffer_;
+    uint64_t capacity_;
+    uint64_t position_ = 0;
 };
 
 // Lays the box headers around plane data that already stands at the plan's offsets; doesn't touch the data. Returns the

@@ -19,7 +19,7 @@ struct OrderEntry {
     bool alpha;
 };
 
-constexpr OrderEntry orders[] = {
+constexpr OrderEntry kOrders[] = {
     {PictureKind::YCbCr422, false},   // YCbYCr
     {PictureKind::YCbCr422, false},   // CbYCrY
     {PictureKind::Rgb, true},         // ARGB
@@ -48,7 +48,7 @@ struct TypeEntry {
     PlaneType alpha;
 };
 
-constexpr TypeEntry types[] = {
+constexpr TypeEntry kTypes[] = {
     {Uint8,
      FourCC("y208"),
      FourCC("y408"),
@@ -68,14 +68,14 @@ constexpr TypeEntry types[] = {
     {Float32, FourCC(" y2f"), FourCC(" y4f"), FourCC(" rgf"), {FourCC("  yf"), FourCC(" cbf"), FourCC(" crf")}, 0},
 };
 
-constexpr TypeEntry packed10Planes = {Packed10, FourCC("y210"), 0, 0, {}, 0};
+constexpr TypeEntry kPacked10Planes = {Packed10, FourCC("y210"), 0, 0, {}, 0};
 
 const TypeEntry* FindType(uint32_t order, uint32_t type) {
     if (type == Packed10) {
-        return order == CbYCrY ? &packed10Planes : nullptr;
+        return order == CbYCrY ? &kPacked10Planes : nullptr;
     }
-    const auto* entry = std::ranges::find(types, type, &TypeEntry::componentType);
-    return entry != std::end(types) ? entry : nullptr;
+    const auto* entry = std::ranges::find(kTypes, type, &TypeEntry::componentType);
+    return entry != std::end(kTypes) ? entry : nullptr;
 }
 
 void AppendPlane(PlaneTypeList& planes, PlaneType type) {
@@ -107,8 +107,8 @@ void AppendPicture(PlaneTypeList& planes, PictureKind picture, const TypeEntry& 
 PlaneTypeList LookupFormatPlanes(const UncompressedParams& params) {
     const uint32_t order = params.colorComponentOrder;
     PlaneTypeList planes;
-    if (order >= YCbYCr && order <= std::size(orders)) {
-        const OrderEntry& entry = orders[order - YCbYCr];
+    if (order >= YCbYCr && order <= std::size(kOrders)) {
+        const OrderEntry& entry = kOrders[order - YCbYCr];
         if (const TypeEntry* type = FindType(order, params.componentType)) {
             AppendPicture(planes, entry.picture, *type);
             if (entry.alpha) {

@@ -7,9 +7,9 @@
 
 namespace plenar {
 
-inline constexpr size_t maxFormatPlanes = 4;
+inline constexpr size_t kMaxFormatPlanes = 4;
 
-using PlaneTypeList = FixedList<PlaneType, maxFormatPlanes>;
+using PlaneTypeList = FixedList<PlaneType, kMaxFormatPlanes>;
 
 // Picture planes first, alpha last. Throws invalid_argument for an unsupported pair.
 PlaneTypeList LookupFormatPlanes(const UncompressedParams& params);

@@ -19,7 +19,7 @@ struct PictureSet {
     bool takesAlpha;
 };
 
-constexpr PictureSet pictureSets[] = {
+constexpr PictureSet kPictureSets[] = {
     {{FourCC("y208")}, true},
     {{FourCC("y408")}, true},
     {{FourCC("y210")}, true},
@@ -80,7 +80,7 @@ bool IsAcceptedCombination(const PlaneRecordList& planes) {
     if (pictureCount == 0) {
         return alphaCount == 1;
     }
-    return std::ranges::any_of(pictureSets, [&](const PictureSet& set) {
+    return std::ranges::any_of(kPictureSets, [&](const PictureSet& set) {
         return (alphaCount == 0 || set.takesAlpha) && HoldsPicture(planes, pictureCount, set);
     });
 }
@@ -131,7 +131,7 @@ FramePlan PlanFrame(const UncompressedParams& params, const CompressedParams& co
 
 uint64_t PlannedSize(const UncompressedParams& params, const CompressedParams& compressedParams) {
     const PlaneTypeList types = FormatPlanesForFrame(params, compressedParams);
-    uint64_t size = boxHeaderSize;
+    uint64_t size = kBoxHeaderSize;
     for (const PlaneType type : types) {
         size += PlaneOverhead(types.size() > 1) + PlannedPlaneSize(EmptyRecord(type, params), compressedParams);
     }

@@ -21,7 +21,7 @@ struct PlaneRecord {
 };
 
 // One more than a legal frame has, so that a payload with too many planes shows.
-using PlaneRecordList = FixedList<PlaneRecord, maxFormatPlanes + 1>;
+using PlaneRecordList = FixedList<PlaneRecord, kMaxFormatPlanes + 1>;
 
 struct FramePlan {
     PlaneRecordList planes;

@@ -37,7 +37,7 @@ struct Substitute {
     PlaneType present;
 };
 
-constexpr Substitute substitutes[] = {
+constexpr Substitute kSubstitutes[] = {
     {plane::a08, plane::rl08},        {plane::a16, plane::rl16},        {FourCC(" y2f"), FourCC("y2S1")},
     {FourCC(" y4f"), FourCC("y4S1")}, {FourCC(" rgf"), FourCC("rgS1")},
 };
@@ -47,7 +47,7 @@ bool Holds(const PlaneRecordList& planes, PlaneType type) {
 }
 
 bool Serves(const PlaneRecordList& planes, PlaneType requested) {
-    return Holds(planes, requested) || std::ranges::any_of(substitutes, [&](const Substitute& substitute) {
+    return Holds(planes, requested) || std::ranges::any_of(kSubstitutes, [&](const Substitute& substitute) {
                return substitute.requested == requested && Holds(planes, substitute.present);
            });
 }

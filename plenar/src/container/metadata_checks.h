@@ -11,12 +11,12 @@ namespace plenar {
 
 // Indices into a plane list.
 struct PlaneRoles {
-    static constexpr uint64_t none = std::numeric_limits<uint64_t>::max();
+    static constexpr uint64_t kNone = std::numeric_limits<uint64_t>::max();
 
-    uint64_t primary = none;  // gives the frame its width, height, layout and format; alpha alone is primary too
-    uint64_t alpha = none;
-    uint64_t cb = none;
-    uint64_t cr = none;
+    uint64_t primary = kNone;  // gives the frame its width, height, layout and format; alpha alone is primary too
+    uint64_t alpha = kNone;
+    uint64_t cb = kNone;
+    uint64_t cr = kNone;
 };
 
 // All failures here are invalid_argument.

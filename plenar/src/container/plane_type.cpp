@@ -19,7 +19,7 @@ struct PlaneEntry {
     ComponentType componentType;
 };
 
-constexpr PlaneEntry catalogue[] = {
+constexpr PlaneEntry kCatalogue[] = {
     {FourCC("y208"), Family::YCbCr422, 8, Uint8},      {FourCC("y210"), Family::YCbCr422, 10, Uint10},
     {FourCC("y212"), Family::YCbCr422, 12, Uint12},    {FourCC("y216"), Family::YCbCr422, 16, Uint16},
     {FourCC("y2S1"), Family::YCbCr422, 16, Fixed2p14}, {FourCC(" y2h"), Family::YCbCr422, 16, Half16},
@@ -49,7 +49,7 @@ struct Spelling {
     PlaneType type;
 };
 
-constexpr Spelling alternativeSpellings[] = {
+constexpr Spelling kAlternativeSpellings[] = {
     {FourCC("  h2"), FourCC(" y2h")}, {FourCC("  h4"), FourCC(" y4h")}, {FourCC("  f2"), FourCC(" y2f")},
     {FourCC("  f4"), FourCC(" y4f")}, {FourCC("rg h"), FourCC(" rgh")}, {FourCC("rg f"), FourCC(" rgf")},
     {FourCC("cb h"), FourCC(" cbh")}, {FourCC("cr h"), FourCC(" crh")}, {FourCC("cb f"), FourCC(" cbf")},
@@ -62,40 +62,40 @@ class CatalogueIndex {
 public:
     constexpr CatalogueIndex() {
         while (!Fill()) {
-            multiplier += 2;
+            multiplier_ += 2;
         }
     }
 
     // The one entry that may have this code.
-    constexpr const PlaneEntry& Candidate(PlaneType type) const { return catalogue[places[SlotOf(type)]]; }
+    constexpr const PlaneEntry& Candidate(PlaneType type) const { return kCatalogue[places_[SlotOf(type)]]; }
 
 private:
-    static constexpr uint32_t slotBits = 8;
+    static constexpr uint32_t kSlotBits = 8;
 
-    constexpr uint32_t SlotOf(PlaneType type) const { return type * multiplier >> (32 - slotBits); }
+    constexpr uint32_t SlotOf(PlaneType type) const { return type * multiplier_ >> (32 - kSlotBits); }
 
     // False if two codes fall into one slot.
     constexpr bool Fill() {
-        bool taken[1U << slotBits] = {};
-        for (size_t place = 0; place < std::size(catalogue); ++place) {
-            const uint32_t slot = SlotOf(catalogue[place].type);
+        bool taken[1U << kSlotBits] = {};
+        for (size_t place = 0; place < std::size(kCatalogue); ++place) {
+            const uint32_t slot = SlotOf(kCatalogue[place].type);
             if (taken[slot]) {
                 return false;
             }
             taken[slot] = true;
-            places[slot] = static_cast<uint8_t>(place);
+            places_[slot] = static_cast<uint8_t>(place);
         }
         return true;
     }
 
-    uint32_t multiplier = 0x9E3779B1;  // odd, with bits all over it
-    uint8_t places[1U << slotBits] = {};
+    uint32_t multiplier_ = 0x9E3779B1;  // odd, with bits all over it
+    uint8_t places_[1U << kSlotBits] = {};
 };
 
-constexpr CatalogueIndex catalogueIndex;
+constexpr CatalogueIndex kCatalogueIndex;
 
 const PlaneEntry* FindEntry(PlaneType type) {
-    const PlaneEntry& candidate = catalogueIndex.Candidate(type);
+    const PlaneEntry& candidate = kCatalogueIndex.Candidate(type);
     return candidate.type == type ? &candidate : nullptr;
 }
 
@@ -174,8 +174,8 @@ PlaneType NormalizePlaneType(uint32_t code) {
     if (FindEntry(code) != nullptr) {
         return code;
     }
-    const auto* spelling = std::ranges::find(alternativeSpellings, code, &Spelling::code);
-    return spelling != std::end(alternativeSpellings) ? spelling->type : 0;
+    const auto* spelling = std::ranges::find(kAlternativeSpellings, code, &Spelling::code);
+    return spelling != std::end(kAlternativeSpellings) ? spelling->type : 0;
 }
 
 ColorComponentOrder PlaneKindToOrder(PlaneType type, uint64_t planeCount) {

@@ -8,9 +8,9 @@ namespace {
 
 struct Vector32 {
     using Reg = __m256i;
-    static constexpr size_t lanes = 2;
+    static constexpr size_t kLanes = 2;
 
-    static const RowKernels& Next() { return ssse3RowKernels; }
+    static const RowKernels& Next() { return kSsse3RowKernels; }
 
     static Reg Load(const uint8_t* src) { return _mm256_loadu_si256(reinterpret_cast<const Reg*>(src)); }
     static void Store(uint8_t* dst, Reg value) { _mm256_storeu_si256(reinterpret_cast<Reg*>(dst), value); }
@@ -22,11 +22,11 @@ struct Vector32 {
     static void StoreHalf(uint8_t* dst, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), value); }
 
     // 16 bytes from each of two places. Where these are constants, one of the cases is left.
-    static Reg LoadLanes(const uint8_t* src, const size_t (&at)[lanes]) {
+    static Reg LoadLanes(const uint8_t* src, const size_t (&at)[kLanes]) {
         if (at[1] == at[0]) {
             return _mm256_broadcastsi128_si256(LoadHalf(src + at[0]));
         }
-        return at[1] == at[0] + pieceBytes ? Load(src + at[0]) : LoadLanes(src + at[0], at[1] - at[0]);
+        return at[1] == at[0] + kPieceBytes ? Load(src + at[0]) : LoadLanes(src + at[0], at[1] - at[0]);
     }
     // 16 bytes from each of two places, `distance` bytes apart.
     static Reg LoadLanes(const uint8_t* src, size_t distance) {
@@ -66,11 +66,11 @@ struct Vector32 {
     }
     static void StoreHalf(uint8_t* dst, Reg value) { StoreHalf(dst, _mm256_castsi256_si128(value)); }
 
-    static Reg JoinLanes(const uint8_t* const (&src)[lanes]) {
+    static Reg JoinLanes(const uint8_t* const (&src)[kLanes]) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(LoadHalf(src[0])), LoadHalf(src[1]), 1);
     }
     static Reg Pattern(const Shuffle16& shuffle) { return _mm256_broadcastsi128_si256(LoadHalf(shuffle.byte)); }
-    static Reg LoadWords(const uint16_t (&words)[lanes * 8]) {
+    static Reg LoadWords(const uint16_t (&words)[kLanes * 8]) {
         return _mm256_loadu_si256(reinterpret_cast<const Reg*>(words));
     }
     static Reg Shuffle(Reg value, Reg pattern) { return _mm256_shuffle_epi8(value, pattern); }
@@ -107,6 +107,6 @@ struct Vector32 {
 
 }  // namespace
 
-constinit const RowKernels avx2RowKernels = VectorRowKernels<Vector32>();
+constinit const RowKernels kAvx2RowKernels = VectorRowKernels<Vector32>();
 
 }  // namespace plenar

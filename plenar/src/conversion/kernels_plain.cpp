@@ -111,73 +111,73 @@ size_t CallerSampleOf(const Reordering& reordering, size_t i) {
 // The low part: each byte takes LowBits of each of as many samples as it holds.
 template <unsigned LowBits>
 void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
-    constexpr size_t perByte = 8 / LowBits;
-    constexpr unsigned unused = 8 - LowBits;
+    constexpr size_t kPerByte = 8 / LowBits;
+    constexpr unsigned kUnused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
         const auto word = Load<uint16_t>(words + 2 * CallerSampleOf(reordering, i));
         high[i] = static_cast<uint8_t>(word >> 8);
-        const unsigned bits = (word & 0xFFU) >> unused << (i % perByte * LowBits);
-        uint8_t& target = low[i / perByte];
-        target = static_cast<uint8_t>(i % perByte == 0 ? bits : target | bits);
+        const unsigned bits = (word & 0xFFU) >> kUnused << (i % kPerByte * LowBits);
+        uint8_t& target = low[i / kPerByte];
+        target = static_cast<uint8_t>(i % kPerByte == 0 ? bits : target | bits);
     }
 }
 
 template <unsigned LowBits>
 void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    constexpr size_t perByte = 8 / LowBits;
-    constexpr unsigned unused = 8 - LowBits;
+    constexpr size_t kPerByte = 8 / LowBits;
+    constexpr unsigned kUnused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
-        const unsigned bits = static_cast<unsigned>(low[i / perByte]) >> (i % perByte * LowBits) << unused;
+        const unsigned bits = static_cast<unsigned>(low[i / kPerByte]) >> (i % kPerByte * LowBits) << kUnused;
         const auto word = static_cast<uint16_t>(static_cast<unsigned>(high[i]) << 8 | (bits & 0xFFU));
         Store(words + 2 * CallerSampleOf(reordering, i), word);
     }
 }
 
-constexpr size_t fieldsInWord = 3;
-constexpr size_t wordsInGroup = 4;
-constexpr size_t samplesInGroup = fieldsInWord * wordsInGroup;
-constexpr size_t lowBytesInGroup = samplesInGroup / 4;
-constexpr unsigned fieldBits = 10;
+constexpr size_t kFieldsInWord = 3;
+constexpr size_t kWordsInGroup = 4;
+constexpr size_t kSamplesInGroup = kFieldsInWord * kWordsInGroup;
+constexpr size_t kLowBytesInGroup = kSamplesInGroup / 4;
+constexpr unsigned kFieldBits = 10;
 
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
     for (size_t group = 0; group < groups; ++group) {
-        std::memset(low, 0, lowBytesInGroup);
-        for (size_t i = 0; i < samplesInGroup; ++i) {
-            const auto word = Load<uint32_t>(packed + i / fieldsInWord * sizeof(uint32_t));
-            const uint32_t field = word >> (i % fieldsInWord * fieldBits);
+        std::memset(low, 0, kLowBytesInGroup);
+        for (size_t i = 0; i < kSamplesInGroup; ++i) {
+            const auto word = Load<uint32_t>(packed + i / kFieldsInWord * sizeof(uint32_t));
+            const uint32_t field = word >> (i % kFieldsInWord * kFieldBits);
             high[i] = static_cast<uint8_t>(field >> 2);
             low[i / 4] = static_cast<uint8_t>(low[i / 4] | (field & 3) << (i % 4 * 2));
         }
-        packed += wordsInGroup * sizeof(uint32_t);
-        high += samplesInGroup;
-        low += lowBytesInGroup;
+        packed += kWordsInGroup * sizeof(uint32_t);
+        high += kSamplesInGroup;
+        low += kLowBytesInGroup;
     }
 }
 
 void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed) {
     for (size_t group = 0; group < groups; ++group) {
-        uint32_t words[wordsInGroup] = {};
-        for (size_t i = 0; i < samplesInGroup; ++i) {
+        uint32_t words[kWordsInGroup] = {};
+        for (size_t i = 0; i < kSamplesInGroup; ++i) {
             const uint32_t field = high[i] * 4U + (static_cast<unsigned>(low[i / 4]) >> (i % 4 * 2) & 3U);
-            words[i / fieldsInWord] |= field << (i % fieldsInWord * fieldBits);
+            words[i / kFieldsInWord] |= field << (i % kFieldsInWord * kFieldBits);
         }
         std::memcpy(packed, words, sizeof words);
         packed += sizeof words;
-        high += samplesInGroup;
-        low += lowBytesInGroup;
+        high += kSamplesInGroup;
+        low += kLowBytesInGroup;
     }
 }
 
 void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats) {
-    constexpr float one = 16384.0F;
+    constexpr float kOne = 16384.0F;
     for (size_t i = 0; i < samples; ++i) {
-        Store(floats + 4 * CallerSampleOf(reordering, i), static_cast<float>(Load<int16_t>(fixed + 2 * i)) / one);
+        Store(floats + 4 * CallerSampleOf(reordering, i), static_cast<float>(Load<int16_t>(fixed + 2 * i)) / kOne);
     }
 }
 
 }  // namespace
 
-constinit const RowKernels plainRowKernels = {
+constinit const RowKernels kPlainRowKernels = {
     .copy = Copy,
     .streamCopy = Copy,
     .split = Split,

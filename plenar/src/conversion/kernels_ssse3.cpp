@@ -8,9 +8,9 @@ namespace {
 
 struct Vector16 {
     using Reg = __m128i;
-    static constexpr size_t lanes = 1;
+    static constexpr size_t kLanes = 1;
 
-    static const RowKernels& Next() { return plainRowKernels; }
+    static const RowKernels& Next() { return kPlainRowKernels; }
 
     static Reg Load(const uint8_t* src) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(src)); }
     static void Store(uint8_t* dst, Reg value) { _mm_storeu_si128(reinterpret_cast<Reg*>(dst), value); }
@@ -20,11 +20,11 @@ struct Vector16 {
     static void StoreHalf(uint8_t* dst, Reg value) { _mm_storel_epi64(reinterpret_cast<Reg*>(dst), value); }
 
     static Reg LoadLanes(const uint8_t* src, size_t /*distance*/) { return Load(src); }
-    static Reg LoadLanes(const uint8_t* src, const size_t (&at)[lanes]) { return Load(src + at[0]); }
+    static Reg LoadLanes(const uint8_t* src, const size_t (&at)[kLanes]) { return Load(src + at[0]); }
     template <size_t N>
     static void StorePieces(uint8_t* dst, const Pieces<Vector16, N>& pieces) {
         for (size_t i = 0; i < N; ++i) {
-            Store(dst + i * pieceBytes, pieces[i]);
+            Store(dst + i * kPieceBytes, pieces[i]);
         }
     }
 
@@ -32,9 +32,9 @@ struct Vector16 {
     static Reg JoinFours(Reg value) { return value; }
     static Reg JoinTwos(Reg value) { return value; }
 
-    static Reg JoinLanes(const uint8_t* const (&src)[lanes]) { return Load(src[0]); }
+    static Reg JoinLanes(const uint8_t* const (&src)[kLanes]) { return Load(src[0]); }
     static Reg Pattern(const Shuffle16& shuffle) { return Load(shuffle.byte); }
-    static Reg LoadWords(const uint16_t (&words)[lanes * 8]) {
+    static Reg LoadWords(const uint16_t (&words)[kLanes * 8]) {
         return _mm_loadu_si128(reinterpret_cast<const Reg*>(words));
     }
     static Reg Shuffle(Reg value, Reg pattern) { return _mm_shuffle_epi8(value, pattern); }
@@ -71,6 +71,6 @@ struct Vector16 {
 
 }  // namespace
 
-constinit const RowKernels ssse3RowKernels = VectorRowKernels<Vector16>();
+constinit const RowKernels kSsse3RowKernels = VectorRowKernels<Vector16>();
 
 }  // namespace plenar

@@ -40,8 +40,8 @@ struct Pieces {
 // target lies a little further on in its page than the source in its own, copying downward keeps the loads clear of the
 // stores.
 inline bool LoadsMeetStores(const uint8_t* src, const uint8_t* dst) {
-    constexpr uintptr_t pageMask = 0xFFF;
-    return ((reinterpret_cast<uintptr_t>(dst) - reinterpret_cast<uintptr_t>(src)) & pageMask) <= pageMask / 2;
+    constexpr uintptr_t kPageMask = 0xFFF;
+    return ((reinterpret_cast<uintptr_t>(dst) - reinterpret_cast<uintptr_t>(src)) & kPageMask) <= kPageMask / 2;
 }
 
 // Calls round(start) for rounds of `size` that cover `total` or, where `total` isn't a multiple of `step`, what comes
@@ -73,14 +73,14 @@ void Repeat(const Body& body) {
 
 // What is moved as it is, or nearly so, goes by lines of the cache. Longer turns of loads and of stores cost up to a
 // third in the second-level cache.
-constexpr size_t lineBytes = 64;
+constexpr size_t kLineBytes = 64;
 
 template <class V>
-constexpr size_t registerBytes = V::lanes* pieceBytes;
+constexpr size_t kRegisterBytes = V::kLanes* kPieceBytes;
 template <class V>
-constexpr size_t registerWords = registerBytes<V> / 2;
+constexpr size_t kRegisterWords = kRegisterBytes<V> / 2;
 template <class V>
-constexpr size_t lineRegisters = lineBytes / registerBytes<V>;
+constexpr size_t kLineRegisters = kLineBytes / kRegisterBytes<V>;
 
 template <class V, size_t N>
 void StoreAll(uint8_t* dst, const Pieces<V, N>& registers) {
@@ -89,15 +89,15 @@ void StoreAll(uint8_t* dst, const Pieces<V, N>& registers) {
 
 template <class V, bool Stream>
 void CopyLine(const uint8_t* src, uint8_t* dst) {
-    Pieces<V, lineRegisters<V>> loads;
-    for (size_t i = 0; i < lineRegisters<V>; ++i) {
-        loads[i] = V::Load(src + i * registerBytes<V>);
+    Pieces<V, kLineRegisters<V>> loads;
+    for (size_t i = 0; i < kLineRegisters<V>; ++i) {
+        loads[i] = V::Load(src + i * kRegisterBytes<V>);
     }
-    for (size_t i = 0; i < lineRegisters<V>; ++i) {
+    for (size_t i = 0; i < kLineRegisters<V>; ++i) {
         if constexpr (Stream) {
-            V::StoreStream(dst + i * registerBytes<V>, loads[i]);
+            V::StoreStream(dst + i * kRegisterBytes<V>, loads[i]);
         } else {
-            V::Store(dst + i * registerBytes<V>, loads[i]);
+            V::Store(dst + i * kRegisterBytes<V>, loads[i]);
         }
     }
 }
@@ -105,14 +105,14 @@ void CopyLine(const uint8_t* src, uint8_t* dst) {
 // Whole lines of the target, and at both ends a line's bytes at any address.
 template <class V, bool Stream>
 void CopyLines(const uint8_t* src, uint8_t* dst, size_t bytes) {
-    if (bytes < 2 * lineBytes) {
-        return plainRowKernels.copy(src, dst, bytes);
+    if (bytes < 2 * kLineBytes) {
+        return kPlainRowKernels.copy(src, dst, bytes);
     }
-    const size_t first = lineBytes - reinterpret_cast<uintptr_t>(dst) % lineBytes;
+    const size_t first = kLineBytes - reinterpret_cast<uintptr_t>(dst) % kLineBytes;
     CopyLine<V, false>(src, dst);
-    CoverInRounds((bytes - first) / lineBytes * lineBytes, lineBytes, lineBytes, false, LoadsMeetStores(src, dst),
+    CoverInRounds((bytes - first) / kLineBytes * kLineBytes, kLineBytes, kLineBytes, false, LoadsMeetStores(src, dst),
                   [&](size_t at) { CopyLine<V, Stream>(src + first + at, dst + first + at); });
-    CopyLine<V, false>(src + bytes - lineBytes, dst + bytes - lineBytes);
+    CopyLine<V, false>(src + bytes - kLineBytes, dst + bytes - kLineBytes);
     if constexpr (Stream) {
         V::FinishStream();
     }
@@ -126,9 +126,9 @@ typename V::Reg ShuffleTwo(typename V::Reg a, typename V::Reg patternA, typename
 // The caller's bytes of a unit of pixels with alpha, and the colour and alpha pieces made of them.
 template <class V, size_t ColourSamples>
 struct AlphaUnit {
-    static constexpr bool three = ColourSamples == 3;
-    static constexpr size_t callerBytes = (ColourSamples + 1) * pieceBytes;
-    static constexpr size_t colourBytes = ColourSamples * pieceBytes;
+    static constexpr bool kThree = ColourSamples == 3;
+    static constexpr size_t kCallerBytes = (ColourSamples + 1) * kPieceBytes;
+    static constexpr size_t kColourBytes = ColourSamples * kPieceBytes;
 
     typename V::Reg colourPatterns[ColourSamples][2];
     typename V::Reg alphaPatterns[4];
@@ -146,7 +146,7 @@ struct AlphaUnit {
     static Pieces<V, 4> Load(const uint8_t* src, size_t distance) {
         Pieces<V, 4> loads;
         for (size_t i = 0; i < 4; ++i) {
-            loads[i] = V::LoadLanes(src + (three ? splitLoads4[i] : splitLoads3[i]), distance);
+            loads[i] = V::LoadLanes(src + (kThree ? kSplitLoads4[i] : kSplitLoads3[i]), distance);
         }
         return loads;
     }
@@ -154,7 +154,7 @@ struct AlphaUnit {
     Pieces<V, ColourSamples> Colour(const Pieces<V, 4>& loads) const {
         Pieces<V, ColourSamples> colour;
         for (size_t i = 0; i < ColourSamples; ++i) {
-            const size_t first = three ? i : 2 * i;
+            const size_t first = kThree ? i : 2 * i;
             colour[i] = ShuffleTwo<V>(loads[first], colourPatterns[i][0], loads[first + 1], colourPatterns[i][1]);
         }
         return colour;
@@ -172,13 +172,13 @@ template <class V, size_t ColourSamples, bool WithAlpha>
 size_t SplitRounds(const SplitShuffles& shuffles, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
                    size_t alphaBytes, size_t sampleBytes) {
     using Unit = AlphaUnit<V, ColourSamples>;
-    constexpr size_t units = 2;
+    constexpr size_t kUnits = 2;
     const Unit unit(shuffles);
-    return CoverInRounds(alphaBytes, units * registerBytes<V>, sampleBytes, true, false, [&](size_t at) {
-        Pieces<V, units> alphas;
-        for (size_t i = 0; i < units; ++i) {
-            const size_t place = at + i * registerBytes<V>;
-            const auto loads = Unit::Load(src + place * (ColourSamples + 1), Unit::callerBytes);
+    return CoverInRounds(alphaBytes, kUnits * kRegisterBytes<V>, sampleBytes, true, false, [&](size_t at) {
+        Pieces<V, kUnits> alphas;
+        for (size_t i = 0; i < kUnits; ++i) {
+            const size_t place = at + i * kRegisterBytes<V>;
+            const auto loads = Unit::Load(src + place * (ColourSamples + 1), Unit::kCallerBytes);
             V::StorePieces(colour + place * ColourSamples, unit.Colour(loads));
             if constexpr (WithAlpha) {
                 alphas[i] = unit.Alpha(loads);
@@ -208,23 +208,23 @@ void Split(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, ui
 template <class V, size_t ColourSamples>
 size_t MergeRounds(const MergeShuffles& shuffles, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
                    size_t alphaBytes, size_t sampleBytes) {
-    constexpr size_t samples = ColourSamples + 1;
-    Pieces<V, samples> colourPatterns;
-    Pieces<V, samples> alphaPatterns;
-    for (size_t i = 0; i < samples; ++i) {
+    constexpr size_t kSamples = ColourSamples + 1;
+    Pieces<V, kSamples> colourPatterns;
+    Pieces<V, kSamples> alphaPatterns;
+    for (size_t i = 0; i < kSamples; ++i) {
         colourPatterns[i] = V::Pattern(shuffles.colour[i]);
         alphaPatterns[i] = V::Pattern(shuffles.alpha[i]);
     }
-    return CoverInRounds(alphaBytes, V::lanes * pieceBytes, sampleBytes, true, false, [&](size_t at) {
+    return CoverInRounds(alphaBytes, V::kLanes * kPieceBytes, sampleBytes, true, false, [&](size_t at) {
         const uint8_t* unit = colour + at * ColourSamples;
         const auto alphas = V::Load(alpha + at);
-        Pieces<V, samples> out;
-        for (size_t i = 0; i < samples; ++i) {
-            const size_t offset = ColourSamples == 3 ? mergeLoads4[i] : mergeLoads3[i];
-            out[i] = ShuffleTwo<V>(V::LoadLanes(unit + offset, ColourSamples * pieceBytes), colourPatterns[i], alphas,
+        Pieces<V, kSamples> out;
+        for (size_t i = 0; i < kSamples; ++i) {
+            const size_t offset = ColourSamples == 3 ? kMergeLoads4[i] : kMergeLoads3[i];
+            out[i] = ShuffleTwo<V>(V::LoadLanes(unit + offset, ColourSamples * kPieceBytes), colourPatterns[i], alphas,
                                    alphaPatterns[i]);
         }
-        V::StorePieces(dst + at * samples, out);
+        V::StorePieces(dst + at * kSamples, out);
     });
 }
 
@@ -243,13 +243,13 @@ void Merge(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour,
 
 template <class V>
 void SwapPairs(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pairs) {
-    const auto pattern = V::Pattern(pairShuffles[SampleSizeIndex(sampleBytes)]);
+    const auto pattern = V::Pattern(kPairShuffles[SampleSizeIndex(sampleBytes)]);
     const size_t bytes = pairs * 2 * sampleBytes;
     const size_t done =
-        CoverInRounds(bytes, lineBytes, 2 * sampleBytes, src != dst, LoadsMeetStores(src, dst), [&](size_t at) {
-            Pieces<V, lineRegisters<V>> out;
-            for (size_t i = 0; i < lineRegisters<V>; ++i) {
-                out[i] = V::Shuffle(V::Load(src + at + i * registerBytes<V>), pattern);
+        CoverInRounds(bytes, kLineBytes, 2 * sampleBytes, src != dst, LoadsMeetStores(src, dst), [&](size_t at) {
+            Pieces<V, kLineRegisters<V>> out;
+            for (size_t i = 0; i < kLineRegisters<V>; ++i) {
+                out[i] = V::Shuffle(V::Load(src + at + i * kRegisterBytes<V>), pattern);
             }
             StoreAll<V>(dst + at, out);
         });
@@ -259,12 +259,12 @@ void SwapPairs(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pair
 }
 
 template <class V>
-typename V::Reg Gathered(const uint8_t* src, const Gather<V::lanes>& gather) {
+typename V::Reg Gathered(const uint8_t* src, const Gather<V::kLanes>& gather) {
     return V::Shuffle(V::LoadLanes(src, gather.load), V::Load(gather.pattern));
 }
 
 template <class V>
-typename V::Reg Gathered(const uint8_t* src, const GatherTwo<V::lanes>& gather) {
+typename V::Reg Gathered(const uint8_t* src, const GatherTwo<V::kLanes>& gather) {
     return V::Or(Gathered<V>(src, gather.lower), Gathered<V>(src, gather.upper));
 }
 
@@ -296,17 +296,17 @@ void MakeAndStore(uint8_t* dst, const Make& make) {
 
 // The registers of a unit of triples; they repeat for the units behind it.
 template <class V, size_t SampleBytes>
-constexpr Tables<GatherTwo<V::lanes>, 3> tripleGathers([](size_t reg) {
-    return MakeGatherTwo<V::lanes>(reg, 3 * registerBytes<V>,
-                                   [](size_t i) { return ReversedTripleByte(i, SampleBytes); });
+constexpr Tables<GatherTwo<V::kLanes>, 3> kTripleGathers([](size_t reg) {
+    return MakeGatherTwo<V::kLanes>(reg, 3 * kRegisterBytes<V>,
+                                    [](size_t i) { return ReversedTripleByte(i, SampleBytes); });
 });
 
 template <class V, size_t SampleBytes>
 size_t TripleRounds(const uint8_t* src, uint8_t* dst, size_t bytes) {
     return CoverInRounds(
-        bytes, 3 * registerBytes<V>, 3 * SampleBytes, src != dst, LoadsMeetStores(src, dst), [&](size_t at) {
+        bytes, 3 * kRegisterBytes<V>, 3 * SampleBytes, src != dst, LoadsMeetStores(src, dst), [&](size_t at) {
             Pieces<V, 3> out;
-            Repeat<3>([&]<size_t I>() { out[I] = Gathered<V>(src + at, tripleGathers<V, SampleBytes>[I]); });
+            Repeat<3>([&]<size_t I>() { out[I] = Gathered<V>(src + at, kTripleGathers<V, SampleBytes>[I]); });
             StoreAll<V>(dst + at, out);
         });
 }
@@ -326,68 +326,68 @@ void ReverseTriples(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t
 // Sources of words in plane order. `registers` of them make a unit, of `samples` samples, from `callerBytes` bytes of
 // the caller; samples of a `group` are moved together.
 
-constexpr size_t unitRegisters = 8;
-constexpr size_t tripleUnitRegisters = 12;
+constexpr size_t kUnitRegisters = 8;
+constexpr size_t kTripleUnitRegisters = 12;
 
 template <class V>
 struct PlainWords {
-    static constexpr bool shufflesMuch = false;
-    static constexpr size_t group = 1;
-    static constexpr size_t registers = unitRegisters;
-    static constexpr size_t samples = registers * registerWords<V>;
-    static constexpr size_t callerBytes = 2 * samples;
+    static constexpr bool kShufflesMuch = false;
+    static constexpr size_t kGroup = 1;
+    static constexpr size_t kRegisters = kUnitRegisters;
+    static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
+    static constexpr size_t kCallerBytes = 2 * kSamples;
 
     explicit PlainWords(const Reordering&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
-        return V::Load(src + I * registerBytes<V>);
+        return V::Load(src + I * kRegisterBytes<V>);
     }
 };
 
 template <class V>
 struct PairWords {
-    static constexpr bool shufflesMuch = false;
-    static constexpr size_t group = 2;
-    static constexpr size_t registers = unitRegisters;
-    static constexpr size_t samples = registers * registerWords<V>;
-    static constexpr size_t callerBytes = 2 * samples;
+    static constexpr bool kShufflesMuch = false;
+    static constexpr size_t kGroup = 2;
+    static constexpr size_t kRegisters = kUnitRegisters;
+    static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
+    static constexpr size_t kCallerBytes = 2 * kSamples;
 
-    typename V::Reg pattern = V::Pattern(pairShuffles[SampleSizeIndex(2)]);
+    typename V::Reg pattern = V::Pattern(kPairShuffles[SampleSizeIndex(2)]);
 
     explicit PairWords(const Reordering&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
-        return V::Shuffle(V::Load(src + I * registerBytes<V>), pattern);
+        return V::Shuffle(V::Load(src + I * kRegisterBytes<V>), pattern);
     }
 };
 
 template <class V>
 struct TripleWords {
-    static constexpr bool shufflesMuch = true;
-    static constexpr size_t group = 3;
-    static constexpr size_t registers = tripleUnitRegisters;
-    static constexpr size_t samples = registers * registerWords<V>;
-    static constexpr size_t callerBytes = 2 * samples;
+    static constexpr bool kShufflesMuch = true;
+    static constexpr size_t kGroup = 3;
+    static constexpr size_t kRegisters = kTripleUnitRegisters;
+    static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
+    static constexpr size_t kCallerBytes = 2 * kSamples;
 
     explicit TripleWords(const Reordering&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
-        return Gathered<V>(src + I / 3 * 3 * registerBytes<V>, tripleGathers<V, 2>[I % 3]);
+        return Gathered<V>(src + I / 3 * 3 * kRegisterBytes<V>, kTripleGathers<V, 2>[I % 3]);
     }
 };
 
 // The colour of pixels with alpha; alpha is dropped.
 template <class V, size_t ColourSamples>
 struct ColourWords {
-    static constexpr bool three = ColourSamples == 3;
-    static constexpr bool shufflesMuch = true;
-    static constexpr size_t group = ColourSamples;
-    static constexpr size_t registers = three ? tripleUnitRegisters : unitRegisters;
-    static constexpr size_t samples = registers * registerWords<V>;
-    static constexpr size_t callerBytes = 2 * samples / ColourSamples * (ColourSamples + 1);
+    static constexpr bool kThree = ColourSamples == 3;
+    static constexpr bool kShufflesMuch = true;
+    static constexpr size_t kGroup = ColourSamples;
+    static constexpr size_t kRegisters = kThree ? kTripleUnitRegisters : kUnitRegisters;
+    static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
+    static constexpr size_t kCallerBytes = 2 * kSamples / ColourSamples * (ColourSamples + 1);
 
     typename V::Reg patterns[ColourSamples][2];
 
@@ -395,9 +395,9 @@ struct ColourWords {
         const SplitShuffles& shuffles = reordering.layout->split[SampleSizeIndex(2)];
         for (size_t reg = 0; reg < ColourSamples; ++reg) {
             for (size_t term = 0; term < 2; ++term) {
-                const uint8_t* lanes[V::lanes];
-                for (size_t lane = 0; lane < V::lanes; ++lane) {
-                    lanes[lane] = shuffles.colour[(reg * V::lanes + lane) % ColourSamples][term].byte;
+                const uint8_t* lanes[V::kLanes];
+                for (size_t lane = 0; lane < V::kLanes; ++lane) {
+                    lanes[lane] = shuffles.colour[(reg * V::kLanes + lane) % ColourSamples][term].byte;
                 }
                 patterns[reg][term] = V::JoinLanes(lanes);
             }
@@ -406,56 +406,56 @@ struct ColourWords {
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
-        constexpr auto lower = LoadsOf(I, 0);
-        constexpr auto upper = LoadsOf(I, 1);
+        constexpr auto kLower = LoadsOf(I, 0);
+        constexpr auto kUpper = LoadsOf(I, 1);
         const auto& pattern = patterns[I % ColourSamples];
-        return ShuffleTwo<V>(V::LoadLanes(src, lower.load), pattern[0], V::LoadLanes(src, upper.load), pattern[1]);
+        return ShuffleTwo<V>(V::LoadLanes(src, kLower.load), pattern[0], V::LoadLanes(src, kUpper.load), pattern[1]);
     }
 
 private:
-    static constexpr Gather<V::lanes> LoadsOf(size_t reg, size_t term) {
-        Gather<V::lanes> loads;
-        for (size_t lane = 0; lane < V::lanes; ++lane) {
-            const size_t piece = (reg * V::lanes + lane) % ColourSamples;
-            const size_t unit = (reg * V::lanes + lane) / ColourSamples;
-            const size_t offset = three ? splitLoads4[piece + term] : splitLoads3[2 * piece + term];
-            loads.load[lane] = unit * (ColourSamples + 1) * pieceBytes + offset;
+    static constexpr Gather<V::kLanes> LoadsOf(size_t reg, size_t term) {
+        Gather<V::kLanes> loads;
+        for (size_t lane = 0; lane < V::kLanes; ++lane) {
+            const size_t piece = (reg * V::kLanes + lane) % ColourSamples;
+            const size_t unit = (reg * V::kLanes + lane) / ColourSamples;
+            const size_t offset = kThree ? kSplitLoads4[piece + term] : kSplitLoads3[2 * piece + term];
+            loads.load[lane] = unit * (ColourSamples + 1) * kPieceBytes + offset;
         }
         return loads;
     }
 };
 
 // Packed10: groups of 12 samples in four dwords of three fields each.
-constexpr size_t packedGroupSamples = 12;
-constexpr size_t packedGroupBytes = 16;
+constexpr size_t kPackedGroupSamples = 12;
+constexpr size_t kPackedGroupBytes = 16;
 
 // Field f of a dword begins in byte f, 2 f bits up; a multiplication brings it to the top of a word.
 template <class V>
 struct PackedWords {
-    static constexpr bool shufflesMuch = true;
-    static constexpr size_t group = packedGroupSamples;
-    static constexpr size_t registers = tripleUnitRegisters;
-    static constexpr size_t samples = registers * registerWords<V>;
-    static constexpr size_t callerBytes = samples / packedGroupSamples * packedGroupBytes;
+    static constexpr bool kShufflesMuch = true;
+    static constexpr size_t kGroup = kPackedGroupSamples;
+    static constexpr size_t kRegisters = kTripleUnitRegisters;
+    static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
+    static constexpr size_t kCallerBytes = kSamples / kPackedGroupSamples * kPackedGroupBytes;
 
     explicit PackedWords(const Reordering&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
-        return V::Multiply16(Gathered<V>(src, fields[I]), V::LoadWords(factors[I % 3].word));
+        return V::Multiply16(Gathered<V>(src, kFields[I]), V::LoadWords(kFactors[I % 3].word));
     }
 
 private:
     struct Factors {
-        uint16_t word[registerWords<V>];
+        uint16_t word[kRegisterWords<V>];
     };
-    static constexpr Tables<Gather<V::lanes>, registers> fields{[](size_t reg) {
-        return MakeGather<V::lanes>(reg, callerBytes, [](size_t i) { return i / 2 / 3 * 4 + i / 2 % 3 + i % 2; });
+    static constexpr Tables<Gather<V::kLanes>, kRegisters> kFields{[](size_t reg) {
+        return MakeGather<V::kLanes>(reg, kCallerBytes, [](size_t i) { return i / 2 / 3 * 4 + i / 2 % 3 + i % 2; });
     }};
-    static constexpr Tables<Factors, 3> factors{[](size_t reg) {
+    static constexpr Tables<Factors, 3> kFactors{[](size_t reg) {
         Factors made;
-        for (size_t i = 0; i < registerWords<V>; ++i) {
-            made.word[i] = static_cast<uint16_t>(64U >> (reg * registerWords<V> + i) % 3 * 2);
+        for (size_t i = 0; i < kRegisterWords<V>; ++i) {
+            made.word[i] = static_cast<uint16_t>(64U >> (reg * kRegisterWords<V> + i) % 3 * 2);
         }
         return made;
     }};
@@ -483,17 +483,17 @@ public:
     template <size_t I>
     void Take(const Pieces<V, 4>& words, uint8_t*) {
         // The bits stand 6 up in their bytes; joined, they are brought down together.
-        joined[I] = ShiftRight<V, 6>(V::PackDwords(JoinFours(words[0], words[1]), JoinFours(words[2], words[3])));
+        joined_[I] = ShiftRight<V, 6>(V::PackDwords(JoinFours(words[0], words[1]), JoinFours(words[2], words[3])));
     }
 
     void Finish(uint8_t* low) const {
-        constexpr size_t whole = Registers / 8;
-        Repeat<whole>([&]<size_t I>() {
-            V::Store(low + I * registerBytes<V>, V::JoinTwos(V::PackWords(joined[2 * I], joined[2 * I + 1])));
+        constexpr size_t kWhole = Registers / 8;
+        Repeat<kWhole>([&]<size_t I>() {
+            V::Store(low + I * kRegisterBytes<V>, V::JoinTwos(V::PackWords(joined_[2 * I], joined_[2 * I + 1])));
         });
         if constexpr (Registers % 8 != 0) {
-            const auto last = joined[2 * whole];
-            V::StoreHalf(low + whole * registerBytes<V>, V::JoinTwos(V::PackWords(last, last)));
+            const auto last = joined_[2 * kWhole];
+            V::StoreHalf(low + kWhole * kRegisterBytes<V>, V::JoinTwos(V::PackWords(last, last)));
         }
     }
 
@@ -504,7 +504,7 @@ private:
         return V::MultiplyAdd16(V::MultiplyAdd8(bits, V::Bytes(1, 4)), V::Words(1, 16));
     }
 
-    Pieces<V, Registers / 4> joined;
+    Pieces<V, Registers / 4> joined_;
 };
 
 // The same without a shuffle, for sources that have many: with a sample's bits at the tops of the two bytes of its word
@@ -514,8 +514,8 @@ class LowPart10AtOnce {
 public:
     template <size_t I>
     void Take(const Pieces<V, 4>& words, uint8_t* low) const {
-        Store(low + I * registerWords<V>, words[0], words[1]);
-        Store(low + I * registerWords<V> + registerWords<V> / 2, words[2], words[3]);
+        Store(low + I * kRegisterWords<V>, words[0], words[1]);
+        Store(low + I * kRegisterWords<V> + kRegisterWords<V> / 2, words[2], words[3]);
     }
 
     void Finish(uint8_t*) const {}
@@ -536,10 +536,10 @@ class LowPart12 {
 public:
     template <size_t I>
     void Take(const Pieces<V, 4>& words, uint8_t*) {
-        joined[I] = V::JoinFours(V::PackWords(JoinTwos(words[0], words[1]), JoinTwos(words[2], words[3])));
+        joined_[I] = V::JoinFours(V::PackWords(JoinTwos(words[0], words[1]), JoinTwos(words[2], words[3])));
     }
 
-    void Finish(uint8_t* low) const { StoreAll<V>(low, joined); }
+    void Finish(uint8_t* low) const { StoreAll<V>(low, joined_); }
 
 private:
     static typename V::Reg JoinTwos(typename V::Reg a, typename V::Reg b) {
@@ -548,7 +548,7 @@ private:
         return ShiftRight<V, 4>(V::MultiplyAdd8(bits, V::Bytes(1, 16)));
     }
 
-    Pieces<V, Registers / 4> joined;
+    Pieces<V, Registers / 4> joined_;
 };
 
 constexpr size_t SamplesInLowByte(size_t lowBits) {
@@ -563,13 +563,13 @@ constexpr size_t StepOf(size_t group, size_t lowBits) {
 
 template <class V, size_t LowBits, size_t Registers, class Source>
 void PackUnit(const Source& source, const uint8_t* src, uint8_t* high, uint8_t* low) {
-    using Low10 = std::conditional_t<Source::shufflesMuch, LowPart10AtOnce<V, Registers>, LowPart10<V, Registers>>;
+    using Low10 = std::conditional_t<Source::kShufflesMuch, LowPart10AtOnce<V, Registers>, LowPart10<V, Registers>>;
     std::conditional_t<LowBits == 2, Low10, LowPart12<V, Registers>> lowPart;
     Repeat<Registers / 4>([&]<size_t I>() {
         const Pieces<V, 4> words = {source.template Load<4 * I>(src), source.template Load<4 * I + 1>(src),
                                     source.template Load<4 * I + 2>(src), source.template Load<4 * I + 3>(src)};
-        V::Store(high + 2 * I * registerBytes<V>, HighBytes<V>(words[0], words[1]));
-        V::Store(high + (2 * I + 1) * registerBytes<V>, HighBytes<V>(words[2], words[3]));
+        V::Store(high + 2 * I * kRegisterBytes<V>, HighBytes<V>(words[0], words[1]));
+        V::Store(high + (2 * I + 1) * kRegisterBytes<V>, HighBytes<V>(words[2], words[3]));
         lowPart.template Take<I>(words, low);
     });
     lowPart.Finish(low);
@@ -578,28 +578,28 @@ void PackUnit(const Source& source, const uint8_t* src, uint8_t* high, uint8_t* 
 // Whole units and, where a part of one is left, smaller rounds. Returns the samples done.
 template <class V, size_t LowBits, class Source>
 size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
-    constexpr size_t step = StepOf(Source::group, LowBits);
-    constexpr bool halves = Source::registers % 8 == 0;
-    constexpr size_t lastRegisters = halves ? Source::registers / 2 : Source::registers;
-    constexpr size_t lastSamples = lastRegisters * registerWords<V>;
-    const size_t covered = samples - samples % step;
-    if (covered < lastSamples) {
+    constexpr size_t kStep = StepOf(Source::kGroup, LowBits);
+    constexpr bool kHalves = Source::kRegisters % 8 == 0;
+    constexpr size_t kLastRegisters = kHalves ? Source::kRegisters / 2 : Source::kRegisters;
+    constexpr size_t kLastSamples = kLastRegisters * kRegisterWords<V>;
+    const size_t covered = samples - samples % kStep;
+    if (covered < kLastSamples) {
         return 0;
     }
     const Source source(reordering);
     const auto pack = [&]<size_t Registers>(size_t at) {
-        PackUnit<V, LowBits, Registers>(source, src + at * Source::callerBytes / Source::samples, high + at,
+        PackUnit<V, LowBits, Registers>(source, src + at * Source::kCallerBytes / Source::kSamples, high + at,
                                         low + at / SamplesInLowByte(LowBits));
     };
     size_t done = 0;
-    if constexpr (halves) {
-        done = CoverInRounds(covered, Source::samples, step, false, false,
-                             [&](size_t at) { pack.template operator()<Source::registers>(at); });
+    if constexpr (kHalves) {
+        done = CoverInRounds(covered, Source::kSamples, kStep, false, false,
+                             [&](size_t at) { pack.template operator()<Source::kRegisters>(at); });
     }
     if (done < covered) {
-        const size_t start = covered - done < lastSamples ? covered - lastSamples : done;
-        CoverInRounds(covered - start, lastSamples, step, true, false,
-                      [&](size_t at) { pack.template operator()<lastRegisters>(start + at); });
+        const size_t start = covered - done < kLastSamples ? covered - kLastSamples : done;
+        CoverInRounds(covered - start, kLastSamples, kStep, true, false,
+                      [&](size_t at) { pack.template operator()<kLastRegisters>(start + at); });
     }
     return covered;
 }
@@ -632,11 +632,11 @@ void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, ui
 
 template <class V>
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
-    const size_t samples = groups * packedGroupSamples;
+    const size_t samples = groups * kPackedGroupSamples;
     const size_t done = PackRounds<V, 2, PackedWords<V>>({}, packed, samples, high, low);
     if (done != samples) {
-        const size_t doneGroups = done / packedGroupSamples;
-        V::Next().packedGroupsToPlane(packed + doneGroups * packedGroupBytes, groups - doneGroups, high + done,
+        const size_t doneGroups = done / kPackedGroupSamples;
+        V::Next().packedGroupsToPlane(packed + doneGroups * kPackedGroupBytes, groups - doneGroups, high + done,
                                       low + done / SamplesInLowByte(2));
     }
 }
@@ -659,29 +659,29 @@ constexpr size_t PlaneSampleOf(Reordering::Kind kind, size_t i) {
 // low part that hold their low bits; these are brought to the top of the low byte by multiplication.
 template <class V, size_t LowBits, Reordering::Kind Kind>
 struct UnpackTables {
-    static constexpr size_t samples = UnitSamples(Kind);
-    static constexpr size_t registers = samples / registerWords<V>;
-    static constexpr size_t perByte = SamplesInLowByte(LowBits);
+    static constexpr size_t kSamples = UnitSamples(Kind);
+    static constexpr size_t kRegisters = kSamples / kRegisterWords<V>;
+    static constexpr size_t kPerByte = SamplesInLowByte(LowBits);
     // Registers that differ in their factors.
-    static constexpr size_t period = Kind == Reordering::Triples ? 3 : 1;
+    static constexpr size_t kPeriod = Kind == Reordering::Triples ? 3 : 1;
 
     struct Factors {
-        uint16_t word[registerWords<V>];
+        uint16_t word[kRegisterWords<V>];
     };
 
-    static constexpr Tables<Gather<V::lanes>, registers> tops{[](size_t reg) {
-        return MakeGather<V::lanes>(reg, samples,
-                                    [](size_t i) { return i % 2 == 1 ? PlaneSampleOf(Kind, i / 2) : nowhere; });
+    static constexpr Tables<Gather<V::kLanes>, kRegisters> kTops{[](size_t reg) {
+        return MakeGather<V::kLanes>(reg, kSamples,
+                                     [](size_t i) { return i % 2 == 1 ? PlaneSampleOf(Kind, i / 2) : kNowhere; });
     }};
-    static constexpr Tables<Gather<V::lanes>, registers> lows{[](size_t reg) {
-        return MakeGather<V::lanes>(reg, samples / perByte, [](size_t i) {
-            return i % 2 == 0 ? PlaneSampleOf(Kind, i / 2) / perByte : nowhere;
+    static constexpr Tables<Gather<V::kLanes>, kRegisters> kLows{[](size_t reg) {
+        return MakeGather<V::kLanes>(reg, kSamples / kPerByte, [](size_t i) {
+            return i % 2 == 0 ? PlaneSampleOf(Kind, i / 2) / kPerByte : kNowhere;
         });
     }};
-    static constexpr Tables<Factors, period> factors{[](size_t reg) {
+    static constexpr Tables<Factors, kPeriod> kFactors{[](size_t reg) {
         Factors made;
-        for (size_t i = 0; i < registerWords<V>; ++i) {
-            const size_t place = PlaneSampleOf(Kind, reg * registerWords<V> + i) % perByte;
+        for (size_t i = 0; i < kRegisterWords<V>; ++i) {
+            const size_t place = PlaneSampleOf(Kind, reg * kRegisterWords<V> + i) % kPerByte;
             made.word[i] = static_cast<uint16_t>(1U << (8 - LowBits * (place + 1)));
         }
         return made;
@@ -692,11 +692,11 @@ template <class V, size_t LowBits, Reordering::Kind Kind>
 size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     using Tables = UnpackTables<V, LowBits, Kind>;
     const auto mask = LowBits == 2 ? V::Words(0xC0, 0xC0) : V::Words(0xF0, 0xF0);
-    return CoverInRounds(samples, Tables::samples, StepOf(GroupOf(Kind), LowBits), true, false, [&](size_t at) {
-        MakeAndStore<V, Tables::registers>(words + 2 * at, [&]<size_t I>() {
-            const auto lows = Gathered<V>(low + at / Tables::perByte, Tables::lows[I]);
-            const auto bits = V::Multiply16(lows, V::LoadWords(Tables::factors[I % Tables::period].word));
-            return V::Or(Gathered<V>(high + at, Tables::tops[I]), V::And(bits, mask));
+    return CoverInRounds(samples, Tables::kSamples, StepOf(GroupOf(Kind), LowBits), true, false, [&](size_t at) {
+        MakeAndStore<V, Tables::kRegisters>(words + 2 * at, [&]<size_t I>() {
+            const auto lows = Gathered<V>(low + at / Tables::kPerByte, Tables::kLows[I]);
+            const auto bits = V::Multiply16(lows, V::LoadWords(Tables::kFactors[I % Tables::kPeriod].word));
+            return V::Or(Gathered<V>(high + at, Tables::kTops[I]), V::And(bits, mask));
         });
     });
 }
@@ -704,14 +704,14 @@ size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uin
 // Less than a round, by way of a round beside it; what doesn't make whole groups stays. Returns the samples done.
 template <class V, size_t LowBits, Reordering::Kind Kind>
 size_t UnpackStaged(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    constexpr size_t roundSamples = UnitSamples(Kind);
+    constexpr size_t kRoundSamples = UnitSamples(Kind);
     const size_t covered = samples - samples % StepOf(GroupOf(Kind), LowBits);
-    uint8_t stagedHigh[roundSamples] = {};
-    uint8_t stagedLow[roundSamples / SamplesInLowByte(LowBits)] = {};
-    uint8_t stagedWords[2 * roundSamples];
+    uint8_t stagedHigh[kRoundSamples] = {};
+    uint8_t stagedLow[kRoundSamples / SamplesInLowByte(LowBits)] = {};
+    uint8_t stagedWords[2 * kRoundSamples];
     std::memcpy(stagedHigh, high, covered);
     std::memcpy(stagedLow, low, covered / SamplesInLowByte(LowBits));
-    UnpackRounds<V, LowBits, Kind>(stagedHigh, stagedLow, roundSamples, stagedWords);
+    UnpackRounds<V, LowBits, Kind>(stagedHigh, stagedLow, kRoundSamples, stagedWords);
     std::memcpy(words, stagedWords, 2 * covered);
     return covered;
 }
@@ -720,7 +720,7 @@ size_t UnpackStaged(const uint8_t* high, const uint8_t* low, size_t samples, uin
 template <class V, size_t LowBits, Reordering::Kind Kind>
 size_t UnpackMost(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     const size_t done = UnpackRounds<V, LowBits, Kind>(high, low, samples, words);
-    return done == 0 && V::lanes == 1 ? UnpackStaged<V, LowBits, Kind>(high, low, samples, words) : done;
+    return done == 0 && V::kLanes == 1 ? UnpackStaged<V, LowBits, Kind>(high, low, samples, words) : done;
 }
 
 template <class V, size_t LowBits>
@@ -741,40 +741,40 @@ void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* lo
 // register has words, a multiplication brings them to its upper byte, and from there they go to each field's byte.
 template <class V>
 struct PackedTables {
-    static constexpr size_t groups = 8;
-    static constexpr size_t samples = groups * packedGroupSamples;
-    static constexpr size_t registers = groups / V::lanes;
+    static constexpr size_t kGroups = 8;
+    static constexpr size_t kSamples = kGroups * kPackedGroupSamples;
+    static constexpr size_t kRegisters = kGroups / V::kLanes;
 
     // Some high bytes of a register's dwords, with loads that hold all of them, so that they serve twice.
     template <class Source>
-    static constexpr Gather<V::lanes> HighBytes(size_t reg, const Source& source) {
-        auto gather = MakeGather<V::lanes>(reg, samples, [](size_t i) { return i / 4 * 3 + i % 4 * 3 / 4; });
+    static constexpr Gather<V::kLanes> HighBytes(size_t reg, const Source& source) {
+        auto gather = MakeGather<V::kLanes>(reg, kSamples, [](size_t i) { return i / 4 * 3 + i % 4 * 3 / 4; });
         TakeBytes(gather, reg, source);
         return gather;
     }
-    static constexpr Tables<Gather<V::lanes>, registers> pairs{[](size_t reg) {
-        return HighBytes(reg, [](size_t i) { return i % 2 == 0 ? i / 4 * 3 + i % 4 / 2 : nowhere; });
+    static constexpr Tables<Gather<V::kLanes>, kRegisters> kPairs{[](size_t reg) {
+        return HighBytes(reg, [](size_t i) { return i % 2 == 0 ? i / 4 * 3 + i % 4 / 2 : kNowhere; });
     }};
-    static constexpr Tables<Gather<V::lanes>, registers> thirds{
-        [](size_t reg) { return HighBytes(reg, [](size_t i) { return i % 4 == 2 ? i / 4 * 3 + 2 : nowhere; }); }};
-    static constexpr Tables<Gather<V::lanes>, registers / 2> sixes{[](size_t two) {
-        return MakeGather<V::lanes>(two, samples / 4, [](size_t i) {
+    static constexpr Tables<Gather<V::kLanes>, kRegisters> kThirds{
+        [](size_t reg) { return HighBytes(reg, [](size_t i) { return i % 4 == 2 ? i / 4 * 3 + 2 : kNowhere; }); }};
+    static constexpr Tables<Gather<V::kLanes>, kRegisters / 2> kSixes{[](size_t two) {
+        return MakeGather<V::kLanes>(two, kSamples / 4, [](size_t i) {
             // A lane of two registers: the first four words are of the one, the others of the other.
-            const size_t lane = i / pieceBytes % V::lanes;
-            const size_t reg = i / (V::lanes * pieceBytes) * 2 + i % pieceBytes / 8;
+            const size_t lane = i / kPieceBytes % V::kLanes;
+            const size_t reg = i / (V::kLanes * kPieceBytes) * 2 + i % kPieceBytes / 8;
             const size_t dword = i / 2 % 4;
             const size_t byte = 6 * dword / 8 + i % 2;
-            return byte < 3 ? (reg * V::lanes + lane) * 3 + byte : nowhere;
+            return byte < 3 ? (reg * V::kLanes + lane) * 3 + byte : kNowhere;
         });
     }};
     static constexpr Shuffle16 SixesOf(size_t half) {
         Shuffle16 shuffle;
-        for (size_t i = 0; i < pieceBytes; ++i) {
-            shuffle.byte[i] = i % 4 == 3 ? zeroLane : static_cast<uint8_t>(8 * half + i / 4 * 2 + 1);
+        for (size_t i = 0; i < kPieceBytes; ++i) {
+            shuffle.byte[i] = i % 4 == 3 ? kZeroLane : static_cast<uint8_t>(8 * half + i / 4 * 2 + 1);
         }
         return shuffle;
     }
-    static constexpr Shuffle16 toFields[2] = {SixesOf(0), SixesOf(1)};
+    static constexpr Shuffle16 kToFields[2] = {SixesOf(0), SixesOf(1)};
 };
 
 template <class V>
@@ -784,41 +784,41 @@ void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups,
     const auto thirdWeights = V::Words(0, 64);
     const auto sixFactors = V::WordsOf4(256, 4, 16, 64);
     const auto lowMask = V::Words(0x0C03, 0x0030);
-    const size_t done = CoverInRounds(groups, Tables::groups, 1, true, false, [&](size_t at) {
-        const uint8_t* highs = high + at * packedGroupSamples;
-        const uint8_t* lows = low + at * packedGroupSamples / SamplesInLowByte(2);
-        MakeAndStore<V, Tables::registers>(packed + at * packedGroupBytes, [&]<size_t I>() {
-            const auto sixes = V::Multiply16(Gathered<V>(lows, Tables::sixes[I / 2]), sixFactors);
-            const auto bits = V::And(V::Shuffle(sixes, V::Pattern(Tables::toFields[I % 2])), lowMask);
-            const auto pairs = V::MultiplyAdd16(Gathered<V>(highs, Tables::pairs[I]), pairWeights);
-            const auto thirds = V::Multiply16(Gathered<V>(highs, Tables::thirds[I]), thirdWeights);
+    const size_t done = CoverInRounds(groups, Tables::kGroups, 1, true, false, [&](size_t at) {
+        const uint8_t* highs = high + at * kPackedGroupSamples;
+        const uint8_t* lows = low + at * kPackedGroupSamples / SamplesInLowByte(2);
+        MakeAndStore<V, Tables::kRegisters>(packed + at * kPackedGroupBytes, [&]<size_t I>() {
+            const auto sixes = V::Multiply16(Gathered<V>(lows, Tables::kSixes[I / 2]), sixFactors);
+            const auto bits = V::And(V::Shuffle(sixes, V::Pattern(Tables::kToFields[I % 2])), lowMask);
+            const auto pairs = V::MultiplyAdd16(Gathered<V>(highs, Tables::kPairs[I]), pairWeights);
+            const auto thirds = V::Multiply16(Gathered<V>(highs, Tables::kThirds[I]), thirdWeights);
             return V::Or(V::Or(pairs, thirds), bits);
         });
     });
     if (done != groups) {
-        V::Next().planeToPackedGroups(high + done * packedGroupSamples,
-                                      low + done * packedGroupSamples / SamplesInLowByte(2), groups - done,
-                                      packed + done * packedGroupBytes);
+        V::Next().planeToPackedGroups(high + done * kPackedGroupSamples,
+                                      low + done * kPackedGroupSamples / SamplesInLowByte(2), groups - done,
+                                      packed + done * kPackedGroupBytes);
     }
 }
 
 // Each word goes to the upper half of a dword.
 template <class V, Reordering::Kind Kind>
 struct FloatTables {
-    static constexpr size_t samples = UnitSamples(Kind) / 2;
-    static constexpr size_t registers = samples * 4 / registerBytes<V>;
-    static constexpr Tables<Gather<V::lanes>, registers> words{[](size_t reg) {
-        return MakeGather<V::lanes>(
-            reg, 2 * samples, [](size_t i) { return i % 4 >= 2 ? 2 * PlaneSampleOf(Kind, i / 4) + i % 2 : nowhere; });
+    static constexpr size_t kSamples = UnitSamples(Kind) / 2;
+    static constexpr size_t kRegisters = kSamples * 4 / kRegisterBytes<V>;
+    static constexpr Tables<Gather<V::kLanes>, kRegisters> kWords{[](size_t reg) {
+        return MakeGather<V::kLanes>(
+            reg, 2 * kSamples, [](size_t i) { return i % 4 >= 2 ? 2 * PlaneSampleOf(Kind, i / 4) + i % 2 : kNowhere; });
     }};
 };
 
 template <class V, Reordering::Kind Kind>
 size_t FloatRounds(const uint8_t* fixed, size_t samples, uint8_t* floats) {
     using Tables = FloatTables<V, Kind>;
-    return CoverInRounds(samples, Tables::samples, GroupOf(Kind), true, false, [&](size_t at) {
-        MakeAndStore<V, Tables::registers>(floats + 4 * at, [&]<size_t I>() {
-            return V::Fixed14ToFloat(Gathered<V>(fixed + 2 * at, Tables::words[I]));
+    return CoverInRounds(samples, Tables::kSamples, GroupOf(Kind), true, false, [&](size_t at) {
+        MakeAndStore<V, Tables::kRegisters>(floats + 4 * at, [&]<size_t I>() {
+            return V::Fixed14ToFloat(Gathered<V>(fixed + 2 * at, Tables::kWords[I]));
         });
     });
 }

@@ -10,14 +10,14 @@ namespace plenar {
 
 namespace {
 
-constexpr size_t wordBytes = 2;
+constexpr size_t kWordBytes = 2;
 
 // Packed10: groups of 6 pixels, 12 samples, in 4 words of three fields.
-constexpr uint32_t groupPixels = 6;
-constexpr size_t groupBytes = 16;
-constexpr size_t groupSamples = 12;
-constexpr size_t groupLowBytes = 3;
-constexpr unsigned fieldBits = 10;
+constexpr uint32_t kGroupPixels = 6;
+constexpr size_t kGroupBytes = 16;
+constexpr size_t kGroupSamples = 12;
+constexpr size_t kGroupLowBytes = 3;
+constexpr unsigned kFieldBits = 10;
 
 uint32_t LoadWord(const uint8_t* packed, size_t index) {
     uint32_t word;
@@ -31,7 +31,7 @@ void StoreWord(uint8_t* packed, size_t index, uint32_t word) {
 
 // Sample `i` of a group, as a field of 10 bits.
 uint32_t FieldOf(const uint8_t* packed, size_t i) {
-    return LoadWord(packed, i / 3) >> (i % 3 * fieldBits);
+    return LoadWord(packed, i / 3) >> (i % 3 * kFieldBits);
 }
 uint32_t FieldOf(const uint8_t* high, const uint8_t* low, size_t i) {
     return high[i] * 4U + (static_cast<uint32_t>(low[i / 4]) >> (i % 4 * 2) & 3U);
@@ -50,14 +50,14 @@ void PackFour(const uint8_t* packed, size_t first, uint8_t* high, uint8_t* low) 
 
 // The last pixels of a row go by twos.
 void PackedRowToPlane(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst) {
-    const size_t groups = width / groupPixels;
+    const size_t groups = width / kGroupPixels;
     uint8_t* high = dst;
     uint8_t* low = dst + size_t{2} * width;
     kernels.packedGroupsToPlane(src, groups, high, low);
-    src += groups * groupBytes;
-    high += groups * groupSamples;
-    low += groups * groupLowBytes;
-    const uint32_t left = width % groupPixels;
+    src += groups * kGroupBytes;
+    high += groups * kGroupSamples;
+    low += groups * kGroupLowBytes;
+    const uint32_t left = width % kGroupPixels;
     if (left >= 2) {
         PackFour(src, 0, high, low);
     }
@@ -70,7 +70,7 @@ void PackedRowToPlane(const RowKernels& kernels, uint32_t width, const uint8_t* 
 uint32_t JoinFields(const uint8_t* high, const uint8_t* low, size_t first, size_t count) {
     uint32_t word = 0;
     for (size_t i = 0; i < count; ++i) {
-        word |= FieldOf(high, low, first + i) << (i * fieldBits);
+        word |= FieldOf(high, low, first + i) << (i * kFieldBits);
     }
     return word;
 }
@@ -78,14 +78,14 @@ uint32_t JoinFields(const uint8_t* high, const uint8_t* low, size_t first, size_
 // The words of an unfinished last group are as hosts have always got them: what isn't named here keeps the target's
 // bytes, and with 4 or 5 pixels left the second word is added to them, so that a cleared buffer gets the plain word.
 void PlaneRowToPacked(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst) {
-    const size_t groups = width / groupPixels;
+    const size_t groups = width / kGroupPixels;
     const uint8_t* high = src;
     const uint8_t* low = src + size_t{2} * width;
     kernels.planeToPackedGroups(high, low, groups, dst);
-    high += groups * groupSamples;
-    low += groups * groupLowBytes;
-    dst += groups * groupBytes;
-    const uint32_t left = width % groupPixels;
+    high += groups * kGroupSamples;
+    low += groups * kGroupLowBytes;
+    dst += groups * kGroupBytes;
+    const uint32_t left = width % kGroupPixels;
     if (left >= 2) {
         StoreWord(dst, 0, JoinFields(high, low, 0, 3));
     }
@@ -104,17 +104,17 @@ bool NeedsPacking(uint32_t componentType) {
     return componentType == Uint10 || componentType == Uint12 || componentType == Packed10;
 }
 
-RowPacker::RowPacker(uint32_t type) : kernels(ActiveRowKernels()) {
+RowPacker::RowPacker(uint32_t type) : kernels_(ActiveRowKernels()) {
     switch (type) {
         case Uint10:
-            pack = kernels.pack10;
-            unpack = kernels.unpack10;
-            lowBits = 2;
+            pack_ = kernels_.pack10;
+            unpack_ = kernels_.unpack10;
+            lowBits_ = 2;
             break;
         case Uint12:
-            pack = kernels.pack12;
-            unpack = kernels.unpack12;
-            lowBits = 4;
+            pack_ = kernels_.pack12;
+            unpack_ = kernels_.unpack12;
+            lowBits_ = 4;
             break;
         case Packed10:
             break;
@@ -125,27 +125,27 @@ RowPacker::RowPacker(uint32_t type) : kernels(ActiveRowKernels()) {
 
 void RowPacker::Pack(const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
                      uint8_t* planeRow) const {
-    if (pack == nullptr) {
-        return PackedRowToPlane(kernels, width, src, planeRow);
+    if (pack_ == nullptr) {
+        return PackedRowToPlane(kernels_, width, src, planeRow);
     }
-    pack(reordering, src, samples, planeRow, planeRow + samples);
+    pack_(reordering, src, samples, planeRow, planeRow + samples);
 }
 
 void RowPacker::Unpack(const Reordering& reordering, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd,
                        uint8_t* dst, size_t samples) const {
-    if (unpack == nullptr) {
-        return PlaneRowToPacked(kernels, width, planeRow, dst);
+    if (unpack_ == nullptr) {
+        return PlaneRowToPacked(kernels_, width, planeRow, dst);
     }
     const uint8_t* low = planeRow + samples;
-    const size_t lowBytes = (samples * lowBits + 7) / 8;
+    const size_t lowBytes = (samples * lowBits_ + 7) / 8;
     if (lowBytes <= static_cast<size_t>(planeEnd - planeRow) - samples) {
-        return unpack(reordering, planeRow, low, samples, dst);
+        return unpack_(reordering, planeRow, low, samples, dst);
     }
     // Only the last byte of the low part can be missing.
-    const size_t whole = (lowBytes - 1) * 8 / lowBits;
+    const size_t whole = (lowBytes - 1) * 8 / lowBits_;
     const uint8_t missing = 0;
-    unpack(reordering, planeRow, low, whole, dst);
-    unpack(reordering, planeRow + whole, &missing, samples - whole, dst + whole * wordBytes);
+    unpack_(reordering, planeRow, low, whole, dst);
+    unpack_(reordering, planeRow + whole, &missing, samples - whole, dst + whole * kWordBytes);
 }
 
 }  // namespace plenar

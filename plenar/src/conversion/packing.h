@@ -31,11 +31,11 @@ public:
                 uint8_t* dst, size_t samples) const;
 
 private:
-    const RowKernels& kernels;
+    const RowKernels& kernels_;
     // Null for Packed10.
-    decltype(RowKernels::pack10) pack = nullptr;
-    decltype(RowKernels::unpack10) unpack = nullptr;
-    size_t lowBits = 0;  // of a sample, in the low part
+    decltype(RowKernels::pack10) pack_ = nullptr;
+    decltype(RowKernels::unpack10) unpack_ = nullptr;
+    size_t lowBits_ = 0;  // of a sample, in the low part
 };
 
 }  // namespace plenar

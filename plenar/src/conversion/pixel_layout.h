@@ -16,8 +16,8 @@ struct PixelLayout {
     size_t alpha;          // position of alpha in the caller's pixel
     size_t samples;        // of the caller's pixel
 
-    SplitShuffles split[sampleSizes] = {};
-    MergeShuffles merge[sampleSizes] = {};
+    SplitShuffles split[kSampleSizes] = {};
+    MergeShuffles merge[kSampleSizes] = {};
 };
 
 namespace pixel_layouts {
@@ -28,8 +28,8 @@ struct GroupMap {
     const PixelLayout& layout;
     size_t sampleBytes;
 
-    constexpr size_t ColourBytes() const { return layout.colourSamples * groupAlphaBytes; }
-    constexpr size_t CallerBytes() const { return layout.samples * groupAlphaBytes; }
+    constexpr size_t ColourBytes() const { return layout.colourSamples * kGroupAlphaBytes; }
+    constexpr size_t CallerBytes() const { return layout.samples * kGroupAlphaBytes; }
 
     constexpr size_t CallerByteOf(size_t pixel, size_t position, size_t byte) const {
         return (pixel * layout.samples + position) * sampleBytes + byte % sampleBytes;
@@ -49,15 +49,16 @@ constexpr SplitShuffles MakeSplit(const GroupMap& map) {
     };
     for (size_t piece = 0; piece < map.layout.colourSamples; ++piece) {
         for (size_t term = 0; term < 2; ++term) {
-            const size_t load = three ? splitLoads4[piece + term] : splitLoads3[2 * piece + term];
+            const size_t load = three ? kSplitLoads4[piece + term] : kSplitLoads3[2 * piece + term];
             shuffles.colour[piece][term] = PieceShuffle(piece, load, colour);
         }
     }
     for (size_t group = 0; group < 4; ++group) {
-        const size_t load = three ? splitLoads4[group] : splitLoads3[group];
+        const size_t load = three ? kSplitLoads4[group] : kSplitLoads3[group];
         shuffles.alpha[group] = PieceShuffle(0, load, [&](size_t i) {
-            return i / groupAlphaBytes == group ? group * map.CallerBytes() + map.CallerByteOfAlpha(i % groupAlphaBytes)
-                                                : nowhere;
+            return i / kGroupAlphaBytes == group
+                       ? group * map.CallerBytes() + map.CallerByteOfAlpha(i % kGroupAlphaBytes)
+                       : kNowhere;
         });
     }
     return shuffles;
@@ -74,19 +75,19 @@ constexpr MergeShuffles MakeMerge(const GroupMap& map) {
                 return i / map.CallerBytes() * bytes + byte;
             }
         }
-        return nowhere;
+        return kNowhere;
     };
     for (size_t piece = 0; piece < map.layout.samples; ++piece) {
-        const size_t load = three ? mergeLoads4[piece] : mergeLoads3[piece];
+        const size_t load = three ? kMergeLoads4[piece] : kMergeLoads3[piece];
         shuffles.colour[piece] = PieceShuffle(piece, load, [&](size_t i) { return find(i, map.ColourBytes(), false); });
-        shuffles.alpha[piece] = PieceShuffle(piece, 0, [&](size_t i) { return find(i, groupAlphaBytes, true); });
+        shuffles.alpha[piece] = PieceShuffle(piece, 0, [&](size_t i) { return find(i, kGroupAlphaBytes, true); });
     }
     return shuffles;
 }
 
 constexpr PixelLayout Make(size_t colourSamples, const size_t (&colour)[3], size_t alpha) {
     PixelLayout layout = {colourSamples, {colour[0], colour[1], colour[2]}, alpha, colourSamples + 1};
-    for (size_t size = 0; size < sampleSizes; ++size) {
+    for (size_t size = 0; size < kSampleSizes; ++size) {
         const GroupMap map = {layout, size_t{1} << size};
         layout.split[size] = MakeSplit(map);
         layout.merge[size] = MakeMerge(map);
@@ -94,12 +95,12 @@ constexpr PixelLayout Make(size_t colourSamples, const size_t (&colour)[3], size
     return layout;
 }
 
-inline constexpr PixelLayout argb = Make(3, {1, 2, 3}, 0);
-inline constexpr PixelLayout bgra = Make(3, {2, 1, 0}, 3);
-inline constexpr PixelLayout rgba = Make(3, {0, 1, 2}, 3);
-inline constexpr PixelLayout abgr = Make(3, {3, 2, 1}, 0);
-inline constexpr PixelLayout ycbcra = Make(3, {1, 0, 2}, 3);
-inline constexpr PixelLayout cbyacrya = Make(2, {0, 1, 0}, 2);
+inline constexpr PixelLayout kArgb = Make(3, {1, 2, 3}, 0);
+inline constexpr PixelLayout kBgra = Make(3, {2, 1, 0}, 3);
+inline constexpr PixelLayout kRgba = Make(3, {0, 1, 2}, 3);
+inline constexpr PixelLayout kAbgr = Make(3, {3, 2, 1}, 0);
+inline constexpr PixelLayout kYcbcra = Make(3, {1, 0, 2}, 3);
+inline constexpr PixelLayout kCbyacrya = Make(2, {0, 1, 0}, 2);
 
 }  // namespace pixel_layouts
 
@@ -107,17 +108,17 @@ inline constexpr PixelLayout cbyacrya = Make(2, {0, 1, 0}, 2);
 constexpr const PixelLayout* FindPixelLayout(uint32_t colorComponentOrder) {
     switch (colorComponentOrder) {
         case ARGB:
-            return &pixel_layouts::argb;
+            return &pixel_layouts::kArgb;
         case BGRA:
-            return &pixel_layouts::bgra;
+            return &pixel_layouts::kBgra;
         case RGBA:
-            return &pixel_layouts::rgba;
+            return &pixel_layouts::kRgba;
         case ABGR:
-            return &pixel_layouts::abgr;
+            return &pixel_layouts::kAbgr;
         case YCbCrA:
-            return &pixel_layouts::ycbcra;
+            return &pixel_layouts::kYcbcra;
         case CbYACrYA:
-            return &pixel_layouts::cbyacrya;
+            return &pixel_layouts::kCbyacrya;
         default:
             return nullptr;
     }

@@ -16,7 +16,7 @@ const RowKernels& ActiveRowKernels() {
     if (const RowKernels* kernels = forced.load(std::memory_order_relaxed)) {
         return *kernels;
     }
-    return DetectedCpuFeatures().hasAvx2 ? avx2RowKernels : ssse3RowKernels;
+    return DetectedCpuFeatures().hasAvx2 ? kAvx2RowKernels : kSsse3RowKernels;
 }
 
 void ForceRowKernels(const RowKernels* kernels) {

@@ -55,9 +55,9 @@ struct RowKernels {
     void (*fixedToFloat)(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats);
 };
 
-extern const RowKernels plainRowKernels;
-extern const RowKernels ssse3RowKernels;
-extern const RowKernels avx2RowKernels;  // for processors with AVX2 alone
+extern const RowKernels kPlainRowKernels;
+extern const RowKernels kSsse3RowKernels;
+extern const RowKernels kAvx2RowKernels;  // for processors with AVX2 alone
 
 const RowKernels& ActiveRowKernels();
 

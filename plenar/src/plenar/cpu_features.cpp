@@ -10,10 +10,10 @@ namespace plenar {
 namespace {
 
 // The two leaves of the identification instruction that list the caches, alike in form: Intel's and AMD's.
-constexpr uint32_t cacheLeaves[] = {0x4, 0x8000001D};
+constexpr uint32_t kCacheLeaves[] = {0x4, 0x8000001D};
 
 // Taken where the processor names no cache.
-constexpr size_t usualLastLevelCacheBytes = size_t{32} << 20;
+constexpr size_t kUsualLastLevelCacheBytes = size_t{32} << 20;
 
 size_t CacheBytes(uint32_t leaf, uint32_t index) {
     uint32_t a = 0;
@@ -31,24 +31,24 @@ size_t CacheBytes(uint32_t leaf, uint32_t index) {
 
 size_t DetectLastLevelCache() {
     size_t largest = 0;
-    for (const uint32_t leaf : cacheLeaves) {
+    for (const uint32_t leaf : kCacheLeaves) {
         for (uint32_t index = 0; index < 8; ++index) {
             largest = std::max(largest, CacheBytes(leaf, index));
         }
     }
-    return largest != 0 ? largest : usualLastLevelCacheBytes;
+    return largest != 0 ? largest : kUsualLastLevelCacheBytes;
 }
 
 bool DetectBitManipulation() {
     constexpr uint32_t bmi1 = 1U << 3;
     constexpr uint32_t bmi2 = 1U << 8;
-    constexpr uint32_t lzcnt = 1U << 5;
+    constexpr uint32_t kLzcnt = 1U << 5;
     uint32_t a = 0;
     uint32_t b = 0;
     uint32_t c = 0;
     uint32_t d = 0;
     const bool hasBmi = __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & bmi1) != 0 && (b & bmi2) != 0;
-    return hasBmi && __get_cpuid(0x80000001, &a, &b, &c, &d) != 0 && (c & lzcnt) != 0;
+    return hasBmi && __get_cpuid(0x80000001, &a, &b, &c, &d) != 0 && (c & kLzcnt) != 0;
 }
 
 CpuFeatures Detect() {
@@ -58,12 +58,12 @@ CpuFeatures Detect() {
             .lastLevelCacheBytes = DetectLastLevelCache()};
 }
 
-const CpuFeatures detected = Detect();
+const CpuFeatures kDetected = Detect();
 
 }  // namespace
 
 const CpuFeatures& DetectedCpuFeatures() {
-    return detected;
+    return kDetected;
 }
 
 }  // namespace plenar

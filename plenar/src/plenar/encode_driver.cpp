@@ -17,21 +17,21 @@ class FrameEncoder {
 public:
     FrameEncoder(CodecState& state, const UncompressedParams& params, const CompressedParams& compressedParams,
                  const uint8_t* src, uint32_t srcSize, uint8_t* dst)
-        : state(state),
-          params(params),
-          compressedParams(compressedParams),
-          layout(LayOutPicture(params)),
-          plan(PlanFrame(params, compressedParams)),
-          hasAlphaPlane(HasAlpha(params.colorComponentOrder) &&
-                        FormatHasAlphaPlane(LookupFormatPlanes(params), params.colorComponentOrder)),
-          src(src),
-          srcSize(srcSize),
-          dst(dst) {}
+        : state_(state),
+          params_(params),
+          compressedParams_(compressedParams),
+          layout_(LayOutPicture(params)),
+          plan_(PlanFrame(params, compressedParams)),
+          hasAlphaPlane_(HasAlpha(params.colorComponentOrder) &&
+                         FormatHasAlphaPlane(LookupFormatPlanes(params), params.colorComponentOrder)),
+          src_(src),
+          srcSize_(srcSize),
+          dst_(dst) {}
 
-    const FramePlan& Plan() const { return plan; }
+    const FramePlan& Plan() const { return plan_; }
 
     void WritePlanes() {
-        if (IsPlanarOrder(params.colorComponentOrder)) {
+        if (IsPlanarOrder(params_.colorComponentOrder)) {
             WritePlanar();
         } else {
             WriteInterleaved();
@@ -39,90 +39,90 @@ public:
     }
 
 private:
-    bool CodesAlpha() const { return hasAlphaPlane && compressedParams.alphaRle != 0; }
-    uint8_t* PlaneData(const PlaneRecord& plane) const { return dst + plane.offset; }
+    bool CodesAlpha() const { return hasAlphaPlane_ && compressedParams_.alphaRle != 0; }
+    uint8_t* PlaneData(const PlaneRecord& plane) const { return dst_ + plane.offset; }
 
     // Interleaved alpha goes to its plane right away, or to a buffer where the coder finds it.
     uint8_t* InterleavedAlphaTarget() {
-        if (!hasAlphaPlane || !HasInterleavedAlpha(params.colorComponentOrder)) {
+        if (!hasAlphaPlane_ || !HasInterleavedAlpha(params_.colorComponentOrder)) {
             return nullptr;
         }
-        return CodesAlpha() ? state.Scratch(AlphaRowBytes(params) * params.height) : PlaneData(plan.planes.back());
+        return CodesAlpha() ? state_.Scratch(AlphaRowBytes(params_) * params_.height) : PlaneData(plan_.planes.back());
     }
 
     void WriteInterleaved() {
-        const bool interleavedAlpha = HasInterleavedAlpha(params.colorComponentOrder);
-        const PlaneRecord& picture = plan.planes[0];
+        const bool interleavedAlpha = HasInterleavedAlpha(params_.colorComponentOrder);
+        const PlaneRecord& picture = plan_.planes[0];
         uint8_t* alpha = InterleavedAlphaTarget();
-        EncodeRows(state, {.params = params,
-                           .src = src,
-                           .rowLength = layout.rowLength,
-                           .srcStride = layout.stride,
-                           .dst = PlaneData(picture),
-                           .dstStride = PlaneRowBytes(picture.type, picture.width),
-                           .alphaDst = alpha,
-                           .alphaStride = interleavedAlpha ? AlphaRowBytes(params) : 0});
+        EncodeRows(state_, {.params = params_,
+                            .src = src_,
+                            .rowLength = layout_.rowLength,
+                            .srcStride = layout_.stride,
+                            .dst = PlaneData(picture),
+                            .dstStride = PlaneRowBytes(picture.type, picture.width),
+                            .alphaDst = alpha,
+                            .alphaStride = interleavedAlpha ? AlphaRowBytes(params_) : 0});
         if (CodesAlpha() && interleavedAlpha) {
-            CodeAlpha(alpha, AlphaRowBytes(params) * params.height);
+            CodeAlpha(alpha, AlphaRowBytes(params_) * params_.height);
         } else if (!interleavedAlpha) {
             WriteAlphaPlane();
         }
     }
 
     void WritePlanar() {
-        if (plan.planes.size() > 1) {
-            WritePicturePlane(LumaPlane(params, layout), plan.planes[0]);
-            WritePicturePlane(ChromaPlane(params, layout, layout.cb), plan.planes[1]);
-            WritePicturePlane(ChromaPlane(params, layout, layout.cr), plan.planes[2]);
+        if (plan_.planes.size() > 1) {
+            WritePicturePlane(LumaPlane(params_, layout_), plan_.planes[0]);
+            WritePicturePlane(ChromaPlane(params_, layout_, layout_.cb), plan_.planes[1]);
+            WritePicturePlane(ChromaPlane(params_, layout_, layout_.cr), plan_.planes[2]);
         }
         WriteAlphaPlane();
     }
 
     void WritePicturePlane(const PicturePlane& plane, const PlaneRecord& record) {
-        EncodeRows(state, {.params = plane.params,
-                           .src = src + plane.offset,
-                           .rowLength = plane.rowLength,
-                           .srcStride = plane.stride,
-                           .dst = PlaneData(record),
-                           .dstStride = PlaneRowBytes(record.type, record.width),
-                           .alphaDst = nullptr,
-                           .alphaStride = 0});
+        EncodeRows(state_, {.params = plane.params,
+                            .src = src_ + plane.offset,
+                            .rowLength = plane.rowLength,
+                            .srcStride = plane.stride,
+                            .dst = PlaneData(record),
+                            .dstStride = PlaneRowBytes(record.type, record.width),
+                            .alphaDst = nullptr,
+                            .alphaStride = 0});
     }
 
     // Alpha that has a plane of its own in the caller's picture.
     void WriteAlphaPlane() {
-        if (!hasAlphaPlane) {
+        if (!hasAlphaPlane_) {
             return;
         }
         if (CodesAlpha()) {
-            return CodeAlpha(src + layout.alpha, srcSize - layout.alpha);
+            return CodeAlpha(src_ + layout_.alpha, srcSize_ - layout_.alpha);
         }
-        CopyRows(state, {.src = src + layout.alpha,
-                         .srcStride = layout.alphaStride,
-                         .dst = PlaneData(plan.planes.back()),
-                         .dstStride = AlphaRowBytes(params),
-                         .rowLength = AlphaRowBytes(params),
-                         .rows = params.height});
+        CopyRows(state_, {.src = src_ + layout_.alpha,
+                          .srcStride = layout_.alphaStride,
+                          .dst = PlaneData(plan_.planes.back()),
+                          .dstStride = AlphaRowBytes(params_),
+                          .rowLength = AlphaRowBytes(params_),
+                          .rows = params_.height});
     }
 
     // The alpha plane is the last one, so that its true size moves nothing else.
     void CodeAlpha(const uint8_t* alpha, uint64_t alphaSize) {
-        PlaneRecord& plane = plan.planes.back();
-        const uint64_t coded = RleEncodePlane(state.Pool(), AlphaRleParams(params, compressedParams.alphaBandLimit),
+        PlaneRecord& plane = plan_.planes.back();
+        const uint64_t coded = RleEncodePlane(state_.Pool(), AlphaRleParams(params_, compressedParams_.alphaBandLimit),
                                               alpha, alphaSize, PlaneData(plane), plane.size);
-        plan.total_size -= plane.size - static_cast<uint32_t>(coded);
+        plan_.total_size -= plane.size - static_cast<uint32_t>(coded);
         plane.size = static_cast<uint32_t>(coded);
     }
 
-    CodecState& state;
-    const UncompressedParams& params;
-    const CompressedParams& compressedParams;
-    const PictureLayout layout;
-    FramePlan plan;
-    const bool hasAlphaPlane;
-    const uint8_t* src;
-    uint32_t srcSize;
-    uint8_t* dst;
+    CodecState& state_;
+    const UncompressedParams& params_;
+    const CompressedParams& compressedParams_;
+    const PictureLayout layout_;
+    FramePlan plan_;
+    const bool hasAlphaPlane_;
+    const uint8_t* src_;
+    uint32_t srcSize_;
+    uint8_t* dst_;
 };
 
 }  // namespace

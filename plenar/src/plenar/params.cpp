@@ -10,17 +10,17 @@ namespace plenar {
 namespace {
 
 // Packed10 holds groups of 6 pixels in 16 bytes.
-constexpr uint32_t packedGroupPixels = 6;
-constexpr uint32_t packedGroupBytes = 16;
+constexpr uint32_t kPackedGroupPixels = 6;
+constexpr uint32_t kPackedGroupBytes = 16;
 
-constexpr uint64_t noBufferFits = std::numeric_limits<uint64_t>::max();
+constexpr uint64_t kNoBufferFits = std::numeric_limits<uint64_t>::max();
 
 uint64_t MultiplyOrSaturate(uint64_t a, uint64_t b) {
-    return a != 0 && b > noBufferFits / a ? noBufferFits : a * b;
+    return a != 0 && b > kNoBufferFits / a ? kNoBufferFits : a * b;
 }
 
 uint64_t AddOrSaturate(uint64_t a, uint64_t b) {
-    return b > noBufferFits - a ? noBufferFits : a + b;
+    return b > kNoBufferFits - a ? kNoBufferFits : a + b;
 }
 
 // The samples of a row of the first plane, chroma shared by two pixels included.
@@ -87,15 +87,15 @@ uint64_t TrueRowBytes(const UncompressedParams& params, uint64_t tight) {
     if (params.componentType != Packed10 || IsPlanarOrder(params.colorComponentOrder)) {
         return tight;
     }
-    const uint64_t groups = (uint64_t{params.width} + packedGroupPixels - 1) / packedGroupPixels;
-    return groups * packedGroupBytes;
+    const uint64_t groups = (uint64_t{params.width} + kPackedGroupPixels - 1) / kPackedGroupPixels;
+    return groups * kPackedGroupBytes;
 }
 
 // UncompressedBufSize without any wrap. Rows longer than their stride overlap, and no buffer holds such a picture.
 uint64_t TrueBufSize(const UncompressedParams& params) {
     const PictureLayout layout = LayOutPicture(params);
     if (TrueRowBytes(params, layout.rowLength) > layout.stride) {
-        return noBufferFits;
+        return kNoBufferFits;
     }
     const uint32_t order = params.colorComponentOrder;
     const uint64_t first = MultiplyOrSaturate(params.height, layout.stride);
@@ -194,8 +194,8 @@ bool HasAlphaPlaneApart(uint32_t colorComponentOrder) {
 
 uint64_t DefaultRowBytes(const UncompressedParams& params) {
     if (params.componentType == Packed10) {
-        const uint32_t rounded = (params.width + packedGroupPixels - 1) / packedGroupPixels * packedGroupPixels;
-        return rounded * packedGroupBytes / packedGroupPixels;
+        const uint32_t rounded = (params.width + kPackedGroupPixels - 1) / kPackedGroupPixels * kPackedGroupPixels;
+        return rounded * kPackedGroupBytes / kPackedGroupPixels;
     }
     return RowSamples(params.colorComponentOrder, params.width) * SampleBytes(params.componentType);
 }

@@ -34,16 +34,16 @@ struct Decoder : plenar::Codec {
 namespace plenar {
 namespace {
 
-constexpr CreateParams defaultCreateParams = {sizeof(CreateParams), 0, nullptr, nullptr};
+constexpr CreateParams kDefaultCreateParams = {sizeof(CreateParams), 0, nullptr, nullptr};
 
 // The size functions have no object whose callback could take their messages.
-constexpr const CreateParams& noSink = defaultCreateParams;
+constexpr const CreateParams& kNoSink = kDefaultCreateParams;
 
-constexpr uint32_t versionMajor = 2;
-constexpr uint32_t versionMinor = 5;
-constexpr uint32_t versionPatch = 2;
-constexpr uint32_t versionBuild = 39;
-constexpr char versionStage = 'r';
+constexpr uint32_t kVersionMajor = 2;
+constexpr uint32_t kVersionMinor = 5;
+constexpr uint32_t kVersionPatch = 2;
+constexpr uint32_t kVersionBuild = 39;
+constexpr char kVersionStage = 'r';
 
 StatusWord compressedBufSizeStatus{0};
 StatusWord encodeFrameStatus{0};
@@ -69,7 +69,7 @@ uint32_t Create(const CreateParams* params, Object** object) {
     if (params != nullptr && HasWrongSize(*params)) {
         return ResultBadRecordSize;
     }
-    *object = new Object(params != nullptr ? *params : defaultCreateParams);
+    *object = new Object(params != nullptr ? *params : kDefaultCreateParams);
     return ResultOk;
 }
 
@@ -147,7 +147,7 @@ uint32_t Plenar_ReadMetadata(Decoder* decoder, const void* src, uint32_t srcSize
 uint32_t Plenar_GetCompressedBufSize(const UncompressedParams* params, const CompressedParams* compressedParams) {
     uint32_t size = 0;
     if (!AnyNull(params, compressedParams) && !HasWrongSize(*params) && !HasWrongSize(*compressedParams)) {
-        Guard(compressedBufSizeStatus, noSink, [&] { size = PlanFrame(*params, *compressedParams).total_size; });
+        Guard(compressedBufSizeStatus, kNoSink, [&] { size = PlanFrame(*params, *compressedParams).total_size; });
     }
     return size;
 }
@@ -155,15 +155,15 @@ uint32_t Plenar_GetCompressedBufSize(const UncompressedParams* params, const Com
 uint32_t Plenar_GetUncompressedBufSize(const UncompressedParams* params) {
     uint32_t size = 0;
     if (!AnyNull(params) && !HasWrongSize(*params)) {
-        Guard(uncompressedBufSizeStatus, noSink, [&] { size = static_cast<uint32_t>(UncompressedBufSize(*params)); });
+        Guard(uncompressedBufSizeStatus, kNoSink, [&] { size = static_cast<uint32_t>(UncompressedBufSize(*params)); });
     }
     return size;
 }
 
 void Plenar_GetVersion(uint32_t* major, uint32_t* minor, uint32_t* patch, uint32_t* build, char* stage) {
-    StoreIfWanted(major, versionMajor);
-    StoreIfWanted(minor, versionMinor);
-    StoreIfWanted(patch, versionPatch);
-    StoreIfWanted(build, versionBuild);
-    StoreIfWanted(stage, versionStage);
+    StoreIfWanted(major, kVersionMajor);
+    StoreIfWanted(minor, kVersionMinor);
+    StoreIfWanted(patch, kVersionPatch);
+    StoreIfWanted(build, kVersionBuild);
+    StoreIfWanted(stage, kVersionStage);
 }

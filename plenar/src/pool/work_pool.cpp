@@ -9,12 +9,12 @@ namespace {
 
 // How long a thread that waits goes on looking before it sleeps. A frame of several planes, or frames back to back,
 // find the workers awake; a host that pauses for longer gets its processors back.
-constexpr std::chrono::microseconds lookOutTime{50};
+constexpr std::chrono::microseconds kLookOutTime{50};
 
 // Waits for the condition for that while, leaving the processor to whoever else can use it.
 template <class Condition>
 void LookOutFor(const Condition& condition) {
-    const auto end = std::chrono::steady_clock::now() + lookOutTime;
+    const auto end = std::chrono::steady_clock::now() + kLookOutTime;
     while (!condition() && std::chrono::steady_clock::now() < end) {
         std::this_thread::yield();
     }
@@ -25,69 +25,69 @@ void LookOutFor(const Condition& condition) {
 // The delegated constructor makes the pool complete before the first thread starts, so that a thread that fails to
 // start brings the destructor, which stops and joins the others.
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
-    workers.reserve(workerCount);
+    workers_.reserve(workerCount);
     const uint32_t processors = std::thread::hardware_concurrency();
-    workersLookOut = workerCount <= processors;
+    workersLookOut_ = workerCount <= processors;
     // The owner needs a processor to itself, or it would take a worker's.
-    ownerLooksOut = workerCount < processors;
+    ownerLooksOut_ = workerCount < processors;
     // Queues come one by one, so that a count beyond what the machine can run costs no more memory than the threads
     // that start.
     for (uint32_t i = 0; i < workerCount; ++i) {
-        Queue& queue = queues.emplace_back();
-        workers.emplace_back([this, &queue] { Work(queue); });
+        Queue& queue = queues_.emplace_back();
+        workers_.emplace_back([this, &queue] { Work(queue); });
     }
 }
 
 WorkPool::~WorkPool() {
-    for (size_t i = 0; i < workers.size(); ++i) {
-        queues[i].state = Stopped;
-        queues[i].state.notify_one();
-        workers[i].join();
+    for (size_t i = 0; i < workers_.size(); ++i) {
+        queues_[i].state = Stopped;
+        queues_[i].state.notify_one();
+        workers_[i].join();
     }
 }
 
 void WorkPool::DropBatch() {
-    for (Queue& queue : queues) {
+    for (Queue& queue : queues_) {
         queue.jobs.clear();
     }
-    nextQueue = 0;
-    enqueued = 0;
+    nextQueue_ = 0;
+    enqueued_ = 0;
 }
 
 void WorkPool::Wait() {
-    const size_t filled = std::min(enqueued, queues.size());
-    nextQueue = 0;
-    enqueued = 0;
-    errors.clear();
-    pending = static_cast<uint32_t>(filled);
+    const size_t filled = std::min(enqueued_, queues_.size());
+    nextQueue_ = 0;
+    enqueued_ = 0;
+    errors_.clear();
+    pending_ = static_cast<uint32_t>(filled);
     for (size_t i = 0; i < filled; ++i) {
-        queues[i].state = Ready;
+        queues_[i].state = Ready;
         if (i != 0) {
-            queues[i].state.notify_one();
+            queues_[i].state.notify_one();
         }
     }
     for (size_t i = 0; i < filled; ++i) {
-        RunIfReady(queues[i]);
+        RunIfReady(queues_[i]);
     }
     AwaitFinish();
-    if (!errors.empty()) {
-        std::rethrow_exception(errors.front());
+    if (!errors_.empty()) {
+        std::rethrow_exception(errors_.front());
     }
 }
 
 void WorkPool::AwaitFinish() {
-    if (ownerLooksOut) {
-        LookOutFor([this] { return pending == 0; });
+    if (ownerLooksOut_) {
+        LookOutFor([this] { return pending_ == 0; });
     }
-    for (uint32_t left = pending; left != 0; left = pending) {
-        pending.wait(left);
+    for (uint32_t left = pending_; left != 0; left = pending_) {
+        pending_.wait(left);
     }
 }
 
 void WorkPool::Work(Queue& queue) {
     const auto idle = [&queue] { return queue.state == Idle || queue.state == Taken; };
     for (;;) {
-        if (workersLookOut) {
+        if (workersLookOut_) {
             LookOutFor([&] { return !idle(); });
         }
         for (uint32_t state = queue.state; idle(); state = queue.state) {
@@ -107,8 +107,8 @@ bool WorkPool::RunIfReady(Queue& queue) {
     }
     RunJobs(queue);
     queue.state = Idle;
-    if (--pending == 0) {
-        pending.notify_one();
+    if (--pending_ == 0) {
+        pending_.notify_one();
     }
     return true;
 }
@@ -118,8 +118,8 @@ void WorkPool::RunJobs(Queue& queue) {
         try {
             job();
         } catch (const std::exception&) {
-            const std::lock_guard lock(mutex);
-            errors.push_back(std::current_exception());
+            const std::lock_guard lock(mutex_);
+            errors_.push_back(std::current_exception());
         }
     }
     queue.jobs.clear();

@@ -33,7 +33,7 @@ public:
     WorkPool(const WorkPool&) = delete;
     WorkPool& operator=(const WorkPool&) = delete;
 
-    uint32_t WorkerCount() const { return static_cast<uint32_t>(workers.size()); }
+    uint32_t WorkerCount() const { return static_cast<uint32_t>(workers_.size()); }
 
     // Adds a job to the batch; job i goes to the queue of worker i modulo the worker count. What the job refers to must
     // outlive the batch. When this throws (memory), the batch is dropped: no job of it will run.
@@ -61,30 +61,30 @@ private:
     void AwaitFinish();
     void DropBatch();
 
-    std::vector<std::thread> workers;
-    std::deque<Queue> queues;
-    size_t nextQueue = 0;
-    size_t enqueued = 0;
-    std::atomic<uint32_t> pending{0};  // queues of the released batch that have not ended
-    std::vector<std::exception_ptr> errors;
-    std::mutex mutex;             // guards errors while a batch runs
-    bool workersLookOut = false;  // whether threads that wait keep their processor for a while
-    bool ownerLooksOut = false;
+    std::vector<std::thread> workers_;
+    std::deque<Queue> queues_;
+    size_t nextQueue_ = 0;
+    size_t enqueued_ = 0;
+    std::atomic<uint32_t> pending_{0};  // queues of the released batch that have not ended
+    std::vector<std::exception_ptr> errors_;
+    std::mutex mutex_;             // guards errors while a batch runs
+    bool workersLookOut_ = false;  // whether threads that wait keep their processor for a while
+    bool ownerLooksOut_ = false;
 };
 
 template <class Callable>
 void WorkPool::Enqueue(Callable&& job) {
     try {
         // Room for every job's failure is made here, so that a worker never has to allocate to report one.
-        errors.reserve(enqueued + 1);
-        queues[nextQueue].jobs.emplace_back(std::forward<Callable>(job));
+        errors_.reserve(enqueued_ + 1);
+        queues_[nextQueue_].jobs.emplace_back(std::forward<Callable>(job));
     } catch (...) {
         // The jobs refer to locals of the frame that this failure unwinds, so they must not stay behind.
         DropBatch();
         throw;
     }
-    nextQueue = (nextQueue + 1) % queues.size();
-    ++enqueued;
+    nextQueue_ = (nextQueue_ + 1) % queues_.size();
+    ++enqueued_;
 }
 
 // Runs job(0) to job(count - 1) as one batch.

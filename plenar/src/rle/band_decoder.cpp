@@ -20,7 +20,7 @@ struct Decoders {
     RleDefect LeftToken(RleDecodeState& state) const {
         RleRun run = {};
         const RleDefect defect = RleReadTokenPlain<Sample>(state, run);
-        if (defect == RleDefect::kNone) {
+        if (defect == RleDefect::None) {
             write_run(state, run);
         }
         return defect;
@@ -38,11 +38,11 @@ Decoders<Sample> ActiveDecoders() {
 
 // Whether the fast decoder would have to read beyond the coded plane.
 bool NearEnd(const RleDecodeState& state) {
-    return state.position / 8 + RleDecodeWindow > state.stream_size;
+    return state.position / 8 + kRleDecodeWindow > state.stream_size;
 }
 
 // Room for what is left of a stream that is near its end, and zero bytes behind that for the fast decoder to read.
-using Tail = std::array<uint8_t, size_t{3} * RleDecodeWindow>;
+using Tail = std::array<uint8_t, size_t{3} * kRleDecodeWindow>;
 
 void MoveToTail(RleDecodeState& state, Tail& tail) {
     const uint64_t first = state.position / 8;
@@ -55,14 +55,14 @@ void MoveToTail(RleDecodeState& state, Tail& tail) {
 
 // Decodes with the fast decoder, and with the plain one what that leaves, while `go_on` says so.
 template <class Sample, class GoOn>
-RleDefect DecodeWhile(RleDecodeState& state, const Decoders<Sample>& decoders, const GoOn& go_on) {
-    RleDefect defect = RleDefect::kNone;
-    while (defect == RleDefect::kNone && state.remaining != 0 && go_on(state)) {
+RleDefect DecodeWhile(RleDecodeState& state, const Decoders<Sample>& decoders, const GoOn& goOn) {
+    RleDefect defect = RleDefect::None;
+    while (defect == RleDefect::None && state.remaining != 0 && goOn(state)) {
         decoders.one(state);
         if (state.position > state.stream_size * 8) {
-            return RleDefect::kStreamPastEnd;
+            return RleDefect::StreamPastEnd;
         }
-        if (state.remaining != 0 && go_on(state)) {
+        if (state.remaining != 0 && goOn(state)) {
             defect = decoders.LeftToken(state);
         }
     }
@@ -73,7 +73,7 @@ RleDefect DecodeWhile(RleDecodeState& state, const Decoders<Sample>& decoders, c
 template <class Sample>
 RleDefect DecodeRest(RleDecodeState& state, const Decoders<Sample>& decoders) {
     RleDefect defect = DecodeWhile(state, decoders, [](const RleDecodeState& s) { return !NearEnd(s); });
-    if (defect == RleDefect::kNone && state.remaining != 0) {
+    if (defect == RleDefect::None && state.remaining != 0) {
         Tail tail = {};
         MoveToTail(state, tail);
         defect = DecodeWhile(state, decoders, [](const RleDecodeState&) { return true; });
@@ -100,10 +100,10 @@ RleDecodeState StartBand(const RleBandJob& job) {
 
 template <class Sample>
 void FinishBand(RleBandJob& job, RleDecodeState& state, const Decoders<Sample>& decoders) {
-    if (job.defect == RleDefect::kNone) {
+    if (job.defect == RleDefect::None) {
         job.defect = DecodeRest(state, decoders);
     }
-    if (job.defect == RleDefect::kNone) {
+    if (job.defect == RleDefect::None) {
         SpreadRows(job.params, job.dst);
     }
 }
@@ -119,8 +119,8 @@ void DecodeTwo(RleBandJob& first, RleBandJob& second) {
     const Decoders<Sample> decoders = ActiveDecoders<Sample>();
     RleDecodeState a = StartBand<Sample>(first);
     RleDecodeState b = StartBand<Sample>(second);
-    RleDefect defect = RleDefect::kNone;
-    while (defect == RleDefect::kNone) {
+    RleDefect defect = RleDefect::None;
+    while (defect == RleDefect::None) {
         RleDecodeState& left = decoders.two(a, b);
         if (left.remaining == 0 || NearEnd(left)) {
             break;

@@ -27,40 +27,41 @@ template <class Sample>
 class BandDecoder {
 public:
     explicit BandDecoder(RleDecodeState& band)
-        : state(band),
-          stream(band.stream),
-          position(band.position),
-          window_end(band.readable < RleDecodeWindow ? 0 : (band.readable - RleDecodeWindow + 1) * 8),
-          dst(band.dst),
-          dst_end(band.dst + band.remaining * sizeof(Sample)),
-          room_end(band.remaining < kRoom ? band.dst : dst_end - (kRoom - 1) * sizeof(Sample)),
-          difference(band.prev1 - band.prev2) {}
+        : state_(band),
+          stream_(band.stream),
+          position_(band.position),
+          windowEnd_(band.readable < kRleDecodeWindow ? 0 : (band.readable - kRleDecodeWindow + 1) * 8),
+          dst_(band.dst),
+          dstEnd_(band.dst + band.remaining * sizeof(Sample)),
+          roomEnd_(band.remaining < kRoom ? band.dst : dstEnd_ - (kRoom - 1) * sizeof(Sample)),
+          difference_(band.prev1 - band.prev2) {}
 
     // One token whose samples don't go on from others that the band has in `dst`.
     bool DecodeFirst() {
-        return HasWindow() && dst != dst_end && DecodeAnyToken(Window(), kWindowBits, static_cast<Sample>(state.prev1));
+        return HasWindow() && dst_ != dstEnd_ &&
+               DecodeAnyToken(Window(), kWindowBits, static_cast<Sample>(state_.prev1));
     }
 
     // A few tokens. False if there isn't room for them, or a token has to be left. Call after DecodeFirst.
     RLE_INLINE bool DecodeSome() {
-        if (!HasWindow() || dst >= room_end) {
+        if (!HasWindow() || dst_ >= roomEnd_) {
             return false;
         }
         return DecodeWindow();
     }
 
     // Likewise, up to the band's end.
-    bool DecodeOne() { return HasWindow() && dst != dst_end && DecodeAnyToken(Window(), kWindowBits, LastSample()); }
+    bool DecodeOne() { return HasWindow() && dst_ != dstEnd_ && DecodeAnyToken(Window(), kWindowBits, LastSample()); }
 
     void SaveState() {
-        if (dst == state.dst) {
+        if (dst_ == state_.dst) {
             return;
         }
-        state.position = position;
-        state.remaining -= static_cast<uint64_t>(dst - state.dst) / sizeof(Sample);
-        state.dst = dst;
-        state.prev1 = LastSample();
-        state.prev2 = state.prev1 - difference;
+        state_.position = position_;
+        state_.remaining -= static_cast<uint64_t>(dst_ - state_.dst) / sizeof(Sample);
+        state_.dst = dst_;
+        state_.prev1 = LastSample();
+        state_.prev2 = state_.prev1 - difference_;
     }
 
 private:
@@ -70,17 +71,17 @@ private:
     static constexpr uint64_t kRoom = uint64_t{kRunLanes} * (kShortTokens + 1);
 
     // Whether two windows can be loaded one after the other, as DecodeSome may.
-    RLE_INLINE bool HasWindow() const { return position < window_end; }
+    RLE_INLINE bool HasWindow() const { return position_ < windowEnd_; }
 
     RLE_INLINE uint64_t Window() const {
         uint64_t word;
-        std::memcpy(&word, stream + position / 8, sizeof word);
-        return RleBigEndian(word) << (position % 8);
+        std::memcpy(&word, stream_ + position_ / 8, sizeof word);
+        return RleBigEndian(word) << (position_ % 8);
     }
 
     RLE_INLINE Sample LastSample() const {
         Sample sample;
-        std::memcpy(&sample, dst - sizeof sample, sizeof sample);
+        std::memcpy(&sample, dst_ - sizeof sample, sizeof sample);
         return sample;
     }
 
@@ -92,42 +93,42 @@ private:
             const TokenEntry entry = kTokenTable<Sample>.entries[bits >> (64 - kIndexBits)];
             if (entry.packed == 0) {
                 const uint32_t consumed = sum & TokenEntry::kLengths;
-                position += consumed;
+                position_ += consumed;
                 return DecodeAnyToken(bits, kWindowBits - consumed, LastSample());
             }
             sum += entry.packed;
             DecodeShortToken(entry, bits);
             bits <<= entry.Length();
         }
-        position += sum & TokenEntry::kLengths;
+        position_ += sum & TokenEntry::kLengths;
         return true;
     }
 
     RLE_INLINE void DecodeShortToken(TokenEntry entry, uint64_t bits) {
         if constexpr (sizeof(Sample) == 1) {
-            const uint32_t slope = difference & entry.SecondOrder();
+            const uint32_t slope = difference_ & entry.SecondOrder();
             const auto lanes = MultiplesOf(slope & 0xFF) + MultiplesOf(entry.Shape()) + LastSample();
-            std::memcpy(dst, &lanes, sizeof lanes);
-            difference = slope + entry.ToDifference();
+            std::memcpy(dst_, &lanes, sizeof lanes);
+            difference_ = slope + entry.ToDifference();
         } else {
             const uint32_t low = static_cast<uint32_t>(bits << entry.Known() >> entry.AboveLow());
             const Run<Sample> run = NextRun(LastSample(), RleUnfold(entry.High() + low), entry.SecondOrder());
-            run.StoreShort(dst);
-            difference = run.slope + run.curve * entry.Run();
+            run.StoreShort(dst_);
+            difference_ = run.slope + run.curve * entry.Run();
         }
-        dst += entry.Run() * sizeof(Sample);
+        dst_ += entry.Run() * sizeof(Sample);
     }
 
-    RLE_INLINE Run<Sample> NextRun(Sample last, uint32_t residual, uint32_t second_order) const {
-        const uint32_t slope = residual ^ ((residual ^ difference) & second_order);
-        return {last, static_cast<Sample>(slope), static_cast<Sample>(residual & second_order)};
+    RLE_INLINE Run<Sample> NextRun(Sample last, uint32_t residual, uint32_t secondOrder) const {
+        const uint32_t slope = residual ^ ((residual ^ difference_) & secondOrder);
+        return {last, static_cast<Sample>(slope), static_cast<Sample>(residual & secondOrder)};
     }
 
     // One token of any kind; the first `known` of `bits` are what the stream has next. Leaves it, with false, if that
     // is what the plain decoder must see to.
     RLE_INLINE bool DecodeAnyToken(uint64_t bits, uint32_t known, Sample last) {
         Token token;
-        const uint64_t room = static_cast<uint64_t>(dst_end - dst) / sizeof(Sample);
+        const uint64_t room = static_cast<uint64_t>(dstEnd_ - dst_) / sizeof(Sample);
         // Most tokens lie within what is known, and loading it again would take longer than all the rest.
         if (!Parse(bits, token) || token.length > known) {
             if (!Parse(Window(), token)) {
@@ -137,57 +138,57 @@ private:
         if (token.run > room) {
             return false;
         }
-        position += token.length;
+        position_ += token.length;
         const Run<Sample> run = NextRun(last, token.residual, token.second_order);
         if (token.run >= kRunLanes) {
             if (room - token.run >= run.kStretch) {
-                run.StoreLoosely(dst, token.run);
+                run.StoreLoosely(dst_, token.run);
             } else {
-                run.StoreLong(dst, token.run);
+                run.StoreLong(dst_, token.run);
             }
         } else if (room >= kRunLanes) {
-            run.StoreShort(dst);
+            run.StoreShort(dst_);
         } else {
-            run.StoreExact(dst, token.run);
+            run.StoreExact(dst_, token.run);
         }
-        difference = run.slope + run.curve * static_cast<uint32_t>(token.run);
-        dst += token.run * sizeof(Sample);
+        difference_ = run.slope + run.curve * static_cast<uint32_t>(token.run);
+        dst_ += token.run * sizeof(Sample);
         return true;
     }
 
     // False for a token that might not be whole in the window, a run of 0 among them.
     RLE_INLINE static bool Parse(uint64_t bits, Token& token) {
         constexpr uint32_t kMostZeros = (kWindowBits - 3 - 16) / 2;
-        const uint64_t run_bits = bits << 1;
-        if (run_bits >> (63 - kMostZeros) == 0) {
+        const uint64_t runBits = bits << 1;
+        if (runBits >> (63 - kMostZeros) == 0) {
             return false;
         }
-        const uint32_t zeros = static_cast<uint32_t>(__builtin_clzll(run_bits));
+        const uint32_t zeros = static_cast<uint32_t>(__builtin_clzll(runBits));
         token.second_order = 0U - static_cast<uint32_t>(bits >> 63);
-        token.run = run_bits << zeros >> (63 - zeros);
-        const uint32_t run_end = 2 * zeros + 2;
-        const uint64_t value_bits = bits << run_end;
-        const uint64_t code = value_bits << 1;
+        token.run = runBits << zeros >> (63 - zeros);
+        const uint32_t runEnd = 2 * zeros + 2;
+        const uint64_t valueBits = bits << runEnd;
+        const uint64_t code = valueBits << 1;
         uint32_t folded = static_cast<uint32_t>(code >> (64 - RleSample<Sample>::kBits));
-        token.length = run_end + 1 + RleSample<Sample>::kBits;
-        if (value_bits >> 63 != 0) {
+        token.length = runEnd + 1 + RleSample<Sample>::kBits;
+        if (valueBits >> 63 != 0) {
             const uint32_t ones = RleLeadingOnes(code >> 55);
-            const uint32_t low_bits = RleSample<Sample>::kShortBits;
-            folded = (ones << low_bits) + static_cast<uint32_t>(code << (ones + 1) >> (64 - low_bits));
-            token.length = run_end + 1 + ones + 1 + low_bits;
+            const uint32_t lowBits = RleSample<Sample>::kShortBits;
+            folded = (ones << lowBits) + static_cast<uint32_t>(code << (ones + 1) >> (64 - lowBits));
+            token.length = runEnd + 1 + ones + 1 + lowBits;
         }
         token.residual = RleUnfold(folded);
         return true;
     }
 
-    RleDecodeState& state;
-    const uint8_t* stream;
-    uint64_t position;    // bits consumed
-    uint64_t window_end;  // of the positions at which there is a window
-    uint8_t* dst;
-    uint8_t* dst_end;
-    uint8_t* room_end;    // of the places from which a few runs can be stored with all their lanes
-    uint32_t difference;  // of the last two samples; what stands above their width means nothing
+    RleDecodeState& state_;
+    const uint8_t* stream_;
+    uint64_t position_;   // bits consumed
+    uint64_t windowEnd_;  // of the positions at which there is a window
+    uint8_t* dst_;
+    uint8_t* dstEnd_;
+    uint8_t* roomEnd_;     // of the places from which a few runs can be stored with all their lanes
+    uint32_t difference_;  // of the last two samples; what stands above their width means nothing
 };
 
 template <class Sample>
@@ -206,15 +207,15 @@ template <class Sample>
 RleDecodeState& DecodeTokensOfTwo(RleDecodeState& first, RleDecodeState& second) {
     BandDecoder<Sample> a(first);
     BandDecoder<Sample> b(second);
-    bool first_goes_on = a.DecodeFirst();
-    bool second_goes_on = b.DecodeFirst();
-    while (first_goes_on && second_goes_on) {
-        first_goes_on = a.DecodeSome();
-        second_goes_on = b.DecodeSome();
+    bool firstGoesOn = a.DecodeFirst();
+    bool secondGoesOn = b.DecodeFirst();
+    while (firstGoesOn && secondGoesOn) {
+        firstGoesOn = a.DecodeSome();
+        secondGoesOn = b.DecodeSome();
     }
     a.SaveState();
     b.SaveState();
-    return first_goes_on ? second : first;
+    return firstGoesOn ? second : first;
 }
 
 template <class Sample>

@@ -8,9 +8,9 @@
 namespace plenar {
 
 template <class Sample>
-RleDecodeState RleStartBand(const uint8_t* stream, uint64_t stream_size, uint8_t* dst, uint64_t samples) {
+RleDecodeState RleStartBand(const uint8_t* stream, uint64_t streamSize, uint8_t* dst, uint64_t samples) {
     constexpr uint32_t kMiddle = RleSample<Sample>::kMiddle;
-    return {stream, stream_size, stream_size, 0, dst, samples, samples, kMiddle, kMiddle};
+    return {stream, streamSize, streamSize, 0, dst, samples, samples, kMiddle, kMiddle};
 }
 
 template <class Sample>
@@ -20,19 +20,19 @@ RleDefect RleReadTokenPlain(RleDecodeState& state, RleRun& run) {
     run.length = RleReadRunLength(reader);
     run.residual = RleUnfold(RleReadValue<Sample>(reader));
     if (reader.PastEnd()) {
-        return RleDefect::kStreamPastEnd;
+        return RleDefect::StreamPastEnd;
     }
     if (run.length > state.remaining) {
-        return RleDefect::kRunPastBand;
+        return RleDefect::RunPastBand;
     }
     // A run length of 0 has no code, but 32 zero bits and more read as one. It yields no sample, so that without this
     // limit a small plane could take as long as its payload is large.
     if (run.length == 0 && state.empty_runs-- == 0) {
-        return RleDefect::kEmptyRuns;
+        return RleDefect::EmptyRuns;
     }
     state.position = reader.Position();
     state.remaining -= run.length;
-    return RleDefect::kNone;
+    return RleDefect::None;
 }
 
 template <class Sample>

@@ -30,7 +30,7 @@ struct RleRun {
 };
 
 template <class Sample>
-RleDecodeState RleStartBand(const uint8_t* stream, uint64_t stream_size, uint8_t* dst, uint64_t samples);
+RleDecodeState RleStartBand(const uint8_t* stream, uint64_t streamSize, uint8_t* dst, uint64_t samples);
 
 // Reads one token, with all checks, and counts its samples as decoded.
 template <class Sample>
@@ -45,7 +45,7 @@ template <class Sample>
 RleDefect RleDecodeTokenPlain(RleDecodeState& state) {
     RleRun run = {};
     const RleDefect defect = RleReadTokenPlain<Sample>(state, run);
-    if (defect == RleDefect::kNone) {
+    if (defect == RleDefect::None) {
         RleWriteRunPlain<Sample>(state, run);
     }
     return defect;

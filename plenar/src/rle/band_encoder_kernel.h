@@ -18,16 +18,16 @@ namespace {
 template <class Sample>
 class BandEncoder {
 public:
-    BandEncoder(uint8_t* dst, const uint8_t* end) : writer{dst, end} {}
+    BandEncoder(uint8_t* dst, const uint8_t* end) : writer_{dst, end} {}
 
     // Codes `count` samples in a row, which follow the ones coded before.
     void EncodeSpan(const uint8_t* src, uint64_t count) {
         // The history of the first samples isn't in front of them.
         uint64_t done = EncodeStaged(src, count);
         while (count - done >= kBlock) {
-            if (runs.LastIsFlat() && position - runs.LastStart() >= kWorthSkipping) {
+            if (runs_.LastIsFlat() && position_ - runs_.LastStart() >= kWorthSkipping) {
                 const uint64_t flat = FlatSamples(src + done * sizeof(Sample), count - done);
-                position += static_cast<uint32_t>(flat);
+                position_ += static_cast<uint32_t>(flat);
                 done += flat;
                 if (count - done < kBlock) {
                     break;
@@ -38,16 +38,16 @@ public:
         }
         KeepHistory(src, count);
         if (done < count) {
-            std::memcpy(staging, src + (done - kHistory) * sizeof(Sample), (count - done + kHistory) * sizeof(Sample));
-            EncodeBlock(staging + kHistory * sizeof(Sample), static_cast<uint32_t>(count - done));
+            std::memcpy(staging_, src + (done - kHistory) * sizeof(Sample), (count - done + kHistory) * sizeof(Sample));
+            EncodeBlock(staging_ + kHistory * sizeof(Sample), static_cast<uint32_t>(count - done));
         }
     }
 
     // Writes the last tokens and returns the place behind the stream.
     uint8_t* Finish() {
-        runs.Close(position);
-        PutTokens<Sample, true>(writer, runs.Starts(), runs.Classes(), runs.Complete());
-        return writer.Flush();
+        runs_.Close(position_);
+        PutTokens<Sample, true>(writer_, runs_.Starts(), runs_.Classes(), runs_.Complete());
+        return writer_.Flush();
     }
 
 private:
@@ -56,18 +56,18 @@ private:
 
     uint64_t EncodeStaged(const uint8_t* src, uint64_t count) {
         const uint32_t lanes = count < kBlock ? static_cast<uint32_t>(count) : kBlock;
-        std::memcpy(staging, history, sizeof history);
-        std::memcpy(staging + sizeof history, src, lanes * sizeof(Sample));
-        EncodeBlock(staging + sizeof history, lanes);
+        std::memcpy(staging_, history_, sizeof history_);
+        std::memcpy(staging_ + sizeof history_, src, lanes * sizeof(Sample));
+        EncodeBlock(staging_ + sizeof history_, lanes);
         return lanes;
     }
 
     void KeepHistory(const uint8_t* src, uint64_t count) {
         if (count == 1) {
-            history[0] = history[1];
-            std::memcpy(&history[1], src, sizeof(Sample));
+            history_[0] = history_[1];
+            std::memcpy(&history_[1], src, sizeof(Sample));
         } else {
-            std::memcpy(history, src + (count - kHistory) * sizeof(Sample), sizeof history);
+            std::memcpy(history_, src + (count - kHistory) * sizeof(Sample), sizeof history_);
         }
     }
 
@@ -92,25 +92,25 @@ private:
     void EncodeBlock(const uint8_t* src, uint32_t count) {
         Block<Sample> block;
         Classify(src, block);
-        last_mode = block.modes >> (count - 1) & 1;
+        lastMode_ = block.modes >> (count - 1) & 1;
         if (block.starts != 0) {
             if (count < kBlock) {
                 block.starts &= (uint64_t{1} << count) - 1;
-                last_values = Splat(static_cast<Sample>(block.classes[count - 1]));
+                lastValues_ = Splat(static_cast<Sample>(block.classes[count - 1]));
             }
-            runs.Add(block, position);
-            if (runs.Complete() >= kBlock) {
+            runs_.Add(block, position_);
+            if (runs_.Complete() >= kBlock) {
                 PutBatch();
             }
         }
-        position += count;
+        position_ += count;
     }
 
     void Classify(const uint8_t* src, Block<Sample>& block) {
         constexpr size_t kVectors = kBlock / kLanes<Sample>;
         Vector<Sample> values[kVectors];
-        SignedVector<Sample> second_order[kVectors];
-        SignedVector<Sample> same_value[kVectors];
+        SignedVector<Sample> secondOrder[kVectors];
+        SignedVector<Sample> sameValue[kVectors];
         for (size_t i = 0; i < kVectors; ++i) {
             const uint8_t* place = src + i * kVectorBytes;
             const auto x = LoadLanes<Sample>(place);
@@ -120,21 +120,21 @@ private:
             const auto z1 = Fold(d1);
             const auto z2 = Fold(d1 - prev1 + prev2);
             const auto value = z1 < z2 ? z1 : z2;
-            second_order[i] = (value == z2) & (z1 != 0);
-            same_value[i] = value == ShiftIn<Sample>(last_values, value);
-            last_values = value;
+            secondOrder[i] = (value == z2) & (z1 != 0);
+            sameValue[i] = value == ShiftIn<Sample>(lastValues_, value);
+            lastValues_ = value;
             values[i] = value;
         }
-        block.modes = MaskOf64<Sample>(second_order);
-        block.starts = ~MaskOf64<Sample>(same_value) | (block.modes ^ (block.modes << 1 | last_mode));
+        block.modes = MaskOf64<Sample>(secondOrder);
+        block.starts = ~MaskOf64<Sample>(sameValue) | (block.modes ^ (block.modes << 1 | lastMode_));
         // The first run of the band may be of the class that the encoder begins with.
-        block.starts |= uint64_t{runs.IsEmpty()};
+        block.starts |= uint64_t{runs_.IsEmpty()};
         if (block.starts == 0) {
             return;
         }
         for (size_t i = 0; i < kVectors; ++i) {
             StoreInterleaved<Sample>(reinterpret_cast<uint8_t*>(block.classes) + 2 * i * kVectorBytes, values[i],
-                                     reinterpret_cast<Vector<Sample>>(second_order[i]));
+                                     reinterpret_cast<Vector<Sample>>(secondOrder[i]));
         }
     }
 
@@ -143,21 +143,21 @@ private:
     }
 
     [[gnu::noinline]] void PutBatch() {
-        if (writer.Room() < kBatchRoom) {
-            PutTokens<Sample, true>(writer, runs.Starts(), runs.Classes(), kBlock);
+        if (writer_.Room() < kBatchRoom) {
+            PutTokens<Sample, true>(writer_, runs_.Starts(), runs_.Classes(), kBlock);
         } else {
-            PutTokenBatch<Sample>(writer, runs);
+            PutTokenBatch<Sample>(writer_, runs_);
         }
-        runs.Drop();
+        runs_.Drop();
     }
 
-    TokenWriter writer;
-    uint32_t position = 0;         // of the next sample in the band; wraps
-    Vector<Sample> last_values{};  // the last lane is the value of the last sample classed
-    uint64_t last_mode = 0;        // and this its mode; before the first sample both are those of a middle sample
-    Sample history[kHistory] = {RleSample<Sample>::kMiddle, RleSample<Sample>::kMiddle};
-    uint8_t staging[(kHistory + kBlock) * sizeof(Sample)] = {};
-    RunQueue runs;
+    TokenWriter writer_;
+    uint32_t position_ = 0;        // of the next sample in the band; wraps
+    Vector<Sample> lastValues_{};  // the last lane is the value of the last sample classed
+    uint64_t lastMode_ = 0;        // and this its mode; before the first sample both are those of a middle sample
+    Sample history_[kHistory] = {RleSample<Sample>::kMiddle, RleSample<Sample>::kMiddle};
+    uint8_t staging_[(kHistory + kBlock) * sizeof(Sample)] = {};
+    RunQueue runs_;
 };
 
 template <class Sample>

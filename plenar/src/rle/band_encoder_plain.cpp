@@ -24,8 +24,8 @@ SampleClass ClassOf(Sample x, Sample prev1, Sample prev2) {
 }
 
 template <class Sample>
-void PutRun(RleBitWriter& writer, SampleClass run_class, uint32_t run) {
-    const RleToken token = RleMakeToken(run_class.mode, run, RleValueCode<Sample>(run_class.value));
+void PutRun(RleBitWriter& writer, SampleClass runClass, uint32_t run) {
+    const RleToken token = RleMakeToken(runClass.mode, run, RleValueCode<Sample>(runClass.value));
     writer.Put(token.bits, token.length);
 }
 
@@ -36,26 +36,26 @@ uint64_t RleEncodeBandPlain(const RleParams& band, const uint8_t* src, uint8_t* 
     RleBitWriter writer(dst);
     Sample prev1 = RleSample<Sample>::kMiddle;
     Sample prev2 = prev1;
-    SampleClass run_class{};
+    SampleClass runClass{};
     uint32_t run = 0;
     for (uint32_t row = 0; row < band.height; ++row) {
         const uint8_t* samples = src + row * RleRowStride(band);
         for (uint32_t i = 0; i < band.width; ++i) {
             Sample x;
             std::memcpy(&x, samples + i * sizeof x, sizeof x);
-            const SampleClass x_class = ClassOf(x, prev1, prev2);
-            if (run != 0 && x_class != run_class) {
-                PutRun<Sample>(writer, run_class, run);
+            const SampleClass xClass = ClassOf(x, prev1, prev2);
+            if (run != 0 && xClass != runClass) {
+                PutRun<Sample>(writer, runClass, run);
                 run = 0;
             }
-            run_class = x_class;
+            runClass = xClass;
             ++run;
             prev2 = prev1;
             prev1 = x;
         }
     }
     if (run != 0) {
-        PutRun<Sample>(writer, run_class, run);
+        PutRun<Sample>(writer, runClass, run);
     }
     return static_cast<uint64_t>(writer.Flush() - dst);
 }

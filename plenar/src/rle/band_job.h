@@ -18,6 +18,6 @@ struct RleBandJob {
     RleDefect defect;     // set by decoding
 };
 
-using RleBandJobs = std::array<RleBandJob, RleMaxBands>;
+using RleBandJobs = std::array<RleBandJob, kRleMaxBands>;
 
 }  // namespace plenar

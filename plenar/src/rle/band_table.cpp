@@ -21,10 +21,10 @@ RleDefect RleReadBandTable(const uint8_t* src, uint64_t size, RleBandTable& tabl
     RleBitReader reader(src, size);
     table.count = static_cast<uint32_t>(reader.Read(kCountBits));
     if (reader.PastEnd()) {
-        return RleDefect::kStreamPastEnd;
+        return RleDefect::StreamPastEnd;
     }
     RleDefect defect = RleReadIndexList(reader, table.sizes, table.count);
-    if (defect == RleDefect::kNone) {
+    if (defect == RleDefect::None) {
         defect = RleReadIndexList(reader, table.rows, table.count);
     }
     table.bytes = (reader.Position() + 7) / 8;

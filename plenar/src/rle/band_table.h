@@ -10,8 +10,8 @@ namespace plenar {
 
 struct RleBandTable {
     uint32_t count;
-    uint32_t sizes[RleMaxBands];  // bytes of a band's stream, as stated; see RleWriteIndexList for what may be lost
-    uint32_t rows[RleMaxBands];
+    uint32_t sizes[kRleMaxBands];  // bytes of a band's stream, as stated; see RleWriteIndexList for what may be lost
+    uint32_t rows[kRleMaxBands];
     uint64_t bytes;  // of the table; the first band's stream stands behind it
 };
 

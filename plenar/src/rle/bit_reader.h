@@ -12,13 +12,13 @@ namespace plenar {
 class RleBitReader {
 public:
     // Starts at bit `first_bit` of the `byte_count` bytes at `first`.
-    RleBitReader(const uint8_t* first, uint64_t byte_count, uint64_t first_bit = 0)
-        : begin(first), size(byte_count), position(first_bit) {}
+    RleBitReader(const uint8_t* first, uint64_t byteCount, uint64_t firstBit = 0)
+        : begin_(first), size_(byteCount), position_(firstBit) {}
 
     // The next `n` bits, 1 to 57.
-    uint64_t Peek(uint32_t n) const { return LoadWord() << (position % 8) >> (64 - n); }
+    uint64_t Peek(uint32_t n) const { return LoadWord() << (position_ % 8) >> (64 - n); }
 
-    void Skip(uint64_t n) { position += n; }
+    void Skip(uint64_t n) { position_ += n; }
 
     uint64_t Read(uint32_t n) {
         const uint64_t bits = Peek(n);
@@ -27,27 +27,27 @@ public:
     }
 
     // Bits from the first byte's first bit to the next one.
-    uint64_t Position() const { return position; }
+    uint64_t Position() const { return position_; }
 
     // Whether bits behind the end have been consumed.
-    bool PastEnd() const { return position > size * 8; }
+    bool PastEnd() const { return position_ > size_ * 8; }
 
 private:
     // The 8 bytes from the one that holds the next bit.
     uint64_t LoadWord() const {
-        const uint64_t byte = position / 8;
+        const uint64_t byte = position_ / 8;
         uint64_t word = 0;
-        if (byte + sizeof word <= size) {
-            std::memcpy(&word, begin + byte, sizeof word);
-        } else if (byte < size) {
-            std::memcpy(&word, begin + byte, size - byte);
+        if (byte + sizeof word <= size_) {
+            std::memcpy(&word, begin_ + byte, sizeof word);
+        } else if (byte < size_) {
+            std::memcpy(&word, begin_ + byte, size_ - byte);
         }
         return RleBigEndian(word);
     }
 
-    const uint8_t* begin;
-    uint64_t size;
-    uint64_t position;
+    const uint8_t* begin_;
+    uint64_t size_;
+    uint64_t position_;
 };
 
 }  // namespace plenar

@@ -21,44 +21,44 @@ static inline uint64_t RleBigEndian(uint64_t word) {
 // holds none of them.
 class RleBitWriter {
 public:
-    explicit RleBitWriter(uint8_t* first) : out(first) {}
+    explicit RleBitWriter(uint8_t* first) : out_(first) {}
 
     // Appends the low `n` bits of `value`; `n` from 1 to 64.
     void Put(uint64_t value, uint32_t n) {
         value &= RleBitMask(n);
-        const uint32_t t = used + n;
+        const uint32_t t = used_ + n;
         if (t < 64) {
-            acc |= value << 1 << (63 - t);
-            used = t;
+            acc_ |= value << 1 << (63 - t);
+            used_ = t;
             return;
         }
         const uint32_t over = t - 64;
-        StoreWord(acc | value >> over);
-        acc = over != 0 ? value << (64 - over) : 0;
-        used = over;
+        StoreWord(acc_ | value >> over);
+        acc_ = over != 0 ? value << (64 - over) : 0;
+        used_ = over;
     }
 
     // Writes out what is left, with zero bits up to the next byte, and returns the place behind the last byte.
     uint8_t* Flush() {
-        const uint64_t word = RleBigEndian(acc);
-        const uint32_t bytes = (used + 7) / 8;
-        std::memcpy(out, &word, bytes);
-        out += bytes;
-        acc = 0;
-        used = 0;
-        return out;
+        const uint64_t word = RleBigEndian(acc_);
+        const uint32_t bytes = (used_ + 7) / 8;
+        std::memcpy(out_, &word, bytes);
+        out_ += bytes;
+        acc_ = 0;
+        used_ = 0;
+        return out_;
     }
 
 private:
     void StoreWord(uint64_t word) {
         word = RleBigEndian(word);
-        std::memcpy(out, &word, sizeof word);
-        out += sizeof word;
+        std::memcpy(out_, &word, sizeof word);
+        out_ += sizeof word;
     }
 
-    uint8_t* out;
-    uint64_t acc = 0;   // filled from the most significant end
-    uint32_t used = 0;  // bits in acc, 0 to 63 between calls
+    uint8_t* out_;
+    uint64_t acc_ = 0;   // filled from the most significant end
+    uint32_t used_ = 0;  // bits in acc, 0 to 63 between calls
 };
 
 }  // namespace plenar

@@ -30,10 +30,10 @@ void PutGroup(RleBitWriter& writer, uint32_t run, uint32_t folded) {
     if (folded >= 1U << kRawBits) {
         throw out_of_range("values greater than 24bit is not supported by rle index table");
     }
-    const bool is_short = folded < kShortLimit;
-    const RleCode code = is_short ? RleShortCode(folded, kShortBits) : RleCode{folded, kRawBits};
+    const bool isShort = folded < kShortLimit;
+    const RleCode code = isShort ? RleShortCode(folded, kShortBits) : RleCode{folded, kRawBits};
     writer.Put(run, 2 * static_cast<uint32_t>(std::bit_width(run)) - 1);
-    writer.Put(is_short ? 1 : 0, 1);
+    writer.Put(isShort ? 1 : 0, 1);
     writer.Put(code.bits, code.length);
 }
 
@@ -83,17 +83,17 @@ RleDefect RleReadIndexList(RleBitReader& reader, uint32_t* out, uint32_t count) 
         const uint32_t step = RleUnfold(ReadFolded(reader));
         // Also what ends the loop for empty groups: each consumes bits.
         if (reader.PastEnd()) {
-            return RleDefect::kStreamPastEnd;
+            return RleDefect::StreamPastEnd;
         }
         if (run > count - filled) {
-            return RleDefect::kGroupPastList;
+            return RleDefect::GroupPastList;
         }
         for (uint64_t i = 0; i < run; ++i) {
             running += step;
             out[filled++] = running;
         }
     }
-    return RleDefect::kNone;
+    return RleDefect::None;
 }
 
 }  // namespace plenar

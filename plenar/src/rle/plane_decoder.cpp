@@ -11,13 +11,13 @@
 namespace plenar {
 namespace {
 
-void CheckBuffers(const RleParams& params, const uint8_t* src, const uint8_t* dst, uint64_t dst_size) {
+void CheckBuffers(const RleParams& params, const uint8_t* src, const uint8_t* dst, uint64_t dstSize) {
     RleCheckParams(params);
     if (src == nullptr || dst == nullptr) {
         throw invalid_argument("src and buffers required to be non-null");
     }
     // The size that callers plan with wraps at 32 bits; the true one must fit as well.
-    if (dst_size < RlePlainSize(params) || dst_size < RlePlainExtent(params)) {
+    if (dstSize < RlePlainSize(params) || dstSize < RlePlainExtent(params)) {
         throw invalid_argument("dst buffer is too small according to metadata");
     }
 }
@@ -27,48 +27,48 @@ RleDefect CheckRows(const RleBandTable& table, uint32_t height) {
     for (uint32_t band = 0; band < table.count; ++band) {
         rows += table.rows[band];
     }
-    return table.count == 0 || rows == height ? RleDefect::kNone : RleDefect::kRowSum;
+    return table.count == 0 || rows == height ? RleDefect::None : RleDefect::RowSum;
 }
 
 // The most bytes that a band's stream may take of the `rest` behind its start. Only its start counts on the stated
 // size, so a stream may go on into the next one, but no further than by an even share of the plane: many bands that all
 // read the same bytes would cost far more than the payload's size allows. The last one's size may not have survived the
 // table.
-uint64_t StreamLimit(const RleBandTable& table, uint32_t band, uint64_t src_size, uint64_t rest) {
-    const bool is_last = band + 1 == table.count;
-    return is_last ? rest : std::min(rest, table.sizes[band] + src_size / table.count);
+uint64_t StreamLimit(const RleBandTable& table, uint32_t band, uint64_t srcSize, uint64_t rest) {
+    const bool isLast = band + 1 == table.count;
+    return isLast ? rest : std::min(rest, table.sizes[band] + srcSize / table.count);
 }
 
 // Call after CheckRows, which keeps the bands' places inside `dst`.
-RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const uint8_t* src, uint64_t src_size,
+RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const uint8_t* src, uint64_t srcSize,
                     uint8_t* dst, RleBandJobs& jobs) {
     uint64_t start = table.bytes;
     for (uint32_t band = 0; band < table.count; ++band) {
-        if (start > src_size) {
-            return RleDefect::kBandStartPastEnd;
+        if (start > srcSize) {
+            return RleDefect::BandStartPastEnd;
         }
         RleBandJob& job = jobs[band];
-        job = {params, src + start, dst, 0, StreamLimit(table, band, src_size, src_size - start), RleDefect::kNone};
+        job = {params, src + start, dst, 0, StreamLimit(table, band, srcSize, srcSize - start), RleDefect::None};
         job.params.height = table.rows[band];
         start += table.sizes[band];
         dst += RleRowStride(params) * table.rows[band];
     }
-    return RleDefect::kNone;
+    return RleDefect::None;
 }
 
 // Whether to decode bands in pairs: where short runs follow one another, a band spends its time waiting for the next
 // token, and the other one's tokens come for free; long runs only get in each other's way, and small bands are over
 // before it pays. No worker is to be left without a band.
-bool DecodesInPairs(const RleParams& params, uint64_t coded_size, uint32_t bands, uint32_t workers) {
+bool DecodesInPairs(const RleParams& params, uint64_t codedSize, uint32_t bands, uint32_t workers) {
     constexpr uint64_t kMostSamplesPerByte = 12;
     constexpr uint64_t kFewestSamples = 1024;
     const uint64_t samples = uint64_t{params.width} * params.height;
     return bands >= 2 * std::max<uint64_t>(workers, 1) && samples / bands >= kFewestSamples &&
-           samples / kMostSamplesPerByte < coded_size;
+           samples / kMostSamplesPerByte < codedSize;
 }
 
-void DecodeBands(WorkPool& pool, RleBandJobs& jobs, uint32_t count, bool in_pairs) {
-    const uint32_t step = in_pairs ? 2 : 1;
+void DecodeBands(WorkPool& pool, RleBandJobs& jobs, uint32_t count, bool inPairs) {
+    const uint32_t step = inPairs ? 2 : 1;
     RleForEachBand(pool, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
         const uint32_t band = index * step;
         if (step == 2 && band + 1 < count) {
@@ -81,15 +81,15 @@ void DecodeBands(WorkPool& pool, RleBandJobs& jobs, uint32_t count, bool in_pair
 
 }  // namespace
 
-uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t src_size, uint8_t* dst,
-                        uint64_t dst_size) {
-    CheckBuffers(params, src, dst, dst_size);
+uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
+                        uint64_t dstSize) {
+    CheckBuffers(params, src, dst, dstSize);
     RleBandTable table;
-    RleThrowDefect(RleReadBandTable(src, src_size, table));
+    RleThrowDefect(RleReadBandTable(src, srcSize, table));
     RleThrowDefect(CheckRows(table, params.height));
     RleBandJobs jobs;
-    RleThrowDefect(PlaceJobs(params, table, src, src_size, dst, jobs));
-    DecodeBands(pool, jobs, table.count, DecodesInPairs(params, src_size, table.count, pool.WorkerCount()));
+    RleThrowDefect(PlaceJobs(params, table, src, srcSize, dst, jobs));
+    DecodeBands(pool, jobs, table.count, DecodesInPairs(params, srcSize, table.count, pool.WorkerCount()));
     // The first band's defect, not the first one found, so that the message doesn't depend on the workers.
     for (uint32_t band = 0; band < table.count; ++band) {
         RleThrowDefect(jobs[band].defect);
@@ -97,8 +97,8 @@ uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
     return RlePlainSize(params);
 }
 
-uint32_t RleStatedBands(const uint8_t* src, uint64_t src_size) {
-    return src_size == 0 ? 0 : src[0];
+uint32_t RleStatedBands(const uint8_t* src, uint64_t srcSize) {
+    return srcSize == 0 ? 0 : src[0];
 }
 
 }  // namespace plenar

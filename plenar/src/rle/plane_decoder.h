@@ -16,11 +16,11 @@ class WorkPool;
 // bounded by its size and theirs. Throws invalid_argument for bad parameters and buffers, and out_of_range for a plane
 // that leaves its bounds; what `dst` holds is undefined then. A plane that states no bands is taken, and leaves `dst`
 // as it was; see RleStatedBands.
-uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t src_size, uint8_t* dst,
-                        uint64_t dst_size);
+uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
+                        uint64_t dstSize);
 
 // The number of bands that a coded plane states, 0 to 255; also 0 if it is empty. A caller that hands out `dst` must
 // know of a 0, as nothing is written then.
-uint32_t RleStatedBands(const uint8_t* src, uint64_t src_size);
+uint32_t RleStatedBands(const uint8_t* src, uint64_t srcSize);
 
 }  // namespace plenar

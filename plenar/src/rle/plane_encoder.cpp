@@ -13,10 +13,10 @@ namespace plenar {
 namespace {
 
 RleParams BandOf(const RleParams& params, uint32_t band) {
-    RleParams band_params = params;
-    band_params.height = RleBandRows(params, band);
-    band_params.band_limit = 1;
-    return band_params;
+    RleParams bandParams = params;
+    bandParams.height = RleBandRows(params, band);
+    bandParams.band_limit = 1;
+    return bandParams;
 }
 
 uint64_t SamplesOf(const RleParams& params) {
@@ -32,17 +32,16 @@ uint64_t RoomForBands(const RleParams& params) {
     return size;
 }
 
-void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t src_size, const uint8_t* dst,
-                  uint64_t dst_size) {
+void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t srcSize, const uint8_t* dst, uint64_t dstSize) {
     RleCheckParams(params);
     if (src == nullptr || dst == nullptr) {
         throw invalid_argument("src and buffers required to be non-null");
     }
     // The sizes that callers plan with wrap at 32 bits; the true ones must fit as well.
-    if (src_size < RlePlainSize(params) || src_size < RlePlainExtent(params)) {
+    if (srcSize < RlePlainSize(params) || srcSize < RlePlainExtent(params)) {
         throw invalid_argument("src buffer is too small according to metadata");
     }
-    if (dst_size < RleMaxCodedSize(params) || dst_size < RoomForBands(params)) {
+    if (dstSize < RleMaxCodedSize(params) || dstSize < RoomForBands(params)) {
         throw invalid_argument("dst buffer is too small according to metadata");
     }
 }
@@ -50,18 +49,18 @@ void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t src_size
 void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, RleBandJobs& jobs) {
     dst += RleHeadReserve;
     for (uint32_t band = 0; band < RleBandCount(params); ++band) {
-        const RleParams band_params = BandOf(params, band);
-        jobs[band] = {band_params, src, dst, 0, 0, RleDefect::kNone};
-        src += RleRowStride(params) * band_params.height;
-        dst += RleMaxStreamSize(params, SamplesOf(band_params));
+        const RleParams bandParams = BandOf(params, band);
+        jobs[band] = {bandParams, src, dst, 0, 0, RleDefect::None};
+        src += RleRowStride(params) * bandParams.height;
+        dst += RleMaxStreamSize(params, SamplesOf(bandParams));
     }
 }
 
 }  // namespace
 
-uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t src_size, uint8_t* dst,
-                        uint64_t dst_size) {
-    CheckBuffers(params, src, src_size, dst, dst_size);
+uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
+                        uint64_t dstSize) {
+    CheckBuffers(params, src, srcSize, dst, dstSize);
     RleBandTable table;
     table.count = RleBandCount(params);
     RleBandJobs jobs;

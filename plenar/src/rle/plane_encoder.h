@@ -14,7 +14,7 @@ class WorkPool;
 // `src_size` is what can be read at `src`, at least RlePlainSize. `dst_size` is at least RleMaxCodedSize, whatever the
 // plane turns out to take, and all of that may be written. Throws invalid_argument for bad parameters and sizes, and
 // out_of_range for streams whose sizes the table can't hold.
-uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t src_size, uint8_t* dst,
-                        uint64_t dst_size);
+uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
+                        uint64_t dstSize);
 
 }  // namespace plenar

@@ -71,8 +71,8 @@ static constexpr RleCode RleValueCode(uint32_t value) {
 
 // The number of leading ones of a number of 9 bits. Nine ones count as eight, though all nine are skipped: no encoder
 // writes them, and a stream that holds them reads so.
-static inline uint32_t RleLeadingOnes(uint64_t nine_bits) {
-    const uint32_t zeros = ~static_cast<uint32_t>(nine_bits) & 0x1FF;
+static inline uint32_t RleLeadingOnes(uint64_t nineBits) {
+    const uint32_t zeros = ~static_cast<uint32_t>(nineBits) & 0x1FF;
     return zeros == 0 ? 8 : RleLeadingZeros(zeros) - 23;
 }
 
@@ -115,8 +115,8 @@ struct RleToken {
 // and a token ends at 64 bits: runs from 2^28 samples (8 bits) and 2^24 samples (16 bits) don't survive.
 static constexpr RleToken RleMakeToken(uint32_t mode, uint32_t run, RleCode code) {
     const uint32_t length = 2 * (32 - RleLeadingZeros(run)) + code.length;
-    const uint64_t mode_bit = length <= 64 ? uint64_t{mode} << (length - 1) : 0;
-    return {mode_bit | (run << code.length) | code.bits, length <= 64 ? length : 64};
+    const uint64_t modeBit = length <= 64 ? uint64_t{mode} << (length - 1) : 0;
+    return {modeBit | (run << code.length) | code.bits, length <= 64 ? length : 64};
 }
 
 }  // namespace plenar

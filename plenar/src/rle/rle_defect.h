@@ -6,16 +6,16 @@ namespace plenar {
 
 // What can be wrong with a coded plane.
 enum class RleDefect : uint8_t {
-    kNone,
-    kStreamPastEnd,
-    kRunPastBand,
-    kEmptyRuns,
-    kGroupPastList,
-    kBandStartPastEnd,
-    kRowSum,
+    None,
+    StreamPastEnd,
+    RunPastBand,
+    EmptyRuns,
+    GroupPastList,
+    BandStartPastEnd,
+    RowSum,
 };
 
-// Throws out_of_range with the defect's message; returns for kNone.
+// Throws out_of_range with the defect's message; returns for None.
 void RleThrowDefect(RleDefect defect);
 
 }  // namespace plenar

@@ -25,34 +25,34 @@ bool RunsAvx2Kernels() {
 }
 
 const RleKernels& BestKernels() {
-    return RunsAvx2Kernels() ? RleAvx2Kernels : RleBaselineKernels;
+    return RunsAvx2Kernels() ? kRleAvx2Kernels : kRleBaselineKernels;
 }
 
-std::atomic<const RleKernels*> chosen_kernels = nullptr;
+std::atomic<const RleKernels*> chosenKernels = nullptr;
 
 }  // namespace
 
 const RleKernels* RleFindKernels(RleKernelSet set) {
     switch (set) {
-        case RleKernelSet::kPlain:
+        case RleKernelSet::Plain:
             return &kPlainKernels;
-        case RleKernelSet::kBaseline:
-            return &RleBaselineKernels;
-        case RleKernelSet::kAvx2:
-            return RunsAvx2Kernels() ? &RleAvx2Kernels : nullptr;
-        case RleKernelSet::kBest:
+        case RleKernelSet::Baseline:
+            return &kRleBaselineKernels;
+        case RleKernelSet::Avx2:
+            return RunsAvx2Kernels() ? &kRleAvx2Kernels : nullptr;
+        case RleKernelSet::Best:
             return &BestKernels();
     }
     return nullptr;
 }
 
 const RleKernels& RleActiveKernels() {
-    const RleKernels* chosen = chosen_kernels.load(std::memory_order_relaxed);
+    const RleKernels* chosen = chosenKernels.load(std::memory_order_relaxed);
     return chosen != nullptr ? *chosen : BestKernels();
 }
 
 void RleChooseKernels(RleKernelSet set) {
-    chosen_kernels.store(RleFindKernels(set), std::memory_order_relaxed);
+    chosenKernels.store(RleFindKernels(set), std::memory_order_relaxed);
 }
 
 }  // namespace plenar

@@ -26,9 +26,9 @@ struct RleKernels {
 };
 
 // The bytes of a stream that must be readable for decode_tokens to decode something.
-inline constexpr uint32_t RleDecodeWindow = 24;
+inline constexpr uint32_t kRleDecodeWindow = 24;
 
-enum class RleKernelSet { kPlain, kBaseline, kAvx2, kBest };
+enum class RleKernelSet { Plain, Baseline, Avx2, Best };
 
 // A set of kernels, or null if the processor can't run it.
 const RleKernels* RleFindKernels(RleKernelSet set);

@@ -4,7 +4,7 @@
 
 namespace plenar {
 
-extern constexpr RleKernels RleAvx2Kernels = {
+extern constexpr RleKernels kRleAvx2Kernels = {
     EncodeBand<uint8_t>,        EncodeBand<uint16_t>,        DecodeTokens<uint8_t>, DecodeTokens<uint16_t>,
     DecodeTokensOfTwo<uint8_t>, DecodeTokensOfTwo<uint16_t>, WriteRun<uint8_t>,     WriteRun<uint16_t>};
 

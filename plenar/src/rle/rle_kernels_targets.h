@@ -5,7 +5,7 @@
 
 namespace plenar {
 
-extern const RleKernels RleBaselineKernels;
-extern const RleKernels RleAvx2Kernels;
+extern const RleKernels kRleBaselineKernels;
+extern const RleKernels kRleAvx2Kernels;
 
 }  // namespace plenar

@@ -14,11 +14,11 @@ struct RleParams {
 };
 
 // The most bands that a coded plane can have: their count is one byte.
-inline constexpr uint32_t RleMaxBands = 255;
+inline constexpr uint32_t kRleMaxBands = 255;
 
 // Room kept free for the rle index table while the bands are being coded: the size of its largest form, a band count
 // of 8 bits and two lists of 255 entries at 26 bits.
-inline constexpr uint32_t RleHeadReserve = (8 + 2 * RleMaxBands * 26 + 7) / 8;
+inline constexpr uint32_t RleHeadReserve = (8 + 2 * kRleMaxBands * 26 + 7) / 8;
 
 // Refuses a plane that can't be coded. Throws invalid_argument.
 void RleCheckParams(const RleParams& params);

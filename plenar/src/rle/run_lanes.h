@@ -125,11 +125,11 @@ struct Run {
 
     // Writes the last sample into `bytes` bytes, kFlatStep at least.
     void StoreFlat(uint8_t* dst, uint64_t bytes) const {
-        uint8_t* const last_step = dst + bytes - kFlatStep;
-        for (; dst < last_step; dst += kFlatStep) {
+        uint8_t* const lastStep = dst + bytes - kFlatStep;
+        for (; dst < lastStep; dst += kFlatStep) {
             StoreFlatStep(dst);
         }
-        StoreFlatStep(last_step);
+        StoreFlatStep(lastStep);
     }
 
     RLE_INLINE void StoreFlatStep(uint8_t* dst) const {

@@ -56,16 +56,16 @@ constexpr PlacesOfOnes kPlacesOfOnes;
 class RunQueue {
 public:
     // True before the band's first run only.
-    bool IsEmpty() const { return end == 0; }
+    bool IsEmpty() const { return end_ == 0; }
 
     // Runs that have ended, since another one has started behind them.
-    uint32_t Complete() const { return end - 1; }
+    uint32_t Complete() const { return end_ - 1; }
 
-    bool LastIsFlat() const { return classes[end - 1] == 0; }
-    uint32_t LastStart() const { return starts[end - 1]; }
+    bool LastIsFlat() const { return classes_[end_ - 1] == 0; }
+    uint32_t LastStart() const { return starts_[end_ - 1]; }
 
-    const uint32_t* Starts() const { return starts; }
-    const uint32_t* Classes() const { return classes; }
+    const uint32_t* Starts() const { return starts_; }
+    const uint32_t* Classes() const { return classes_; }
 
     // Adds the runs of a block whose first sample is the band's sample `position`. No more than kBlock
     // runs may be there yet.
@@ -80,19 +80,19 @@ public:
         {
             AddFew(block, position);
         }
-        end += count;
+        end_ += count;
     }
 
     // Ends the last run; no other can be added.
     void Close(uint32_t position) {
-        starts[end++] = position;
+        starts_[end_++] = position;
     }
 
     // Takes out the first kBlock runs.
     void Drop() {
-        end -= kBlock;
-        std::memcpy(starts, starts + kBlock, kBlock * sizeof *starts);
-        std::memcpy(classes, classes + kBlock, kBlock * sizeof *classes);
+        end_ -= kBlock;
+        std::memcpy(starts_, starts_ + kBlock, kBlock * sizeof *starts_);
+        std::memcpy(classes_, classes_ + kBlock, kBlock * sizeof *classes_);
     }
 
 private:
@@ -104,11 +104,11 @@ private:
     void AddFew(const Block<Sample>& block, uint32_t position) {
         constexpr uint64_t kTop = uint64_t{1} << (kBlock - 1);
         uint64_t rest = block.starts;
-        for (uint32_t next = end; rest != 0; next += kStep / 2) {
+        for (uint32_t next = end_; rest != 0; next += kStep / 2) {
             for (uint32_t i = 0; i < kStep / 2; ++i) {
                 const auto place = static_cast<uint32_t>(__builtin_ctzll(rest | kTop));
-                starts[next + i] = position + place;
-                classes[next + i] = block.classes[place];
+                starts_[next + i] = position + place;
+                classes_[next + i] = block.classes[place];
                 rest &= rest - 1;
             }
         }
@@ -117,30 +117,30 @@ private:
 #if defined(__AVX2__)
     template <class Sample>
     void AddMany(const Block<Sample>& block, uint32_t position) {
-        uint32_t next = end;
-        for (uint32_t first_lane = 0; first_lane < kBlock; first_lane += kStep) {
-            const auto ones = static_cast<uint8_t>(block.starts >> first_lane);
+        uint32_t next = end_;
+        for (uint32_t firstLane = 0; firstLane < kBlock; firstLane += kStep) {
+            const auto ones = static_cast<uint8_t>(block.starts >> firstLane);
             const __m256i places =
                 _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPlacesOfOnes.places[ones])));
             Vector<uint32_t> lanes;
             if constexpr (sizeof(Sample) == 1) {
-                lanes = reinterpret_cast<Vector<uint32_t>>(_mm256_cvtepu16_epi32(
-                    _mm_load_si128(reinterpret_cast<const __m128i*>(block.classes + first_lane))));
+                lanes = reinterpret_cast<Vector<uint32_t>>(
+                    _mm256_cvtepu16_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(block.classes + firstLane))));
             } else {
-                lanes = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(block.classes + first_lane));
+                lanes = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(block.classes + firstLane));
             }
-            StoreLanes(reinterpret_cast<uint8_t*>(classes + next),
+            StoreLanes(reinterpret_cast<uint8_t*>(classes_ + next),
                        _mm256_permutevar8x32_epi32(reinterpret_cast<__m256i>(lanes), places));
-            StoreLanes(reinterpret_cast<uint8_t*>(starts + next),
-                       reinterpret_cast<Vector<uint32_t>>(places) + (position + first_lane));
+            StoreLanes(reinterpret_cast<uint8_t*>(starts_ + next),
+                       reinterpret_cast<Vector<uint32_t>>(places) + (position + firstLane));
             next += static_cast<uint32_t>(__builtin_popcount(ones));
         }
     }
 #endif
 
-    uint32_t end = 0;
-    uint32_t starts[2 * kBlock + kStep];
-    uint32_t classes[2 * kBlock + kStep];
+    uint32_t end_ = 0;
+    uint32_t starts_[2 * kBlock + kStep];
+    uint32_t classes_[2 * kBlock + kStep];
 };
 
 }  // namespace

@@ -36,16 +36,16 @@ struct TokenEntry {
 
     // 8 bits: what the residual adds to the difference over the whole run; the place in StepMultiples of what it adds
     // to each sample, with the mode as its highest bit.
-    constexpr TokenEntry WithResidual(uint32_t residual, uint32_t to_difference) const {
-        return With(to_difference & 0xFF, 24).With(residual, 55);
+    constexpr TokenEntry WithResidual(uint32_t residual, uint32_t toDifference) const {
+        return With(toDifference & 0xFF, 24).With(residual, 55);
     }
     uint32_t ToDifference() const { return static_cast<uint32_t>(packed) >> 24; }
     uint64_t Shape() const { return packed >> 55; }
 
     // 16 bits: how many bits stand before the value's low ones, which are in no table; the shift that leaves those
     // alone at the bottom; what is to be added to them.
-    constexpr TokenEntry WithLowBits(uint32_t known, uint32_t low_bits, uint32_t high) const {
-        return With(known, 16).With(64 - low_bits, 24).With(high, 32);
+    constexpr TokenEntry WithLowBits(uint32_t known, uint32_t lowBits, uint32_t high) const {
+        return With(known, 16).With(64 - lowBits, 24).With(high, 32);
     }
     uint32_t Known() const { return packed >> 16 & 0x3F; }
     uint32_t AboveLow() const { return packed >> 24 & 0x3F; }
@@ -67,30 +67,30 @@ struct TokenTable {
     static constexpr TokenEntry EntryOf(uint32_t bits) {
         using Traits = RleSample<Sample>;
         const uint32_t zeros = RleLeadingZeros(bits << 1);
-        const uint32_t run_end = 2 * zeros + 2;
-        if (run_end >= kIndexBits) {
+        const uint32_t runEnd = 2 * zeros + 2;
+        if (runEnd >= kIndexBits) {
             return {};
         }
         const uint32_t run = bits << (1 + zeros) >> (31 - zeros);
-        const uint32_t value_bits = bits << run_end;
-        const bool is_short = value_bits >> 31 != 0;
-        const uint32_t ones = is_short ? RleLeadingZeros(~(value_bits << 1)) : 0;
-        const uint32_t known = run_end + 1 + (is_short ? ones + 1 : 0);
+        const uint32_t valueBits = bits << runEnd;
+        const bool isShort = valueBits >> 31 != 0;
+        const uint32_t ones = isShort ? RleLeadingZeros(~(valueBits << 1)) : 0;
+        const uint32_t known = runEnd + 1 + (isShort ? ones + 1 : 0);
         if (run >= kRunLanes || known > kIndexBits || ones > 8) {
             return {};
         }
-        const uint32_t low_bits = is_short ? Traits::kShortBits : Traits::kBits;
+        const uint32_t lowBits = isShort ? Traits::kShortBits : Traits::kBits;
         const uint32_t high = ones << Traits::kShortBits;
-        const uint32_t length = known + low_bits;
+        const uint32_t length = known + lowBits;
         const uint32_t mode = bits >> 31;
         const TokenEntry entry(length, run, mode);
         if (sizeof(Sample) > 1) {
-            return entry.WithLowBits(known, low_bits, high);
+            return entry.WithLowBits(known, lowBits, high);
         }
         if (length > kIndexBits) {
             return {};
         }
-        const uint32_t low = bits << known >> (32 - low_bits);
+        const uint32_t low = bits << known >> (32 - lowBits);
         const uint8_t residual = RleUnfold(static_cast<uint8_t>(high + low));
         return entry.WithResidual(residual, residual * (mode == 0 ? 1 : run));
     }

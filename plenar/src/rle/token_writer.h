@@ -12,49 +12,49 @@ namespace {
 // above them has been, and drops out at the top in time.
 class TokenWriter {
 public:
-    TokenWriter(uint8_t* first, const uint8_t* room_end) : out(first), end(room_end) {}
+    TokenWriter(uint8_t* first, const uint8_t* roomEnd) : out_(first), end_(roomEnd) {}
 
-    int64_t Room() const { return end - out; }
+    int64_t Room() const { return end_ - out_; }
 
-    // Appends up to 57 bits, and at least one. Without kExact there must be room for 8 bytes.
-    template <bool kExact>
+    // Appends up to 57 bits, and at least one. Without Exact there must be room for 8 bytes.
+    template <bool Exact>
     void Put(uint64_t bits, uint32_t length) {
-        acc = acc << length | bits;
-        used += length;
-        const uint64_t word = RleBigEndian(acc << (64 - used));
-        const uint32_t bytes = used / 8;
-        if constexpr (kExact) {
-            std::memcpy(out, &word, bytes);
+        acc_ = acc_ << length | bits;
+        used_ += length;
+        const uint64_t word = RleBigEndian(acc_ << (64 - used_));
+        const uint32_t bytes = used_ / 8;
+        if constexpr (Exact) {
+            std::memcpy(out_, &word, bytes);
         } else {
-            std::memcpy(out, &word, sizeof word);
+            std::memcpy(out_, &word, sizeof word);
         }
-        out += bytes;
-        used %= 8;
+        out_ += bytes;
+        used_ %= 8;
     }
 
-    template <bool kExact>
+    template <bool Exact>
     void Put(RleToken token) {
         if (token.length > 32) {
-            Put<kExact>(token.bits >> 32, token.length - 32);
-            Put<kExact>(token.bits & 0xFFFFFFFF, 32);
+            Put<Exact>(token.bits >> 32, token.length - 32);
+            Put<Exact>(token.bits & 0xFFFFFFFF, 32);
         } else {
-            Put<kExact>(token.bits, token.length);
+            Put<Exact>(token.bits, token.length);
         }
     }
 
     // Writes what is left, and returns the place behind the last byte.
     uint8_t* Flush() {
-        if (used != 0) {
-            *out++ = static_cast<uint8_t>(acc << (8 - used));
+        if (used_ != 0) {
+            *out_++ = static_cast<uint8_t>(acc_ << (8 - used_));
         }
-        return out;
+        return out_;
     }
 
 private:
-    uint8_t* out;
-    const uint8_t* end;
-    uint64_t acc = 0;
-    uint32_t used = 0;  // less than 8 between calls
+    uint8_t* out_;
+    const uint8_t* end_;
+    uint64_t acc_ = 0;
+    uint32_t used_ = 0;  // less than 8 between calls
 };
 
 // What a batch of kBlock tokens of any length and the width of the last store can take.
@@ -85,7 +85,7 @@ inline RleCode CodeOf(uint32_t value) {
 }
 
 // The tokens of the first runs of the queue, one by one.
-template <class Sample, bool kExact>
+template <class Sample, bool Exact>
 inline void PutTokens(TokenWriter& writer, const uint32_t* starts, const uint32_t* classes, uint32_t count) {
     constexpr uint32_t kBits = RleSample<Sample>::kBits;
     constexpr uint32_t kShortRun = 1U << 12;  // runs below have tokens for a single Put
@@ -95,9 +95,9 @@ inline void PutTokens(TokenWriter& writer, const uint32_t* starts, const uint32_
         const uint32_t run = starts[i + 1] - starts[i];
         if (run < kShortRun) {
             const uint32_t length = 2 * (32 - static_cast<uint32_t>(__builtin_clz(run))) + code.length;
-            writer.Put<kExact>(uint64_t{mode} << (length - 1) | run << code.length | code.bits, length);
+            writer.Put<Exact>(uint64_t{mode} << (length - 1) | run << code.length | code.bits, length);
         } else {
-            writer.Put<kExact>(RleMakeToken(mode, run, code));
+            writer.Put<Exact>(RleMakeToken(mode, run, code));
         }
     }
 }
@@ -112,43 +112,43 @@ template <class Sample>
 inline bool PutInPairs(TokenWriter& writer, const uint32_t* starts, const uint32_t* classes) {
     using Traits = RleSample<Sample>;
     using Lanes = Vector<uint32_t>;
-    const Lanes starts_here = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts));
-    const Lanes run = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts + 1)) - starts_here;
-    const Lanes run_class = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(classes));
-    const Lanes value = run_class & ((1U << Traits::kBits) - 1);
-    const Lanes mode = run_class >> Traits::kBits & 1;
+    const Lanes startsHere = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts));
+    const Lanes run = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts + 1)) - startsHere;
+    const Lanes runClass = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(classes));
+    const Lanes value = runClass & ((1U << Traits::kBits) - 1);
+    const Lanes mode = runClass >> Traits::kBits & 1;
 
     // A raw code is as long as a short one with one bit more than the largest can have in front.
     constexpr uint32_t kRaw = Traits::kShortLimit >> Traits::kShortBits;
     const Lanes hi = value >> Traits::kShortBits;
     const Lanes ones = hi < kRaw ? hi : Splat(kRaw);
     const Lanes prefix = (Splat(4U << Traits::kShortBits) << ones) - (2U << Traits::kShortBits);
-    const Lanes short_code = prefix | (value & ((1U << Traits::kShortBits) - 1));
-    const Lanes code = hi < kRaw ? short_code : value;
-    const Lanes code_length = ones + Traits::kShortBits + 2;
+    const Lanes shortCode = prefix | (value & ((1U << Traits::kShortBits) - 1));
+    const Lanes code = hi < kRaw ? shortCode : value;
+    const Lanes codeLength = ones + Traits::kShortBits + 2;
 
     // The exponent of a floating-point number is that of its highest bit. Too large for runs that are rounded up, but
     // those are too long in any case.
     const auto exponent = reinterpret_cast<Lanes>(_mm256_cvtepi32_ps(reinterpret_cast<__m256i>(run))) >> 23;
-    const Lanes length = 2 * (exponent - 126) + code_length;
-    const Lanes token = mode << (length - 1) | run << code_length | code;
+    const Lanes length = 2 * (exponent - 126) + codeLength;
+    const Lanes token = mode << (length - 1) | run << codeLength | code;
 
     using Pairs = Vector<uint64_t>;
-    const Pairs second_length = reinterpret_cast<Pairs>(length) >> 32;
-    const Pairs pair_length = (reinterpret_cast<Pairs>(length) & 0xFFFFFFFF) + second_length;
+    const Pairs secondLength = reinterpret_cast<Pairs>(length) >> 32;
+    const Pairs pairLength = (reinterpret_cast<Pairs>(length) & 0xFFFFFFFF) + secondLength;
     const Pairs pair =
-        (reinterpret_cast<Pairs>(token) & 0xFFFFFFFF) << second_length | reinterpret_cast<Pairs>(token) >> 32;
-    if (!AllSet(length <= 32) || !AllSet(reinterpret_cast<Lanes>(pair_length) <= kMostBits)) {
+        (reinterpret_cast<Pairs>(token) & 0xFFFFFFFF) << secondLength | reinterpret_cast<Pairs>(token) >> 32;
+    if (!AllSet(length <= 32) || !AllSet(reinterpret_cast<Lanes>(pairLength) <= kMostBits)) {
         return false;
     }
     for (uint32_t i = 0; i < kTokens / 2; i += 2) {
-        const auto first_length = static_cast<uint32_t>(pair_length[i]);
-        const auto both_lengths = first_length + static_cast<uint32_t>(pair_length[i + 1]);
-        if (sizeof(Sample) == 1 && both_lengths <= kMostBits) {
-            writer.Put<false>(pair[i] << pair_length[i + 1] | pair[i + 1], both_lengths);
+        const auto firstLength = static_cast<uint32_t>(pairLength[i]);
+        const auto bothLengths = firstLength + static_cast<uint32_t>(pairLength[i + 1]);
+        if (sizeof(Sample) == 1 && bothLengths <= kMostBits) {
+            writer.Put<false>(pair[i] << pairLength[i + 1] | pair[i + 1], bothLengths);
         } else {
-            writer.Put<false>(pair[i], first_length);
-            writer.Put<false>(pair[i + 1], both_lengths - first_length);
+            writer.Put<false>(pair[i], firstLength);
+            writer.Put<false>(pair[i + 1], bothLengths - firstLength);
         }
     }
     return true;
