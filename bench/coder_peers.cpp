@@ -16,11 +16,11 @@ namespace {
 #if PLENAR_BENCH_LZ4
 
 struct Lz4Buffers {
-    explicit Lz4Buffers(const std::vector<uint8_t>& plain)
-        : plain(reinterpret_cast<const char*>(plain.data())),
-          plainBytes(static_cast<int>(plain.size())),
+    explicit Lz4Buffers(const std::vector<uint8_t>& samples)
+        : plain(reinterpret_cast<const char*>(samples.data())),
+          plainBytes(static_cast<int>(samples.size())),
           coded(static_cast<size_t>(LZ4_compressBound(plainBytes))),
-          decoded(plain.size()) {}
+          decoded(samples.size()) {}
 
     bool Encode() {
         codedBytes = LZ4_compress_default(plain, coded.data(), plainBytes, static_cast<int>(coded.size()));
@@ -42,8 +42,8 @@ struct Lz4Buffers {
 constexpr int kZstdLevel = 1;
 
 struct ZstdBuffers {
-    explicit ZstdBuffers(const std::vector<uint8_t>& plain)
-        : plain(plain), coded(ZSTD_compressBound(plain.size())), decoded(plain.size()) {}
+    explicit ZstdBuffers(const std::vector<uint8_t>& samples)
+        : plain(samples), coded(ZSTD_compressBound(samples.size())), decoded(samples.size()) {}
 
     bool Encode() {
         codedBytes =

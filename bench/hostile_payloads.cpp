@@ -6,7 +6,7 @@
 #include <random>
 
 #include "container/box_layout.h"
-#include "container/plane_type.h"
+#include "format/plane_type.h"
 #include "rle/band_table.h"
 #include "rle/bit_writer.h"
 

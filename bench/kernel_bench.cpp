@@ -11,8 +11,7 @@
 #include "frame_work.h"
 #include "matte_contents.h"
 #include "measurement.h"
-#include "plenar/cpu_features.h"
-#include "rle/rle_kernels.h"
+#include "simd/target.h"
 
 namespace plenar_bench {
 
@@ -24,19 +23,6 @@ using plenar::RowKernels;
 constexpr size_t kRowBytes = size_t{256} * 1024;  // read plus written
 constexpr size_t kFarPart = kRowBytes;            // where the second part of a plane row stands
 constexpr plenar::Reordering kInOrder;            // samples stand in the caller's row as in the plane's
-
-struct NamedSet {
-    const char* name;
-    const RowKernels* kernels;
-};
-
-std::vector<NamedSet> RunnableSets() {
-    std::vector<NamedSet> sets = {{"plain", &plenar::kPlainRowKernels}, {"ssse3", &plenar::kSsse3RowKernels}};
-    if (plenar::DetectedCpuFeatures().hasAvx2) {
-        sets.push_back({"avx2", &plenar::kAvx2RowKernels});
-    }
-    return sets;
-}
 
 // `unitBytes` are read plus written for one of the kernel's units, and units come by `block`.
 struct KernelCase {
@@ -104,8 +90,9 @@ void AddRowKernels() {
             static_cast<size_t>(static_cast<double>(kRowBytes) / kernel.unitBytes) / kernel.block * kernel.block;
         const auto moved = static_cast<size_t>(static_cast<double>(units) * kernel.unitBytes);
         Measure(prefix + "memcpy", [=] { return MemcpyWork(moved, Direction::Encode); });
-        for (const NamedSet& set : RunnableSets()) {
-            Measure(prefix + set.name, [=, run = kernel.run, kernels = set.kernels]() -> Work {
+        for (const plenar::Target target : plenar::RunnableTargets()) {
+            const RowKernels* kernels = &plenar::RowKernelsFor(target);
+            Measure(prefix + NameOf(target), [=, run = kernel.run]() -> Work {
                 const uint8_t* src = PictureMemory(2 * kRowBytes);
                 uint8_t* dst = PayloadMemory(2 * kRowBytes);
                 return {[=] {
@@ -118,29 +105,19 @@ void AddRowKernels() {
     }
 }
 
-// The band coders work inside frames, with the set that is chosen for the process.
+// The band coders work inside frames, on the target that is forced for the process.
 void AddBandCoders() {
-    using plenar::RleKernelSet;
-    struct NamedCoder {
-        const char* name;
-        RleKernelSet set;
-    };
-    constexpr NamedCoder kCoders[] = {
-        {"plain", RleKernelSet::Plain}, {"baseline", RleKernelSet::Baseline}, {"avx2", RleKernelSet::Avx2}};
     constexpr PictureSize kSize = {480, 270};
     const Frame frame = {{PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8}, kSize, true};
     for (const Matte matte : {Matte::Flat, Matte::Shapes, Matte::SoftEdges, Matte::Glyphs, Matte::Noise}) {
         for (const Direction direction : {Direction::Encode, Direction::Decode}) {
-            for (const NamedCoder& coder : kCoders) {
-                if (plenar::RleFindKernels(coder.set) == nullptr) {
-                    continue;
-                }
+            for (const plenar::Target target : plenar::RunnableTargets()) {
                 const std::string prefix = "kernels/L2/t1/rle-" + NameOf(matte) + "-" + NameOf(direction) + "/";
-                Measure(prefix + coder.name, [=]() -> Work {
+                Measure(prefix + NameOf(target), [=]() -> Work {
                     Work work = FrameWork(frame, direction, 1, MatteSamples(matte, kSize, 8));
-                    const std::shared_ptr<void> back(nullptr,
-                                                     [](void*) { plenar::RleChooseKernels(RleKernelSet::Best); });
-                    plenar::RleChooseKernels(coder.set);
+                    const std::shared_ptr<void> back(
+                        nullptr, [](void*) { plenar::ForceTarget(plenar::RunnableTargets().back()); });
+                    plenar::ForceTarget(target);
                     return {[run = work.run, back] { return run(); }, work.bytes};
                 });
             }

@@ -87,15 +87,15 @@ void Measure(const std::string& name, std::function<Work()> prepare, Clock clock
 void MeasureAfter(const std::string& name, std::function<Work()> prepare, std::function<void()> between) {
     benchmark::RegisterBenchmark(name.c_str(), [prepare = std::move(prepare),
                                                 between = std::move(between)](benchmark::State& state) {
-        using Clock = std::chrono::steady_clock;
+        using SteadyClock = std::chrono::steady_clock;
         const Work work = prepare();
         bool good = WarmUp(work);
         for ([[maybe_unused]] auto _ : state) {
             between();
-            const Clock::time_point start = Clock::now();
+            const SteadyClock::time_point start = SteadyClock::now();
             good = work.run() && good;
             benchmark::ClobberMemory();
-            state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+            state.SetIterationTime(std::chrono::duration<double>(SteadyClock::now() - start).count());
         }
         Report(state, work, good);
     })->UseManualTime();

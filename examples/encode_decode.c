@@ -4,14 +4,14 @@
 #include <stdlib.h>
 #include <string.h>
 
-static void PrintMessage(const char* message, void* userData) {
-    fprintf(userData, "PlenarSDK: %s\n", message);
+static void print_message(const char* message, void* user_data) {
+    fprintf(user_data, "PlenarSDK: %s\n", message);
 }
 
 int main(void) {
     const UncompressedParams picture = {sizeof picture, PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 640, 360, 0, 0, 0};
     const CompressedParams options = {.size = sizeof options, .alphaRle = 1};
-    const CreateParams create = {sizeof create, 2 /* threads */, stderr, PrintMessage};
+    const CreateParams create = {sizeof create, 2 /* threads */, stderr, print_message};
     const uint32_t size = Plenar_GetUncompressedBufSize(&picture);
     const uint32_t limit = Plenar_GetCompressedBufSize(&picture, &options);
     unsigned char *source = malloc(size), *payload = malloc(limit), *decoded = malloc(size);

@@ -5,9 +5,8 @@
 #include <string>
 
 #include "codec_fixture.h"
-#include "conversion/row_kernels.h"
 #include "exact_buffer.h"
-#include "rle/rle_kernels.h"
+#include "simd/target.h"
 
 namespace plenar_fuzz {
 
@@ -50,22 +49,16 @@ inline CompressedParams TakeOptions(FuzzInput& input) {
     return plenar_test::MakeCompressed(codesAlpha, input.Byte());
 }
 
-constexpr uint32_t kBestKernels = 0;
-constexpr uint32_t kPlainKernels = 1;
-constexpr uint32_t kBaselineKernels = 2;
-
-inline void UseKernels(uint32_t set) {
-    constexpr const plenar::RowKernels* kRowKernels[] = {nullptr, &plenar::kPlainRowKernels, &plenar::kSsse3RowKernels};
-    constexpr plenar::RleKernelSet kRleKernels[] = {plenar::RleKernelSet::Best, plenar::RleKernelSet::Plain,
-                                                    plenar::RleKernelSet::Baseline};
-    plenar::ForceRowKernels(kRowKernels[set]);
-    plenar::RleChooseKernels(kRleKernels[set]);
+// The targets from the best one down, over and over.
+inline void UseTarget(uint32_t choice) {
+    const auto targets = plenar::RunnableTargets();
+    plenar::ForceTarget(targets[targets.size() - 1 - choice % targets.size()]);
 }
 
 // How a call is made that must give the same as any other way.
 struct Way {
     uint32_t codec = 0;
-    uint32_t kernels = kBestKernels;
+    uint32_t target = 0;  // see UseTarget
     uint32_t places = 0;  // of the source and of the target
     uint8_t fill = 0;     // of an encode's target, and of a decode's by choice
 };
@@ -94,10 +87,10 @@ Outcome CallOn(Codec& codec, const Way& way, const Bytes& source, const Bytes& b
     const ExactBuffer dst(before, way.places / 3);
     Outcome outcome;
     const uint32_t notWritten = outcome.written;
-    UseKernels(way.kernels);
+    UseTarget(way.target);
     outcome.message = codec.Outcome(call(src.data(), static_cast<uint32_t>(src.size()), dst.data(),
                                          static_cast<uint32_t>(dst.size()), &outcome.written));
-    UseKernels(kBestKernels);
+    UseTarget(0);
     outcome.target = dst.Content();
     Require(src.Content() == source, "a source stays as it is");
     Require(!outcome.message.starts_with("code "), "a failure has one message, told on its own thread");

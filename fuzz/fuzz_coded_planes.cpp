@@ -142,8 +142,8 @@ void RequireSameCodes(const CodedPlane& plane, uint32_t workers) {
         std::copy_n(&plane.plain[row * tight], tight, &padded[row * stride]);
     }
     Bytes coded;
-    for (const auto set : rle_tests::KernelSets()) {
-        const rle_tests::ChosenKernels chosen(set);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        const rle_tests::ForcedTarget forced(target);
         const Bytes other = std::exchange(coded, rle_tests::Encode(plane.params, padded, workers));
         Require(other.empty() || other == coded, "all encoders write the same bytes");
     }
@@ -162,8 +162,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const CodedPlane plane = TakePlane(input);
     const Bytes coded = isDamaged ? Damage(damage, plane) : plane.Join();
     Bytes decoded;
-    for (const auto set : rle_tests::KernelSets()) {
-        const rle_tests::ChosenKernels chosen(set);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        const rle_tests::ForcedTarget forced(target);
         const Bytes other = std::exchange(decoded, Decode(plane.params, coded, workers));
         Require(other.empty() || other == decoded, "all decoders agree");
     }

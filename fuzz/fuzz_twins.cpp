@@ -1,20 +1,21 @@
 // The fast kernels of rows against their plain twins, by way of the code that calls them: any content and width at any
 // place, in buffers that end where the row does. The twins of coded planes meet in fuzz_coded_planes.cpp.
-#include "container/format_map.h"
 #include "conversion/convert_rows.h"
+#include "conversion/row_kernels.h"
+#include "format/format_planes.h"
+#include "format/picture_layout.h"
+#include "frame/picture_planes.h"
 #include "frame_calls.h"
-#include "plenar/params.h"
-#include "plenar/picture_planes.h"
 
 namespace plenar_fuzz {
 namespace {
 
 template <class Run>
 void RequireTwins(const Run& run) {
-    UseKernels(kPlainKernels);
+    plenar::ForceTarget(plenar::Target::Plain);
     const Bytes expected = run();
-    for (const uint32_t set : {kBaselineKernels, kBestKernels}) {
-        UseKernels(set);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        plenar::ForceTarget(target);
         Require(run() == expected, "all sets of kernels give the same bytes");
     }
 }
@@ -39,7 +40,7 @@ struct Row {
 // One row to its plane or from it, with alpha of its own.
 Bytes ConvertRow(const UncompressedParams& params, bool encodes, bool fixedToFloat, const Place& place,
                  const Bytes& content) {
-    static plenar::CodecState state(1);
+    static plenar::WorkPool pool(0);
     const Bytes none;
     const bool hasAlpha = plenar::HasInterleavedAlpha(params.colorComponentOrder);
     const bool keepsAlpha = hasAlpha && plenar_test::StoresAlpha(params.componentType);
@@ -51,11 +52,11 @@ Bytes ConvertRow(const UncompressedParams& params, bool encodes, bool fixedToFlo
     const Row plane(place, planeSize, encodes ? none : content);
     const Row alpha(place, alphaSize, encodes ? none : content);
     if (encodes) {
-        plenar::EncodeRows(state, {params, caller.data, callerSize, callerSize, plane.data, planeSize,
-                                   keepsAlpha ? alpha.data : nullptr, alphaSize});
+        plenar::EncodeRows(pool, {params, caller.data, callerSize, callerSize, plane.data, planeSize,
+                                  keepsAlpha ? alpha.data : nullptr, alphaSize});
     } else {
-        plenar::DecodeRows(state, {params, fixedToFloat, plane.data, planeSize, plane.data + planeSize, alpha.data,
-                                   alphaSize, caller.data, callerSize, callerSize});
+        plenar::DecodeRows(pool, {params, fixedToFloat, plane.data, planeSize, plane.data + planeSize, alpha.data,
+                                  alphaSize, caller.data, callerSize, callerSize});
     }
     return plenar_test::Join({caller.memory.Content(), plane.memory.Content(), alpha.memory.Content()});
 }

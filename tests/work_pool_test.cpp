@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "fault_injection.h"
-#include "pool/split_rows.h"
+#include "pool/bands.h"
 
 namespace plenar {
 namespace {
@@ -22,12 +22,24 @@ using plenar_test::largestBlock;
 using plenar_test::threadStarts;
 using Rows = std::vector<uint32_t>;
 
+Rows BandRows(uint32_t total, uint32_t parts) {
+    Rows rows;
+    uint32_t firstRow = 0;
+    const RowBands bands = SplitRows(total, parts);
+    for (uint32_t i = 0; i < bands.Count(); ++i) {
+        EXPECT_EQ(bands[i].firstRow, firstRow);
+        firstRow += bands[i].rows;
+        rows.push_back(bands[i].rows);
+    }
+    return rows;
+}
+
 TEST(SplitRowsTest, LargerBandsStandFirstAndNoneIsEmpty) {
-    EXPECT_EQ(SplitRows(10, 4), (Rows{3, 3, 2, 2}));
-    EXPECT_EQ(SplitRows(3, 8), (Rows{1, 1, 1}));
-    EXPECT_EQ(SplitRows(8, 4), (Rows{2, 2, 2, 2}));
-    EXPECT_EQ(SplitRows(0, 4), Rows{});
-    EXPECT_EQ(SplitRows(0xFFFFFFFF, 2), (Rows{0x80000000, 0x7FFFFFFF}));
+    EXPECT_EQ(BandRows(10, 4), (Rows{3, 3, 2, 2}));
+    EXPECT_EQ(BandRows(3, 8), (Rows{1, 1, 1}));
+    EXPECT_EQ(BandRows(8, 4), (Rows{2, 2, 2, 2}));
+    EXPECT_EQ(BandRows(0, 4), Rows{});
+    EXPECT_EQ(BandRows(0xFFFFFFFF, 2), (Rows{0x80000000, 0x7FFFFFFF}));
 }
 
 template <class Call>

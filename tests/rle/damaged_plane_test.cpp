@@ -75,8 +75,8 @@ TEST(DamagedPlane, EachKindHasItsMessageInEveryForm) {
         {kRowSum, PlaneOf({3, 3}, {5, 16000000}, {half, half})},
         {kRowSum, PlaneOf({3}, {0}, {half})}};
     for (const Case& test : cases) {
-        for (const auto set : KernelSets()) {
-            const ChosenKernels chosen(set);
+        for (const plenar::Target target : plenar::RunnableTargets()) {
+            const ForcedTarget forced(target);
             for (const uint32_t workers : {0U, 2U}) {
                 EXPECT_EQ(MessageOf([&] { Decode(params, test.plane, Bytes(200), workers); }), test.message)
                     << &test - cases;

@@ -37,8 +37,8 @@ TEST(PlaneCodec, WorkedBytesOfOneRow) {
     const RleParams params = {10, 1, 8, 0, 0};
     const Bytes plain = {50, 50, 50, 50, 50, 52, 54, 56, 58, 60};
     const Bytes coded = {0x01, 0xBF, 0xFF, 0xFC, 0xEF, 0xFF, 0xFF, 0xB0, 0xD3, 0x22, 0x47, 0x89, 0x20};
-    for (const auto set : KernelSets()) {
-        const ChosenKernels chosen(set);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        const ForcedTarget forced(target);
         EXPECT_EQ(Encode(params, plain), coded);
         EXPECT_EQ(Decode(params, coded, Bytes(10)), plain);
     }
@@ -60,8 +60,8 @@ TEST(PlaneCodec, SizesOfFlatPlanesAndTheBound) {
         // One sample more than whole batches of tokens, so that nothing is left to come behind the last batch.
         const RleParams params = {61, 21, bitdepth, 1, 0};
         const Bytes plain = DearestPlane(params);
-        for (const auto set : KernelSets()) {
-            const ChosenKernels chosen(set);
+        for (const plenar::Target target : plenar::RunnableTargets()) {
+            const ForcedTarget forced(target);
             const uint64_t bound = plenar::RleMaxCodedSize(params);
             Bytes dst(bound + 64, 0x5A);
             const uint64_t size =
@@ -82,8 +82,8 @@ TEST(PlaneCodec, LongRunsStandAmongShortOnes) {
             plain[place] = static_cast<uint8_t>(place / 300 % 50 == 0 ? random() : 9);
         }
         Bytes coded;
-        for (const auto set : KernelSets()) {
-            const ChosenKernels chosen(set);
+        for (const plenar::Target target : plenar::RunnableTargets()) {
+            const ForcedTarget forced(target);
             coded = coded.empty() ? Encode(params, plain) : coded;
             EXPECT_EQ(Encode(params, plain), coded);
             EXPECT_EQ(Decode(params, coded, Bytes(plain.size())), plain);
@@ -115,8 +115,8 @@ TEST(PlaneCodec, PaddedRowsAreSpreadBandByBand) {
     const Bytes plain = {1, 2, 9, 9, 9, 3, 4, 9, 9, 9, 5, 6, 9, 9, 9, 7, 8, 9, 9, 9, 10, 11, 9, 9, 9, 12, 13, 9, 9, 9};
     const Bytes expected = {1, 2, 3,  4,  5,  3,  4,  0, 0, 0, 5,  6,  0, 0, 0,
                             7, 8, 10, 11, 12, 10, 11, 0, 0, 0, 12, 13, 0, 0, 0};
-    for (const auto set : KernelSets()) {
-        const ChosenKernels chosen(set);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        const ForcedTarget forced(target);
         EXPECT_EQ(Decode(params, Encode(params, plain), Bytes(30, 0)), expected);
     }
     // Bands of one row aren't spread, and nothing behind a row is touched.

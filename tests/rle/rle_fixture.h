@@ -12,8 +12,8 @@
 #include "pool/work_pool.h"
 #include "rle/plane_decoder.h"
 #include "rle/plane_encoder.h"
-#include "rle/rle_kernels.h"
 #include "rle/rle_params.h"
+#include "simd/target.h"
 
 namespace rle_tests {
 
@@ -28,23 +28,12 @@ private:
     std::mt19937 engine_;
 };
 
-// Coders to compare: the plain twin first.
-inline std::vector<plenar::RleKernelSet> KernelSets() {
-    std::vector<plenar::RleKernelSet> sets;
-    for (const auto set : {plenar::RleKernelSet::Plain, plenar::RleKernelSet::Baseline, plenar::RleKernelSet::Avx2}) {
-        if (plenar::RleFindKernels(set) != nullptr) {
-            sets.push_back(set);
-        }
-    }
-    return sets;
-}
-
-class ChosenKernels {
+class ForcedTarget {
 public:
-    explicit ChosenKernels(plenar::RleKernelSet set) { plenar::RleChooseKernels(set); }
-    ~ChosenKernels() { plenar::RleChooseKernels(plenar::RleKernelSet::Best); }
-    ChosenKernels(const ChosenKernels&) = delete;
-    ChosenKernels& operator=(const ChosenKernels&) = delete;
+    explicit ForcedTarget(plenar::Target target) { plenar::ForceTarget(target); }
+    ~ForcedTarget() { plenar::ForceTarget(plenar::RunnableTargets().back()); }
+    ForcedTarget(const ForcedTarget&) = delete;
+    ForcedTarget& operator=(const ForcedTarget&) = delete;
 };
 
 inline plenar::WorkPool& Pool(uint32_t workers) {

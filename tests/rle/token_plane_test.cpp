@@ -24,8 +24,8 @@ TEST(TokenPlane, OddCodesReadAsTheReaderSays) {
     const Bytes coded = PlaneOf({static_cast<uint32_t>(bits.Get().size())}, {1}, {bits.Get()});
     Bytes expected = {144, 159, 172, 183};
     expected.resize(64, 183);
-    for (const auto set : KernelSets()) {
-        const ChosenKernels chosen(set);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        const ForcedTarget forced(target);
         EXPECT_EQ(Decode({64, 1, 8, 0, 0}, coded, Bytes(64)), expected);
     }
 }

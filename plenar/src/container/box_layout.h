@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "container/plane_type.h"
+#include "format/plane_type.h"
 
 namespace plenar {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 
 namespace plenar {
 

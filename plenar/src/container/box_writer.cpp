@@ -2,8 +2,8 @@
 
 #include <cstring>
 
+#include "base/exceptions.h"
 #include "container/box_layout.h"
-#include "plenar/exceptions.h"
 
 namespace plenar {
 

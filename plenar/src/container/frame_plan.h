@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "container/fixed_list.h"
-#include "container/format_map.h"
-#include "container/plane_type.h"
+#include "base/fixed_list.h"
+#include "format/format_planes.h"
+#include "format/plane_type.h"
 #include "plenar_sdk.h"
 
 namespace plenar {
@@ -28,12 +28,8 @@ struct FramePlan {
     uint32_t total_size = 0;  // bytes up to the end of the last plane, the outer box included
 };
 
-// The plan of a frame to be encoded. A coded alpha plane gets the most it can take. Throws invalid_argument for an
-// unsupported pair; sizes beyond 32 bits wrap.
-FramePlan PlanFrame(const UncompressedParams& params, const CompressedParams& compressedParams);
-
-// total_size of PlanFrame without the wrap at 32 bits, for a picture that lies in memory.
-uint64_t PlannedSize(const UncompressedParams& params, const CompressedParams& compressedParams);
+// The bytes of a plane whose samples aren't coded.
+uint64_t PlainPlaneSize(const PlaneRecord& record);
 
 // Throws invalid_argument unless the planes, in any order, are a set that a payload may hold.
 void CheckPlaneCombination(const PlaneRecordList& planes);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/exceptions.h"
 #include "container/box_reader.h"
-#include "plenar/exceptions.h"
-#include "plenar/params.h"
+#include "format/picture_layout.h"
 
 namespace plenar {
 

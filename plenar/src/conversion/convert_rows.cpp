@@ -1,54 +1,34 @@
 #include "conversion/convert_rows.h"
 
-#include <vector>
+#include <algorithm>
 
 #include "conversion/packing.h"
 #include "conversion/reorder.h"
 #include "conversion/row_kernels.h"
-#include "plenar/cpu_features.h"
-#include "plenar/params.h"
-#include "pool/split_rows.h"
+#include "format/picture_layout.h"
+#include "pool/bands.h"
+#include "simd/target.h"
 
 namespace plenar {
 
 namespace {
 
-struct Band {
-    uint32_t firstRow;
-    uint32_t rows;
-};
-
-std::vector<Band> SplitBands(uint32_t height, uint32_t parts) {
-    std::vector<Band> bands;
-    bands.reserve(parts < height ? parts : height);
-    uint32_t firstRow = 0;
-    for (const uint32_t rows : SplitRows(height, parts)) {
-        bands.push_back({firstRow, rows});
-        firstRow += rows;
-    }
-    return bands;
-}
-
-// Runs runBand(band) for bands that make up `height` rows of `rowBytes` bytes: on the workers, one band for each, or
-// here as one band if there are none.
+// Runs runBand(band) for bands that make up `height` rows of `rowBytes` bytes: one for each worker, or one if there are
+// none.
 template <class RunBand>
-void RunInBands(CodecState& state, uint32_t height, size_t rowBytes, const RunBand& runBand) {
+void RunInBands(WorkPool& pool, uint32_t height, size_t rowBytes, const RunBand& runBand) {
     if (height == 0 || rowBytes == 0) {
         return;
     }
-    WorkPool& pool = state.Pool();
-    if (pool.WorkerCount() < 2) {
-        return runBand(Band{0, height});
-    }
-    const std::vector<Band> bands = SplitBands(height, pool.WorkerCount());
-    RunBatch(pool, static_cast<uint32_t>(bands.size()), [&](uint32_t i) { runBand(bands[i]); });
+    const RowBands bands = SplitRows(height, std::max(pool.WorkerCount(), 1U));
+    RunBatch(pool, bands.Count(), [&](uint32_t i) { runBand(bands[i]); });
 }
 
 // The kernel for rows that are copied as part of so many bytes read and written. What outgrows the last cache is
 // written past it; a smaller result is kept for whoever reads it next.
 auto CopyKernelFor(uint64_t bytesMoved) {
     const RowKernels& kernels = ActiveRowKernels();
-    return bytesMoved > DetectedCpuFeatures().lastLevelCacheBytes ? kernels.streamCopy : kernels.copy;
+    return bytesMoved > LastLevelCacheBytes() ? kernels.streamCopy : kernels.copy;
 }
 
 // Whether all rows are made of whole pixels, so that rows of bytes that are moved one by one can be taken as one long
@@ -165,32 +145,32 @@ bool IsCopied(const UncompressedParams& params) {
 
 }  // namespace
 
-void EncodeRows(CodecState& state, const EncodeRowsArgs& args) {
+void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
     if (IsCopied(args.params)) {
-        return CopyRows(state, {.src = args.src,
-                                .srcStride = args.srcStride,
-                                .dst = args.dst,
-                                .dstStride = args.dstStride,
-                                .rowLength = args.dstStride,
-                                .rows = args.params.height});
+        return CopyRows(pool, {.src = args.src,
+                               .srcStride = args.srcStride,
+                               .dst = args.dst,
+                               .dstStride = args.dstStride,
+                               .rowLength = args.dstStride,
+                               .rows = args.params.height});
     }
-    RunInBands(state, args.params.height, args.rowLength, [&](const Band& band) { EncodeBand(BandOf(args, band)); });
+    RunInBands(pool, args.params.height, args.rowLength, [&](const Band& band) { EncodeBand(BandOf(args, band)); });
 }
 
-void DecodeRows(CodecState& state, const DecodeRowsArgs& args) {
+void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
     if (IsCopied(args.params) && !args.fixedToFloat) {
-        return CopyRows(state, {.src = args.plane,
-                                .srcStride = args.planeStride,
-                                .dst = args.dst,
-                                .dstStride = args.dstStride,
-                                .rowLength = args.planeStride,
-                                .rows = args.params.height});
+        return CopyRows(pool, {.src = args.plane,
+                               .srcStride = args.planeStride,
+                               .dst = args.dst,
+                               .dstStride = args.dstStride,
+                               .rowLength = args.planeStride,
+                               .rows = args.params.height});
     }
-    RunInBands(state, args.params.height, args.rowLength, [&](const Band& band) { DecodeBand(BandOf(args, band)); });
+    RunInBands(pool, args.params.height, args.rowLength, [&](const Band& band) { DecodeBand(BandOf(args, band)); });
 }
 
-void CopyRows(CodecState& state, const CopyRowsArgs& args) {
-    RunInBands(state, args.rows, args.rowLength, [&](const Band& band) { CopyBand(args, band); });
+void CopyRows(WorkPool& pool, const CopyRowsArgs& args) {
+    RunInBands(pool, args.rows, args.rowLength, [&](const Band& band) { CopyBand(args, band); });
 }
 
 }  // namespace plenar

@@ -1,12 +1,12 @@
-// Moves the samples of a whole plane between the caller's rows and the plane's, in bands of rows on the object's
+// Moves the samples of a whole plane between the caller's rows and the plane's, in bands of rows on the pool's
 // threads.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "plenar/codec_state.h"
 #include "plenar_sdk.h"
+#include "pool/work_pool.h"
 
 namespace plenar {
 
@@ -22,7 +22,7 @@ struct EncodeRowsArgs {
     size_t alphaStride;  // what these samples take of a row, also where they are dropped
 };
 
-void EncodeRows(CodecState& state, const EncodeRowsArgs& args);
+void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args);
 
 struct DecodeRowsArgs {
     UncompressedParams params;  // order, type and the size of this plane
@@ -37,7 +37,7 @@ struct DecodeRowsArgs {
     size_t dstStride;
 };
 
-void DecodeRows(CodecState& state, const DecodeRowsArgs& args);
+void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args);
 
 // Copies `rows` rows of `rowLength` bytes. Padding is neither read nor written, unless both sides are alike.
 struct CopyRowsArgs {
@@ -49,6 +49,6 @@ struct CopyRowsArgs {
     uint32_t rows;
 };
 
-void CopyRows(CodecState& state, const CopyRowsArgs& args);
+void CopyRows(WorkPool& pool, const CopyRowsArgs& args);
 
 }  // namespace plenar

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
+#include "base/exceptions.h"
 #include "conversion/row_kernels.h"
-#include "plenar/exceptions.h"
 #include "plenar_sdk.h"
 
 namespace plenar {

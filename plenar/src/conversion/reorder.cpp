@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "base/exceptions.h"
 #include "conversion/row_kernels.h"
-#include "plenar/exceptions.h"
-#include "plenar/params.h"
+#include "format/picture_layout.h"
 
 namespace plenar {
 

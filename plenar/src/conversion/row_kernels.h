@@ -3,13 +3,14 @@
 // the same row where the declaration says so, and must not overlap otherwise.
 //
 // A set of kernels is a table of functions. The plain set defines the results; the other sets give the same bytes
-// faster on processors that can run them. Which set runs is decided once, in row_kernels.cpp.
+// faster on processors that can run them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "conversion/pixel_layout.h"
+#include "simd/target.h"
 
 namespace plenar {
 
@@ -59,9 +60,10 @@ extern const RowKernels kPlainRowKernels;
 extern const RowKernels kSsse3RowKernels;
 extern const RowKernels kAvx2RowKernels;  // for processors with AVX2 alone
 
-const RowKernels& ActiveRowKernels();
+const RowKernels& RowKernelsFor(Target target);
 
-// Makes `kernels` the active set; for tests, while no conversion runs. Null brings back the processor's own.
-void ForceRowKernels(const RowKernels* kernels);
+inline const RowKernels& ActiveRowKernels() {
+    return RowKernelsFor(ActiveTarget());
+}
 
 }  // namespace plenar

@@ -87,9 +87,15 @@ void WorkPool::Enqueue(Callable&& job) {
     ++enqueued_;
 }
 
-// Runs job(0) to job(count - 1) as one batch.
+// Runs job(0) to job(count - 1): as one batch, or in order on the calling thread if there are no workers.
 template <class Callable>
 void RunBatch(WorkPool& pool, uint32_t count, const Callable& job) {
+    if (pool.WorkerCount() == 0) {
+        for (uint32_t i = 0; i < count; ++i) {
+            job(i);
+        }
+        return;
+    }
     for (uint32_t i = 0; i < count; ++i) {
         pool.Enqueue([&job, i] { job(i); });
     }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 #include "rle/rle_codes.h"
 
 namespace plenar {

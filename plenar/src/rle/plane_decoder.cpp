@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 #include "pool/work_pool.h"
 #include "rle/band_decoder.h"
 #include "rle/band_table.h"
-#include "rle/for_each_band.h"
 
 namespace plenar {
 namespace {
@@ -69,7 +68,7 @@ bool DecodesInPairs(const RleParams& params, uint64_t codedSize, uint32_t bands,
 
 void DecodeBands(WorkPool& pool, RleBandJobs& jobs, uint32_t count, bool inPairs) {
     const uint32_t step = inPairs ? 2 : 1;
-    RleForEachBand(pool, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
+    RunBatch(pool, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
         const uint32_t band = index * step;
         if (step == 2 && band + 1 < count) {
             RleDecodeTwoBands(jobs[band], jobs[band + 1]);

@@ -2,19 +2,18 @@
 
 #include <cstring>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 #include "pool/work_pool.h"
 #include "rle/band_encoder.h"
 #include "rle/band_job.h"
 #include "rle/band_table.h"
-#include "rle/for_each_band.h"
 
 namespace plenar {
 namespace {
 
 RleParams BandOf(const RleParams& params, uint32_t band) {
     RleParams bandParams = params;
-    bandParams.height = RleBandRows(params, band);
+    bandParams.height = RleBands(params)[band].rows;
     bandParams.band_limit = 1;
     return bandParams;
 }
@@ -26,7 +25,7 @@ uint64_t SamplesOf(const RleParams& params) {
 // RleMaxCodedSize without its wrapping: what the band coders rely on.
 uint64_t RoomForBands(const RleParams& params) {
     uint64_t size = RleHeadReserve;
-    for (uint32_t band = 0; band < RleBandCount(params); ++band) {
+    for (uint32_t band = 0; band < RleBands(params).Count(); ++band) {
         size += RleMaxStreamSize(params, SamplesOf(BandOf(params, band)));
     }
     return size;
@@ -48,7 +47,7 @@ void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t srcSize,
 
 void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, RleBandJobs& jobs) {
     dst += RleHeadReserve;
-    for (uint32_t band = 0; band < RleBandCount(params); ++band) {
+    for (uint32_t band = 0; band < RleBands(params).Count(); ++band) {
         const RleParams bandParams = BandOf(params, band);
         jobs[band] = {bandParams, src, dst, 0, 0, RleDefect::None};
         src += RleRowStride(params) * bandParams.height;
@@ -62,10 +61,10 @@ uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
                         uint64_t dstSize) {
     CheckBuffers(params, src, srcSize, dst, dstSize);
     RleBandTable table;
-    table.count = RleBandCount(params);
+    table.count = RleBands(params).Count();
     RleBandJobs jobs;
     PlaceJobs(params, src, dst, jobs);
-    RleForEachBand(pool, table.count, [&jobs](uint32_t band) {
+    RunBatch(pool, table.count, [&jobs](uint32_t band) {
         RleBandJob& job = jobs[band];
         job.coded_size = static_cast<uint32_t>(RleEncodeBand(job.params, job.src, job.dst));
     });

@@ -1,6 +1,6 @@
 #include "rle/rle_defect.h"
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 
 namespace plenar {
 

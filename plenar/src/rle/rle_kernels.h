@@ -5,6 +5,7 @@
 
 #include "rle/band_decoder_plain.h"
 #include "rle/rle_params.h"
+#include "simd/target.h"
 
 namespace plenar {
 
@@ -28,14 +29,10 @@ struct RleKernels {
 // The bytes of a stream that must be readable for decode_tokens to decode something.
 inline constexpr uint32_t kRleDecodeWindow = 24;
 
-enum class RleKernelSet { Plain, Baseline, Avx2, Best };
+const RleKernels& RleKernelsFor(Target target);
 
-// A set of kernels, or null if the processor can't run it.
-const RleKernels* RleFindKernels(RleKernelSet set);
-
-// The set in use: the best for the processor, unless tests choose another. The choice is one for the whole process, and
-// choosing what the processor can't run chooses the best.
-const RleKernels& RleActiveKernels();
-void RleChooseKernels(RleKernelSet set);
+inline const RleKernels& RleActiveKernels() {
+    return RleKernelsFor(ActiveTarget());
+}
 
 }  // namespace plenar

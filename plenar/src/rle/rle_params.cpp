@@ -1,9 +1,8 @@
 #include "rle/rle_params.h"
 
-#include <algorithm>
 #include <string>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 
 namespace plenar {
 namespace {
@@ -48,20 +47,15 @@ uint64_t RleRowStride(const RleParams& params) {
     return params.row_bytes != 0 ? params.row_bytes : RleTightRowBytes(params);
 }
 
-uint32_t RleBandCount(const RleParams& params) {
-    const uint32_t limit = params.band_limit != 0 ? params.band_limit : kDefaultBandLimit;
-    return std::min(params.height, limit);
-}
-
-uint32_t RleBandRows(const RleParams& params, uint32_t band) {
-    const uint32_t count = RleBandCount(params);
-    return params.height / count + (band < params.height % count ? 1 : 0);
+RowBands RleBands(const RleParams& params) {
+    return SplitRows(params.height, params.band_limit != 0 ? params.band_limit : kDefaultBandLimit);
 }
 
 uint64_t RleMaxCodedSize(const RleParams& params) {
     uint64_t size = RleHeadReserve;
-    for (uint32_t band = 0; band < RleBandCount(params); ++band) {
-        const uint32_t samples = RleBandRows(params, band) * params.width;
+    const RowBands bands = RleBands(params);
+    for (uint32_t band = 0; band < bands.Count(); ++band) {
+        const uint32_t samples = bands[band].rows * params.width;
         size += RleMaxStreamSize(params, samples);
     }
     return size;

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "pool/bands.h"
+
 namespace plenar {
 
 // One coded plane of samples, or one band of it.
@@ -36,11 +38,8 @@ uint64_t RleTightRowBytes(const RleParams& params);
 // Bytes from the start of one row of the plain buffer to the start of the next.
 uint64_t RleRowStride(const RleParams& params);
 
-// Bands that the encoder makes: never more than rows, and 0 only for no rows.
-uint32_t RleBandCount(const RleParams& params);
-
-// Rows of one of the encoder's bands; the larger bands stand first. `band` is less than RleBandCount.
-uint32_t RleBandRows(const RleParams& params, uint32_t band);
+// The bands that the encoder makes.
+RowBands RleBands(const RleParams& params);
 
 // The most bytes that a coded plane can take. Checks nothing. The samples of a band are counted in 32 bits, and wrap.
 uint64_t RleMaxCodedSize(const RleParams& params);

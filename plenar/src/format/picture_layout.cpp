@@ -1,9 +1,9 @@
-#include "plenar/params.h"
+#include "format/picture_layout.h"
 
 #include <limits>
 #include <string>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 
 namespace plenar {
 

@@ -1,13 +1,13 @@
 #include <memory>
 
-#include "container/frame_plan.h"
+#include "api/guard.h"
 #include "container/metadata_checks.h"
-#include "plenar/codec_state.h"
-#include "plenar/decode_driver.h"
-#include "plenar/encode_driver.h"
-#include "plenar/params.h"
+#include "format/picture_layout.h"
+#include "frame/codec_state.h"
+#include "frame/decode_frame.h"
+#include "frame/encode_frame.h"
+#include "frame/plan_frame.h"
 #include "plenar_sdk.h"
-#include "plenar_sdk/guard.h"
 
 namespace plenar {
 namespace {

@@ -1,8 +1,8 @@
 // The formats: which planes stand for a pair of order and type, in the order in which a payload holds them.
 #pragma once
 
-#include "container/fixed_list.h"
-#include "container/plane_type.h"
+#include "base/fixed_list.h"
+#include "format/plane_type.h"
 #include "plenar_sdk.h"
 
 namespace plenar {

@@ -1,4 +1,4 @@
-#include "plenar/codec_state.h"
+#include "frame/codec_state.h"
 
 namespace plenar {
 

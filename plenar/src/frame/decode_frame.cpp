@@ -1,13 +1,13 @@
-#include "plenar/decode_driver.h"
+#include "frame/decode_frame.h"
 
 #include <algorithm>
 
+#include "base/exceptions.h"
 #include "container/box_reader.h"
 #include "container/metadata_checks.h"
 #include "conversion/convert_rows.h"
-#include "plenar/exceptions.h"
-#include "plenar/params.h"
-#include "plenar/picture_planes.h"
+#include "format/picture_layout.h"
+#include "frame/picture_planes.h"
 #include "rle/plane_decoder.h"
 
 namespace plenar {
@@ -48,31 +48,31 @@ private:
     const uint8_t* PlaneData(const PlaneRecord& plane) const { return src_ + plane.offset; }
 
     void WritePicturePlane(const PicturePlane& plane, const PlaneRecord& record) {
-        DecodeRows(state_, {.params = plane.params,
-                            .fixedToFloat = false,
-                            .plane = PlaneData(record),
-                            .planeStride = PlaneRowBytes(record.type, record.width),
-                            .planeEnd = src_ + srcSize_,
-                            .alpha = nullptr,
-                            .alphaStride = 0,
-                            .dst = dst_ + plane.offset,
-                            .rowLength = plane.rowLength,
-                            .dstStride = plane.stride});
+        DecodeRows(state_.Pool(), {.params = plane.params,
+                                   .fixedToFloat = false,
+                                   .plane = PlaneData(record),
+                                   .planeStride = PlaneRowBytes(record.type, record.width),
+                                   .planeEnd = src_ + srcSize_,
+                                   .alpha = nullptr,
+                                   .alphaStride = 0,
+                                   .dst = dst_ + plane.offset,
+                                   .rowLength = plane.rowLength,
+                                   .dstStride = plane.stride});
     }
 
     void WriteInterleaved() {
         const bool interleavedAlpha = HasInterleavedAlpha(params_.colorComponentOrder);
         const PlaneRecord& picture = planes_[roles_.primary];
-        DecodeRows(state_, {.params = params_,
-                            .fixedToFloat = IsFixedPoint(picture.type) && params_.componentType == Float32,
-                            .plane = PlaneData(picture),
-                            .planeStride = PlaneRowBytes(picture.type, picture.width),
-                            .planeEnd = src_ + srcSize_,
-                            .alpha = interleavedAlpha ? InterleavedAlpha() : nullptr,
-                            .alphaStride = interleavedAlpha ? AlphaRowBytes(params_) : 0,
-                            .dst = dst_,
-                            .rowLength = layout_.rowLength,
-                            .dstStride = layout_.stride});
+        DecodeRows(state_.Pool(), {.params = params_,
+                                   .fixedToFloat = IsFixedPoint(picture.type) && params_.componentType == Float32,
+                                   .plane = PlaneData(picture),
+                                   .planeStride = PlaneRowBytes(picture.type, picture.width),
+                                   .planeEnd = src_ + srcSize_,
+                                   .alpha = interleavedAlpha ? InterleavedAlpha() : nullptr,
+                                   .alphaStride = interleavedAlpha ? AlphaRowBytes(params_) : 0,
+                                   .dst = dst_,
+                                   .rowLength = layout_.rowLength,
+                                   .dstStride = layout_.stride});
     }
 
     // The rows of alpha samples that go among the others, without padding.
@@ -96,12 +96,12 @@ private:
         if (IsCodedAlpha(alpha.type)) {
             return DecodeAlpha(alpha, dst_ + layout_.alpha, dstSize_ - layout_.alpha);
         }
-        CopyRows(state_, {.src = PlaneData(alpha),
-                          .srcStride = AlphaRowBytes(params_),
-                          .dst = dst_ + layout_.alpha,
-                          .dstStride = layout_.alphaStride,
-                          .rowLength = AlphaRowBytes(params_),
-                          .rows = params_.height});
+        CopyRows(state_.Pool(), {.src = PlaneData(alpha),
+                                 .srcStride = AlphaRowBytes(params_),
+                                 .dst = dst_ + layout_.alpha,
+                                 .dstStride = layout_.alphaStride,
+                                 .rowLength = AlphaRowBytes(params_),
+                                 .rows = params_.height});
     }
 
     // The size that the box states, as far as the payload reaches.

@@ -1,12 +1,12 @@
-#include "plenar/encode_driver.h"
+#include "frame/encode_frame.h"
 
+#include "base/exceptions.h"
 #include "container/box_writer.h"
-#include "container/format_map.h"
-#include "container/frame_plan.h"
 #include "conversion/convert_rows.h"
-#include "plenar/exceptions.h"
-#include "plenar/params.h"
-#include "plenar/picture_planes.h"
+#include "format/format_planes.h"
+#include "format/picture_layout.h"
+#include "frame/picture_planes.h"
+#include "frame/plan_frame.h"
 #include "rle/plane_encoder.h"
 
 namespace plenar {
@@ -54,14 +54,14 @@ private:
         const bool interleavedAlpha = HasInterleavedAlpha(params_.colorComponentOrder);
         const PlaneRecord& picture = plan_.planes[0];
         uint8_t* alpha = InterleavedAlphaTarget();
-        EncodeRows(state_, {.params = params_,
-                            .src = src_,
-                            .rowLength = layout_.rowLength,
-                            .srcStride = layout_.stride,
-                            .dst = PlaneData(picture),
-                            .dstStride = PlaneRowBytes(picture.type, picture.width),
-                            .alphaDst = alpha,
-                            .alphaStride = interleavedAlpha ? AlphaRowBytes(params_) : 0});
+        EncodeRows(state_.Pool(), {.params = params_,
+                                   .src = src_,
+                                   .rowLength = layout_.rowLength,
+                                   .srcStride = layout_.stride,
+                                   .dst = PlaneData(picture),
+                                   .dstStride = PlaneRowBytes(picture.type, picture.width),
+                                   .alphaDst = alpha,
+                                   .alphaStride = interleavedAlpha ? AlphaRowBytes(params_) : 0});
         if (CodesAlpha() && interleavedAlpha) {
             CodeAlpha(alpha, AlphaRowBytes(params_) * params_.height);
         } else if (!interleavedAlpha) {
@@ -79,14 +79,14 @@ private:
     }
 
     void WritePicturePlane(const PicturePlane& plane, const PlaneRecord& record) {
-        EncodeRows(state_, {.params = plane.params,
-                            .src = src_ + plane.offset,
-                            .rowLength = plane.rowLength,
-                            .srcStride = plane.stride,
-                            .dst = PlaneData(record),
-                            .dstStride = PlaneRowBytes(record.type, record.width),
-                            .alphaDst = nullptr,
-                            .alphaStride = 0});
+        EncodeRows(state_.Pool(), {.params = plane.params,
+                                   .src = src_ + plane.offset,
+                                   .rowLength = plane.rowLength,
+                                   .srcStride = plane.stride,
+                                   .dst = PlaneData(record),
+                                   .dstStride = PlaneRowBytes(record.type, record.width),
+                                   .alphaDst = nullptr,
+                                   .alphaStride = 0});
     }
 
     // Alpha that has a plane of its own in the caller's picture.
@@ -97,12 +97,12 @@ private:
         if (CodesAlpha()) {
             return CodeAlpha(src_ + layout_.alpha, srcSize_ - layout_.alpha);
         }
-        CopyRows(state_, {.src = src_ + layout_.alpha,
-                          .srcStride = layout_.alphaStride,
-                          .dst = PlaneData(plan_.planes.back()),
-                          .dstStride = AlphaRowBytes(params_),
-                          .rowLength = AlphaRowBytes(params_),
-                          .rows = params_.height});
+        CopyRows(state_.Pool(), {.src = src_ + layout_.alpha,
+                                 .srcStride = layout_.alphaStride,
+                                 .dst = PlaneData(plan_.planes.back()),
+                                 .dstStride = AlphaRowBytes(params_),
+                                 .rowLength = AlphaRowBytes(params_),
+                                 .rows = params_.height});
     }
 
     // The alpha plane is the last one, so that its true size moves nothing else.

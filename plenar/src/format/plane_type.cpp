@@ -1,10 +1,10 @@
-#include "container/plane_type.h"
+#include "format/plane_type.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 
-#include "plenar/exceptions.h"
+#include "base/exceptions.h"
 
 namespace plenar {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "conversion/pixel_layout.h"
-#include "plenar/params.h"
+#include "format/picture_layout.h"
 #include "plenar_sdk.h"
 #include "rle/rle_params.h"
 

@@ -1,11 +1,11 @@
-#include "container/format_map.h"
+#include "format/format_planes.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 
-#include "plenar/exceptions.h"
-#include "plenar/params.h"
+#include "base/exceptions.h"
+#include "format/picture_layout.h"
 
 namespace plenar {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "plenar/codec_state.h"
+#include "frame/codec_state.h"
 #include "plenar_sdk.h"
 
 namespace plenar {
