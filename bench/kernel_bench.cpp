@@ -17,12 +17,12 @@ namespace plenar_bench {
 
 namespace {
 
-using plenar::PixelLayout;
+using plenar::Order;
 using plenar::RowKernels;
 
 constexpr size_t kRowBytes = size_t{256} * 1024;  // read plus written
 constexpr size_t kFarPart = kRowBytes;            // where the second part of a plane row stands
-constexpr plenar::Reordering kInOrder;            // samples stand in the caller's row as in the plane's
+const plenar::Order& kInOrder = plenar::FindOrder(PLENAR_ORDER_RGB);            // samples stand in the caller's row as in the plane's
 
 // `unitBytes` are read plus written for one of the kernel's units, and units come by `block`.
 struct KernelCase {
@@ -37,17 +37,17 @@ std::vector<KernelCase> RowCases() {
     for (const size_t width : {size_t{1}, size_t{2}, size_t{4}}) {
         const auto bytes = static_cast<double>(width);
         const std::string suffix = "-" + std::to_string(width);
-        const PixelLayout& bgra = plenar::pixel_layouts::kBgra;
-        const PixelLayout& cbyacrya = plenar::pixel_layouts::kCbyacrya;
-        for (const auto& [name, layout] : {std::pair{"BGRA", &bgra}, std::pair{"CbYACrYA", &cbyacrya}}) {
-            const double unit = 2 * static_cast<double>(layout->samples) * bytes;
+        const Order& bgra = plenar::FindOrder(PLENAR_ORDER_BGRA);
+        const Order& cbyacrya = plenar::FindOrder(PLENAR_ORDER_CBYACRYA);
+        for (const auto& [name, order] : {std::pair{"BGRA", &bgra}, std::pair{"CbYACrYA", &cbyacrya}}) {
+            const double unit = 2 * static_cast<double>(order->samples) * bytes;
             cases.push_back({std::string("split-") + name + suffix, unit, 4,
-                             [layout = layout, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                                 k.split(*layout, width, src, dst, dst + kFarPart, n);
+                             [order = order, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                                 k.splitRow(*order, width, src, dst, dst + kFarPart, n);
                              }});
             cases.push_back({std::string("merge-") + name + suffix, unit, 4,
-                             [layout = layout, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                                 k.merge(*layout, width, src, src + kFarPart, dst, n);
+                             [order = order, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
+                                 k.mergeRow(*order, width, src, src + kFarPart, dst, n);
                              }});
         }
         cases.push_back({"swapPairs" + suffix, 4 * bytes, 1,
@@ -60,16 +60,16 @@ std::vector<KernelCase> RowCases() {
                          }});
     }
     cases.push_back({"pack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.pack10(kInOrder, src, n, dst, dst + n);
+                         k.packRow10(kInOrder, src, n, dst, dst + n);
                      }});
     cases.push_back({"pack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.pack12(kInOrder, src, n, dst, dst + n);
+                         k.packRow12(kInOrder, src, n, dst, dst + n);
                      }});
     cases.push_back({"unpack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpack10(kInOrder, src, src + n, n, dst);
+                         k.unpackRow10(kInOrder, src, src + n, n, dst);
                      }});
     cases.push_back({"unpack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpack12(kInOrder, src, src + n, n, dst);
+                         k.unpackRow12(kInOrder, src, src + n, n, dst);
                      }});
     cases.push_back({"packedGroupsToPlane", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
                          k.packedGroupsToPlane(src, n, dst, dst + 12 * n);
@@ -78,7 +78,7 @@ std::vector<KernelCase> RowCases() {
                          k.planeToPackedGroups(src, src + 12 * n, n, dst);
                      }});
     cases.push_back({"fixedToFloat", 6, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.fixedToFloat(kInOrder, src, n, dst);
+                         k.fixedRowToFloat(kInOrder, src, n, dst);
                      }});
     return cases;
 }

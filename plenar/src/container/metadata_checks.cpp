@@ -117,7 +117,8 @@ void CheckMetadataAgainstParams(const PlaneRecordList& planes, const Uncompresse
         throw invalid_argument("bit depth in src metadata is different than bit depth in uncompressed params");
     }
     CheckPlanesAgainstFormat(planes, params);
-    if (HasAlpha(params.colorComponentOrder) && params.componentType != Uint8 && params.componentType != Uint16) {
+    if (FindOrder(params.colorComponentOrder).HasAlpha() && params.componentType != Uint8 &&
+        params.componentType != Uint16) {
         throw invalid_argument("Only 8 and 16 bit alpha is supported");
     }
 }

@@ -52,26 +52,25 @@ void JoinRows(EncodeRowsArgs& band) {
     band.params.height = 1;
 }
 
-void PackBand(const EncodeRowsArgs& band, const Reordering& reordering) {
+void PackBand(const EncodeRowsArgs& band, const Order& order) {
     const UncompressedParams& params = band.params;
     const RowPacker packer(params.componentType);
     const size_t samples = (band.rowLength - band.alphaStride) / SampleBytes(params.componentType);
     for (size_t row = 0; row < params.height; ++row) {
-        packer.Pack(reordering, params.width, band.src + row * band.srcStride, samples,
-                    band.dst + row * band.dstStride);
+        packer.Pack(order, params.width, band.src + row * band.srcStride, samples, band.dst + row * band.dstStride);
     }
 }
 
 void EncodeBand(EncodeRowsArgs band) {
-    const Reordering reordering = ReorderingOf(band.params.colorComponentOrder);
+    const Order& order = OrderOf(band.params.colorComponentOrder);
     if (NeedsPacking(band.params.componentType)) {
-        return PackBand(band, reordering);
+        return PackBand(band, order);
     }
     if (CanJoinRows(band.params) && band.srcStride == band.rowLength) {
         JoinRows(band);
     }
     for (size_t row = 0; row < band.params.height; ++row) {
-        ReorderRowToPlane(reordering, band.params.componentType, band.src + row * band.srcStride, band.rowLength,
+        ReorderRowToPlane(order, band.params.componentType, band.src + row * band.srcStride, band.rowLength,
                           band.dst + row * band.dstStride,
                           band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr);
     }
@@ -92,36 +91,36 @@ void JoinRows(DecodeRowsArgs& band) {
     band.params.height = 1;
 }
 
-void UnpackBand(const DecodeRowsArgs& band, const Reordering& reordering) {
+void UnpackBand(const DecodeRowsArgs& band, const Order& order) {
     const UncompressedParams& params = band.params;
     const RowPacker packer(params.componentType);
     const size_t samples = band.rowLength / SampleBytes(params.componentType);
     for (size_t row = 0; row < params.height; ++row) {
-        packer.Unpack(reordering, params.width, band.plane + row * band.planeStride, band.planeEnd,
+        packer.Unpack(order, params.width, band.plane + row * band.planeStride, band.planeEnd,
                       band.dst + row * band.dstStride, samples);
     }
 }
 
-void DecodeRow(const DecodeRowsArgs& band, const Reordering& reordering, const uint8_t* planeRow,
-               const uint8_t* alphaRow, uint8_t* dst) {
+void DecodeRow(const DecodeRowsArgs& band, const Order& order, const uint8_t* planeRow, const uint8_t* alphaRow,
+               uint8_t* dst) {
     if (band.fixedToFloat) {
-        FixedRowToFloat(reordering, planeRow, band.planeStride, dst, band.rowLength);
+        FixedRowToFloat(order, planeRow, band.planeStride, dst, band.rowLength);
     } else {
-        ReorderRowFromPlane(reordering, band.params.componentType, planeRow, band.planeStride, alphaRow,
-                            band.alphaStride, dst, band.rowLength);
+        ReorderRowFromPlane(order, band.params.componentType, planeRow, band.planeStride, alphaRow, band.alphaStride,
+                            dst, band.rowLength);
     }
 }
 
 void DecodeBand(DecodeRowsArgs band) {
-    const Reordering reordering = ReorderingOf(band.params.colorComponentOrder);
+    const Order& order = OrderOf(band.params.colorComponentOrder);
     if (NeedsPacking(band.params.componentType) && !band.fixedToFloat) {
-        return UnpackBand(band, reordering);
+        return UnpackBand(band, order);
     }
     if (CanJoinRows(band.params) && band.dstStride == band.rowLength) {
         JoinRows(band);
     }
     for (size_t row = 0; row < band.params.height; ++row) {
-        DecodeRow(band, reordering, band.plane + row * band.planeStride,
+        DecodeRow(band, order, band.plane + row * band.planeStride,
                   band.alpha != nullptr ? band.alpha + row * band.alphaStride : nullptr,
                   band.dst + row * band.dstStride);
     }

@@ -24,30 +24,30 @@ void Copy(const uint8_t* src, uint8_t* dst, size_t bytes) {
 }
 
 template <class Sample>
-void SplitSamples(const PixelLayout& layout, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
+void SplitSamples(const Order& order, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
     for (size_t pixel = 0; pixel < pixels; ++pixel) {
-        for (size_t i = 0; i < layout.colourSamples; ++i) {
-            Store(colour, Load<Sample>(src + layout.colour[i] * sizeof(Sample)));
+        for (size_t i = 0; i < order.colourSamples; ++i) {
+            Store(colour, Load<Sample>(src + order.colour[i] * sizeof(Sample)));
             colour += sizeof(Sample);
         }
         if (alpha != nullptr) {
-            Store(alpha, Load<Sample>(src + layout.alpha * sizeof(Sample)));
+            Store(alpha, Load<Sample>(src + order.alphaSample * sizeof(Sample)));
             alpha += sizeof(Sample);
         }
-        src += layout.samples * sizeof(Sample);
+        src += order.samples * sizeof(Sample);
     }
 }
 
 template <class Sample>
-void MergeSamples(const PixelLayout& layout, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst, size_t pixels) {
+void MergeSamples(const Order& order, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst, size_t pixels) {
     for (size_t pixel = 0; pixel < pixels; ++pixel) {
-        for (size_t i = 0; i < layout.colourSamples; ++i) {
-            Store(dst + layout.colour[i] * sizeof(Sample), Load<Sample>(colour));
+        for (size_t i = 0; i < order.colourSamples; ++i) {
+            Store(dst + order.colour[i] * sizeof(Sample), Load<Sample>(colour));
             colour += sizeof(Sample);
         }
-        Store(dst + layout.alpha * sizeof(Sample), Load<Sample>(alpha));
+        Store(dst + order.alphaSample * sizeof(Sample), Load<Sample>(alpha));
         alpha += sizeof(Sample);
-        dst += layout.samples * sizeof(Sample);
+        dst += order.samples * sizeof(Sample);
     }
 }
 
@@ -77,14 +77,13 @@ void WithSampleOf(size_t sampleBytes, const Function& function) {
     }
 }
 
-void Split(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
-           size_t pixels) {
-    WithSampleOf(sampleBytes, [&](auto sample) { SplitSamples<decltype(sample)>(layout, src, colour, alpha, pixels); });
+void Split(const Order& order, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
+    WithSampleOf(sampleBytes, [&](auto sample) { SplitSamples<decltype(sample)>(order, src, colour, alpha, pixels); });
 }
 
-void Merge(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
+void Merge(const Order& order, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
            size_t pixels) {
-    WithSampleOf(sampleBytes, [&](auto sample) { MergeSamples<decltype(sample)>(layout, colour, alpha, dst, pixels); });
+    WithSampleOf(sampleBytes, [&](auto sample) { MergeSamples<decltype(sample)>(order, colour, alpha, dst, pixels); });
 }
 
 template <size_t Group>
@@ -93,16 +92,14 @@ void ExchangeEnds(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t g
 }
 
 // Which of the caller's samples becomes sample `i` of the plane.
-size_t CallerSampleOf(const Reordering& reordering, size_t i) {
-    switch (reordering.kind) {
-        case Reordering::Pairs:
+size_t CallerSampleOf(const Order& order, size_t i) {
+    switch (order.movement) {
+        case Movement::SwapPairs:
             return i ^ 1;
-        case Reordering::Triples:
+        case Movement::ReverseTriples:
             return i / 3 * 3 + 2 - i % 3;
-        case Reordering::Alpha: {
-            const PixelLayout& layout = *reordering.layout;
-            return i / layout.colourSamples * layout.samples + layout.colour[i % layout.colourSamples];
-        }
+        case Movement::SplitAlpha:
+            return i / order.colourSamples * order.samples + order.colour[i % order.colourSamples];
         default:
             return i;
     }
@@ -110,11 +107,11 @@ size_t CallerSampleOf(const Reordering& reordering, size_t i) {
 
 // The low part: each byte takes LowBits of each of as many samples as it holds.
 template <unsigned LowBits>
-void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
+void Pack(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
     constexpr size_t kPerByte = 8 / LowBits;
     constexpr unsigned kUnused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
-        const auto word = Load<uint16_t>(words + 2 * CallerSampleOf(reordering, i));
+        const auto word = Load<uint16_t>(words + 2 * CallerSampleOf(order, i));
         high[i] = static_cast<uint8_t>(word >> 8);
         const unsigned bits = (word & 0xFFU) >> kUnused << (i % kPerByte * LowBits);
         uint8_t& target = low[i / kPerByte];
@@ -123,13 +120,13 @@ void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, ui
 }
 
 template <unsigned LowBits>
-void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+void Unpack(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     constexpr size_t kPerByte = 8 / LowBits;
     constexpr unsigned kUnused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
         const unsigned bits = static_cast<unsigned>(low[i / kPerByte]) >> (i % kPerByte * LowBits) << kUnused;
         const auto word = static_cast<uint16_t>(static_cast<unsigned>(high[i]) << 8 | (bits & 0xFFU));
-        Store(words + 2 * CallerSampleOf(reordering, i), word);
+        Store(words + 2 * CallerSampleOf(order, i), word);
     }
 }
 
@@ -168,10 +165,10 @@ void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups,
     }
 }
 
-void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats) {
+void FixedToFloat(const Order& order, const uint8_t* fixed, size_t samples, uint8_t* floats) {
     constexpr float kOne = 16384.0F;
     for (size_t i = 0; i < samples; ++i) {
-        Store(floats + 4 * CallerSampleOf(reordering, i), static_cast<float>(Load<int16_t>(fixed + 2 * i)) / kOne);
+        Store(floats + 4 * CallerSampleOf(order, i), static_cast<float>(Load<int16_t>(fixed + 2 * i)) / kOne);
     }
 }
 
@@ -180,17 +177,17 @@ void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t sam
 constinit const RowKernels kPlainRowKernels = {
     .copy = Copy,
     .streamCopy = Copy,
-    .split = Split,
-    .merge = Merge,
+    .splitRow = Split,
+    .mergeRow = Merge,
     .swapPairs = ExchangeEnds<2>,
     .reverseTriples = ExchangeEnds<3>,
-    .pack10 = Pack<2>,
-    .pack12 = Pack<4>,
-    .unpack10 = Unpack<2>,
-    .unpack12 = Unpack<4>,
+    .packRow10 = Pack<2>,
+    .packRow12 = Pack<4>,
+    .unpackRow10 = Unpack<2>,
+    .unpackRow12 = Unpack<4>,
     .packedGroupsToPlane = PackedGroupsToPlane,
     .planeToPackedGroups = PlaneToPackedGroups,
-    .fixedToFloat = FixedToFloat,
+    .fixedRowToFloat = FixedToFloat,
 };
 
 }  // namespace plenar

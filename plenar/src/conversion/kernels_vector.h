@@ -22,8 +22,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "conversion/byte_shuffles.h"
 #include "conversion/row_kernels.h"
+#include "conversion/vector/alpha_shuffles.h"
+#include "conversion/vector/byte_shuffles.h"
 
 namespace plenar {
 namespace {
@@ -191,17 +192,16 @@ size_t SplitRounds(const SplitShuffles& shuffles, const uint8_t* src, uint8_t* c
 }
 
 template <class V>
-void Split(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
-           size_t pixels) {
-    const SplitShuffles& shuffles = layout.split[SampleSizeIndex(sampleBytes)];
+void Split(const Order& order, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
+    const SplitShuffles& shuffles = AlphaShufflesOf(order).split[SampleSizeIndex(sampleBytes)];
     const size_t alphaBytes = pixels * sampleBytes;
-    const auto rounds = layout.colourSamples == 3
+    const auto rounds = order.colourSamples == 3
                             ? (alpha != nullptr ? SplitRounds<V, 3, true> : SplitRounds<V, 3, false>)
                             : (alpha != nullptr ? SplitRounds<V, 2, true> : SplitRounds<V, 2, false>);
     const size_t done = rounds(shuffles, src, colour, alpha, alphaBytes, sampleBytes);
     if (done != alphaBytes) {
-        V::Next().split(layout, sampleBytes, src + done * layout.samples, colour + done * layout.colourSamples,
-                        alpha != nullptr ? alpha + done : nullptr, pixels - done / sampleBytes);
+        V::Next().splitRow(order, sampleBytes, src + done * order.samples, colour + done * order.colourSamples,
+                           alpha != nullptr ? alpha + done : nullptr, pixels - done / sampleBytes);
     }
 }
 
@@ -229,15 +229,15 @@ size_t MergeRounds(const MergeShuffles& shuffles, const uint8_t* colour, const u
 }
 
 template <class V>
-void Merge(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
+void Merge(const Order& order, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
            size_t pixels) {
-    const MergeShuffles& shuffles = layout.merge[SampleSizeIndex(sampleBytes)];
+    const MergeShuffles& shuffles = AlphaShufflesOf(order).merge[SampleSizeIndex(sampleBytes)];
     const size_t alphaBytes = pixels * sampleBytes;
-    const auto rounds = layout.colourSamples == 3 ? MergeRounds<V, 3> : MergeRounds<V, 2>;
+    const auto rounds = order.colourSamples == 3 ? MergeRounds<V, 3> : MergeRounds<V, 2>;
     const size_t done = rounds(shuffles, colour, alpha, dst, alphaBytes, sampleBytes);
     if (done != alphaBytes) {
-        V::Next().merge(layout, sampleBytes, colour + done * layout.colourSamples, alpha + done,
-                        dst + done * layout.samples, pixels - done / sampleBytes);
+        V::Next().mergeRow(order, sampleBytes, colour + done * order.colourSamples, alpha + done,
+                           dst + done * order.samples, pixels - done / sampleBytes);
     }
 }
 
@@ -337,7 +337,7 @@ struct PlainWords {
     static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
     static constexpr size_t kCallerBytes = 2 * kSamples;
 
-    explicit PlainWords(const Reordering&) {}
+    explicit PlainWords(const Order&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
@@ -355,7 +355,7 @@ struct PairWords {
 
     typename V::Reg pattern = V::Pattern(kPairShuffles[SampleSizeIndex(2)]);
 
-    explicit PairWords(const Reordering&) {}
+    explicit PairWords(const Order&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
@@ -371,7 +371,7 @@ struct TripleWords {
     static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
     static constexpr size_t kCallerBytes = 2 * kSamples;
 
-    explicit TripleWords(const Reordering&) {}
+    explicit TripleWords(const Order&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
@@ -391,8 +391,8 @@ struct ColourWords {
 
     typename V::Reg patterns[ColourSamples][2];
 
-    explicit ColourWords(const Reordering& reordering) {
-        const SplitShuffles& shuffles = reordering.layout->split[SampleSizeIndex(2)];
+    explicit ColourWords(const Order& order) {
+        const SplitShuffles& shuffles = AlphaShufflesOf(order).split[SampleSizeIndex(2)];
         for (size_t reg = 0; reg < ColourSamples; ++reg) {
             for (size_t term = 0; term < 2; ++term) {
                 const uint8_t* lanes[V::kLanes];
@@ -438,7 +438,7 @@ struct PackedWords {
     static constexpr size_t kSamples = kRegisters * kRegisterWords<V>;
     static constexpr size_t kCallerBytes = kSamples / kPackedGroupSamples * kPackedGroupBytes;
 
-    explicit PackedWords(const Reordering&) {}
+    explicit PackedWords(const Order&) {}
 
     template <size_t I>
     typename V::Reg Load(const uint8_t* src) const {
@@ -577,7 +577,7 @@ void PackUnit(const Source& source, const uint8_t* src, uint8_t* high, uint8_t* 
 
 // Whole units and, where a part of one is left, smaller rounds. Returns the samples done.
 template <class V, size_t LowBits, class Source>
-size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
+size_t PackRounds(const Order& order, const uint8_t* src, size_t samples, uint8_t* high, uint8_t* low) {
     constexpr size_t kStep = StepOf(Source::kGroup, LowBits);
     constexpr bool kHalves = Source::kRegisters % 8 == 0;
     constexpr size_t kLastRegisters = kHalves ? Source::kRegisters / 2 : Source::kRegisters;
@@ -586,7 +586,7 @@ size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t sampl
     if (covered < kLastSamples) {
         return 0;
     }
-    const Source source(reordering);
+    const Source source(order);
     const auto pack = [&]<size_t Registers>(size_t at) {
         PackUnit<V, LowBits, Registers>(source, src + at * Source::kCallerBytes / Source::kSamples, high + at,
                                         low + at / SamplesInLowByte(LowBits));
@@ -605,27 +605,25 @@ size_t PackRounds(const Reordering& reordering, const uint8_t* src, size_t sampl
 }
 
 // The bytes that `samples` samples of the plane take of the caller's row.
-inline size_t CallerBytesOf(const Reordering& reordering, size_t samples) {
-    return reordering.kind != Reordering::Alpha
-               ? 2 * samples
-               : 2 * samples / reordering.layout->colourSamples * reordering.layout->samples;
+inline size_t CallerBytesOf(const Order& order, size_t samples) {
+    return order.movement != Movement::SplitAlpha ? 2 * samples : 2 * samples / order.colourSamples * order.samples;
 }
 
 template <class V, size_t LowBits>
-void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
+void Pack(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
     auto rounds = PackRounds<V, LowBits, PlainWords<V>>;
-    if (reordering.kind == Reordering::Pairs) {
+    if (order.movement == Movement::SwapPairs) {
         rounds = PackRounds<V, LowBits, PairWords<V>>;
-    } else if (reordering.kind == Reordering::Triples) {
+    } else if (order.movement == Movement::ReverseTriples) {
         rounds = PackRounds<V, LowBits, TripleWords<V>>;
-    } else if (reordering.kind == Reordering::Alpha) {
-        rounds = reordering.layout->colourSamples == 3 ? PackRounds<V, LowBits, ColourWords<V, 3>>
-                                                       : PackRounds<V, LowBits, ColourWords<V, 2>>;
+    } else if (order.movement == Movement::SplitAlpha) {
+        rounds = order.colourSamples == 3 ? PackRounds<V, LowBits, ColourWords<V, 3>>
+                                          : PackRounds<V, LowBits, ColourWords<V, 2>>;
     }
-    const size_t done = rounds(reordering, words, samples, high, low);
+    const size_t done = rounds(order, words, samples, high, low);
     if (done != samples) {
-        const auto next = LowBits == 2 ? V::Next().pack10 : V::Next().pack12;
-        next(reordering, words + CallerBytesOf(reordering, done), samples - done, high + done,
+        const auto next = LowBits == 2 ? V::Next().packRow10 : V::Next().packRow12;
+        next(order, words + CallerBytesOf(order, done), samples - done, high + done,
              low + done / SamplesInLowByte(LowBits));
     }
 }
@@ -633,7 +631,7 @@ void Pack(const Reordering& reordering, const uint8_t* words, size_t samples, ui
 template <class V>
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
     const size_t samples = groups * kPackedGroupSamples;
-    const size_t done = PackRounds<V, 2, PackedWords<V>>({}, packed, samples, high, low);
+    const size_t done = PackRounds<V, 2, PackedWords<V>>(kUnknownOrder, packed, samples, high, low);
     if (done != samples) {
         const size_t doneGroups = done / kPackedGroupSamples;
         V::Next().packedGroupsToPlane(packed + doneGroups * kPackedGroupBytes, groups - doneGroups, high + done,
@@ -642,28 +640,28 @@ void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, ui
 }
 
 // The least that fills loads of 16 bytes of the low part, and whole registers of triples.
-constexpr size_t UnitSamples(Reordering::Kind kind) {
-    return kind == Reordering::Triples ? 96 : 64;
+constexpr size_t UnitSamples(Movement movement) {
+    return movement == Movement::ReverseTriples ? 96 : 64;
 }
 
-constexpr size_t GroupOf(Reordering::Kind kind) {
-    return kind == Reordering::Triples ? 3 : kind == Reordering::Pairs ? 2 : 1;
+constexpr size_t GroupOf(Movement movement) {
+    return movement == Movement::ReverseTriples ? 3 : movement == Movement::SwapPairs ? 2 : 1;
 }
 
 // The plane's sample that becomes sample i of the caller's row.
-constexpr size_t PlaneSampleOf(Reordering::Kind kind, size_t i) {
-    return kind == Reordering::Pairs ? i ^ 1 : kind == Reordering::Triples ? i / 3 * 3 + 2 - i % 3 : i;
+constexpr size_t PlaneSampleOf(Movement movement, size_t i) {
+    return movement == Movement::SwapPairs ? i ^ 1 : movement == Movement::ReverseTriples ? i / 3 * 3 + 2 - i % 3 : i;
 }
 
 // How the caller's words are put together: `tops` puts the samples' high bytes in their places, `lows` the bytes of the
 // low part that hold their low bits; these are brought to the top of the low byte by multiplication.
-template <class V, size_t LowBits, Reordering::Kind Kind>
+template <class V, size_t LowBits, Movement Kind>
 struct UnpackTables {
     static constexpr size_t kSamples = UnitSamples(Kind);
     static constexpr size_t kRegisters = kSamples / kRegisterWords<V>;
     static constexpr size_t kPerByte = SamplesInLowByte(LowBits);
     // Registers that differ in their factors.
-    static constexpr size_t kPeriod = Kind == Reordering::Triples ? 3 : 1;
+    static constexpr size_t kPeriod = Kind == Movement::ReverseTriples ? 3 : 1;
 
     struct Factors {
         uint16_t word[kRegisterWords<V>];
@@ -688,7 +686,7 @@ struct UnpackTables {
     }};
 };
 
-template <class V, size_t LowBits, Reordering::Kind Kind>
+template <class V, size_t LowBits, Movement Kind>
 size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     using Tables = UnpackTables<V, LowBits, Kind>;
     const auto mask = LowBits == 2 ? V::Words(0xC0, 0xC0) : V::Words(0xF0, 0xF0);
@@ -702,7 +700,7 @@ size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uin
 }
 
 // Less than a round, by way of a round beside it; what doesn't make whole groups stays. Returns the samples done.
-template <class V, size_t LowBits, Reordering::Kind Kind>
+template <class V, size_t LowBits, Movement Kind>
 size_t UnpackStaged(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     constexpr size_t kRoundSamples = UnitSamples(Kind);
     const size_t covered = samples - samples % StepOf(GroupOf(Kind), LowBits);
@@ -717,21 +715,21 @@ size_t UnpackStaged(const uint8_t* high, const uint8_t* low, size_t samples, uin
 }
 
 // Rows of less than a round are staged by the last set that is ahead of the plain one.
-template <class V, size_t LowBits, Reordering::Kind Kind>
+template <class V, size_t LowBits, Movement Kind>
 size_t UnpackMost(const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     const size_t done = UnpackRounds<V, LowBits, Kind>(high, low, samples, words);
     return done == 0 && V::kLanes == 1 ? UnpackStaged<V, LowBits, Kind>(high, low, samples, words) : done;
 }
 
 template <class V, size_t LowBits>
-void Unpack(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    const auto most = reordering.kind == Reordering::Pairs     ? UnpackMost<V, LowBits, Reordering::Pairs>
-                      : reordering.kind == Reordering::Triples ? UnpackMost<V, LowBits, Reordering::Triples>
-                                                               : UnpackMost<V, LowBits, Reordering::None>;
+void Unpack(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+    const auto most = order.movement == Movement::SwapPairs        ? UnpackMost<V, LowBits, Movement::SwapPairs>
+                      : order.movement == Movement::ReverseTriples ? UnpackMost<V, LowBits, Movement::ReverseTriples>
+                                                                   : UnpackMost<V, LowBits, Movement::InOrder>;
     const size_t done = most(high, low, samples, words);
     if (done != samples) {
-        const auto next = LowBits == 2 ? V::Next().unpack10 : V::Next().unpack12;
-        next(reordering, high + done, low + done / SamplesInLowByte(LowBits), samples - done, words + 2 * done);
+        const auto next = LowBits == 2 ? V::Next().unpackRow10 : V::Next().unpackRow12;
+        next(order, high + done, low + done / SamplesInLowByte(LowBits), samples - done, words + 2 * done);
     }
 }
 
@@ -803,7 +801,7 @@ void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups,
 }
 
 // Each word goes to the upper half of a dword.
-template <class V, Reordering::Kind Kind>
+template <class V, Movement Kind>
 struct FloatTables {
     static constexpr size_t kSamples = UnitSamples(Kind) / 2;
     static constexpr size_t kRegisters = kSamples * 4 / kRegisterBytes<V>;
@@ -813,7 +811,7 @@ struct FloatTables {
     }};
 };
 
-template <class V, Reordering::Kind Kind>
+template <class V, Movement Kind>
 size_t FloatRounds(const uint8_t* fixed, size_t samples, uint8_t* floats) {
     using Tables = FloatTables<V, Kind>;
     return CoverInRounds(samples, Tables::kSamples, GroupOf(Kind), true, false, [&](size_t at) {
@@ -824,13 +822,13 @@ size_t FloatRounds(const uint8_t* fixed, size_t samples, uint8_t* floats) {
 }
 
 template <class V>
-void FixedToFloat(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats) {
-    const auto rounds = reordering.kind == Reordering::Pairs     ? FloatRounds<V, Reordering::Pairs>
-                        : reordering.kind == Reordering::Triples ? FloatRounds<V, Reordering::Triples>
-                                                                 : FloatRounds<V, Reordering::None>;
+void FixedToFloat(const Order& order, const uint8_t* fixed, size_t samples, uint8_t* floats) {
+    const auto rounds = order.movement == Movement::SwapPairs        ? FloatRounds<V, Movement::SwapPairs>
+                        : order.movement == Movement::ReverseTriples ? FloatRounds<V, Movement::ReverseTriples>
+                                                                     : FloatRounds<V, Movement::InOrder>;
     const size_t done = rounds(fixed, samples, floats);
     if (done != samples) {
-        V::Next().fixedToFloat(reordering, fixed + 2 * done, samples - done, floats + 4 * done);
+        V::Next().fixedRowToFloat(order, fixed + 2 * done, samples - done, floats + 4 * done);
     }
 }
 
@@ -839,17 +837,17 @@ constexpr RowKernels VectorRowKernels() {
     return {
         .copy = CopyLines<V, false>,
         .streamCopy = CopyLines<V, true>,
-        .split = Split<V>,
-        .merge = Merge<V>,
+        .splitRow = Split<V>,
+        .mergeRow = Merge<V>,
         .swapPairs = SwapPairs<V>,
         .reverseTriples = ReverseTriples<V>,
-        .pack10 = Pack<V, 2>,
-        .pack12 = Pack<V, 4>,
-        .unpack10 = Unpack<V, 2>,
-        .unpack12 = Unpack<V, 4>,
+        .packRow10 = Pack<V, 2>,
+        .packRow12 = Pack<V, 4>,
+        .unpackRow10 = Unpack<V, 2>,
+        .unpackRow12 = Unpack<V, 4>,
         .packedGroupsToPlane = PackedGroupsToPlane<V>,
         .planeToPackedGroups = PlaneToPackedGroups<V>,
-        .fixedToFloat = FixedToFloat<V>,
+        .fixedRowToFloat = FixedToFloat<V>,
     };
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/exceptions.h"
 #include "conversion/row_kernels.h"
+#include "format/sample_type.h"
 #include "plenar_sdk.h"
 
 namespace plenar {
@@ -100,20 +101,16 @@ void PlaneRowToPacked(const RowKernels& kernels, uint32_t width, const uint8_t* 
 
 }  // namespace
 
-bool NeedsPacking(uint32_t componentType) {
-    return componentType == Uint10 || componentType == Uint12 || componentType == Packed10;
-}
-
 RowPacker::RowPacker(uint32_t type) : kernels_(ActiveRowKernels()) {
     switch (type) {
         case Uint10:
-            pack_ = kernels_.pack10;
-            unpack_ = kernels_.unpack10;
+            pack_ = kernels_.packRow10;
+            unpack_ = kernels_.unpackRow10;
             lowBits_ = 2;
             break;
         case Uint12:
-            pack_ = kernels_.pack12;
-            unpack_ = kernels_.unpack12;
+            pack_ = kernels_.packRow12;
+            unpack_ = kernels_.unpackRow12;
             lowBits_ = 4;
             break;
         case Packed10:
@@ -123,15 +120,14 @@ RowPacker::RowPacker(uint32_t type) : kernels_(ActiveRowKernels()) {
     }
 }
 
-void RowPacker::Pack(const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
-                     uint8_t* planeRow) const {
+void RowPacker::Pack(const Order& order, uint32_t width, const uint8_t* src, size_t samples, uint8_t* planeRow) const {
     if (pack_ == nullptr) {
         return PackedRowToPlane(kernels_, width, src, planeRow);
     }
-    pack_(reordering, src, samples, planeRow, planeRow + samples);
+    pack_(order, src, samples, planeRow, planeRow + samples);
 }
 
-void RowPacker::Unpack(const Reordering& reordering, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd,
+void RowPacker::Unpack(const Order& order, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd,
                        uint8_t* dst, size_t samples) const {
     if (unpack_ == nullptr) {
         return PlaneRowToPacked(kernels_, width, planeRow, dst);
@@ -139,13 +135,13 @@ void RowPacker::Unpack(const Reordering& reordering, uint32_t width, const uint8
     const uint8_t* low = planeRow + samples;
     const size_t lowBytes = (samples * lowBits_ + 7) / 8;
     if (lowBytes <= static_cast<size_t>(planeEnd - planeRow) - samples) {
-        return unpack_(reordering, planeRow, low, samples, dst);
+        return unpack_(order, planeRow, low, samples, dst);
     }
     // Only the last byte of the low part can be missing.
     const size_t whole = (lowBytes - 1) * 8 / lowBits_;
     const uint8_t missing = 0;
-    unpack_(reordering, planeRow, low, whole, dst);
-    unpack_(reordering, planeRow + whole, &missing, samples - whole, dst + whole * kWordBytes);
+    unpack_(order, planeRow, low, whole, dst);
+    unpack_(order, planeRow + whole, &missing, samples - whole, dst + whole * kWordBytes);
 }
 
 }  // namespace plenar

@@ -11,9 +11,6 @@
 
 namespace plenar {
 
-// Whether the samples of the type are stored in fewer bits than the caller holds them in.
-bool NeedsPacking(uint32_t componentType);
-
 // Packs and unpacks the rows of a type: what depends on the type alone is settled once for all of them.
 class RowPacker {
 public:
@@ -22,19 +19,18 @@ public:
 
     // One row each, of `width` pixels and `samples` samples, alpha left out (`samples` is not used for Packed10, whose
     // rows follow from the width and aren't reordered).
-    void Pack(const Reordering& reordering, uint32_t width, const uint8_t* src, size_t samples,
-              uint8_t* planeRow) const;
+    void Pack(const Order& order, uint32_t width, const uint8_t* src, size_t samples, uint8_t* planeRow) const;
 
     // Rows whose length is one sample more than the plane's (YCbYCr of odd width) ask for one byte behind the plane's
     // row. At `planeEnd` and beyond that byte counts as 0.
-    void Unpack(const Reordering& reordering, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd,
-                uint8_t* dst, size_t samples) const;
+    void Unpack(const Order& order, uint32_t width, const uint8_t* planeRow, const uint8_t* planeEnd, uint8_t* dst,
+                size_t samples) const;
 
 private:
     const RowKernels& kernels_;
     // Null for Packed10.
-    decltype(RowKernels::pack10) pack_ = nullptr;
-    decltype(RowKernels::unpack10) unpack_ = nullptr;
+    decltype(RowKernels::packRow10) pack_ = nullptr;
+    decltype(RowKernels::unpackRow10) unpack_ = nullptr;
     size_t lowBits_ = 0;  // of a sample, in the low part
 };
 

@@ -34,91 +34,63 @@ void SwapRow(size_t width, const uint8_t* src, size_t srcLength, uint8_t* dst, s
     }
 }
 
-void MergeRow(const PixelLayout& layout, size_t width, const uint8_t* colour, size_t colourLength, const uint8_t* alpha,
+void MergeRow(const Order& order, size_t width, const uint8_t* colour, size_t colourLength, const uint8_t* alpha,
               size_t alphaLength, uint8_t* dst) {
     const size_t pixels = alphaLength / width;
-    ActiveRowKernels().merge(layout, width, colour, alpha, dst, pixels);
+    ActiveRowKernels().mergeRow(order, width, colour, alpha, dst, pixels);
     // A 4:2:2 row of odd width ends in a chroma sample that has no pixel.
-    const size_t done = pixels * layout.colourSamples * width;
-    std::memcpy(dst + pixels * layout.samples * width, colour + done, colourLength - done);
+    const size_t done = pixels * order.colourSamples * width;
+    std::memcpy(dst + pixels * order.samples * width, colour + done, colourLength - done);
 }
 
 }  // namespace
 
-bool NeedsReorder(uint32_t colorComponentOrder) {
-    switch (colorComponentOrder) {
-        case CbYCrY:
-        case RGB:
-        case CbYCr:
-        case YCbCr420Planar:
-        case YCbCrA420Planar:
-        case AlphaOnly:
-        case CbYCrYPlusAlpha:
-            return false;
-        default:
-            return true;
-    }
-}
-
-Reordering ReorderingOf(uint32_t colorComponentOrder) {
-    if (!NeedsReorder(colorComponentOrder)) {
-        return {Reordering::None};
-    }
-    switch (colorComponentOrder) {
-        case YCbYCr:
-        case YCbYCrPlusAlpha:
-            return {Reordering::Pairs};
-        case BGR:
-            return {Reordering::Triples};
-        default:
-            break;
-    }
-    const PixelLayout* layout = FindPixelLayout(colorComponentOrder);
-    if (layout == nullptr) {
+const Order& OrderOf(uint32_t colorComponentOrder) {
+    const Order& order = FindOrder(colorComponentOrder);
+    if (!order.IsKnown()) {
         throw invalid_argument("color component order is not supported");
     }
-    return {Reordering::Alpha, layout};
+    return order;
 }
 
-void ReorderRowToPlane(const Reordering& reordering, uint32_t type, const uint8_t* src, size_t srcLength, uint8_t* dst,
+void ReorderRowToPlane(const Order& order, uint32_t type, const uint8_t* src, size_t srcLength, uint8_t* dst,
                        uint8_t* alphaDst) {
-    if (reordering.kind == Reordering::Alpha) {
+    if (order.movement == Movement::SplitAlpha) {
         const size_t width = SampleWidth(type);
-        const size_t pixels = srcLength / (reordering.layout->samples * width);
-        return ActiveRowKernels().split(*reordering.layout, width, src, dst, alphaDst, pixels);
+        const size_t pixels = srcLength / (order.samples * width);
+        return ActiveRowKernels().splitRow(order, width, src, dst, alphaDst, pixels);
     }
-    ReorderRowFromPlane(reordering, type, src, srcLength, nullptr, 0, dst, srcLength);
+    ReorderRowFromPlane(order, type, src, srcLength, nullptr, 0, dst, srcLength);
 }
 
-void ReorderRowFromPlane(const Reordering& reordering, uint32_t type, const uint8_t* colour, size_t colourLength,
+void ReorderRowFromPlane(const Order& order, uint32_t type, const uint8_t* colour, size_t colourLength,
                          const uint8_t* alpha, size_t alphaLength, uint8_t* dst, size_t dstLength) {
     const size_t width = SampleWidth(type);
-    switch (reordering.kind) {
-        case Reordering::None:
+    switch (order.movement) {
+        case Movement::InOrder:
             return ActiveRowKernels().copy(colour, dst, colourLength);
-        case Reordering::Pairs:
+        case Movement::SwapPairs:
             return SwapRow(width, colour, colourLength, dst, dstLength);
-        case Reordering::Triples:
+        case Movement::ReverseTriples:
             return ActiveRowKernels().reverseTriples(width, colour, dst, colourLength / (3 * width));
-        case Reordering::Alpha:
-            return MergeRow(*reordering.layout, width, colour, colourLength, alpha, alphaLength, dst);
+        case Movement::SplitAlpha:
+            return MergeRow(order, width, colour, colourLength, alpha, alphaLength, dst);
     }
 }
 
 // A row of odd width in an order of pairs lacks its last sample: that place takes its pair's first one, whose own place
 // takes what the target held there before.
-void FixedRowToFloat(const Reordering& reordering, const uint8_t* fixed, size_t fixedLength, uint8_t* dst,
-                     size_t dstLength) {
+void FixedRowToFloat(const Order& order, const uint8_t* fixed, size_t fixedLength, uint8_t* dst, size_t dstLength) {
     const size_t samples = fixedLength / sizeof(int16_t);
     const RowKernels& kernels = ActiveRowKernels();
     if (samples * sizeof(float) == dstLength) {
-        return kernels.fixedToFloat(reordering, fixed, samples, dst);
+        return kernels.fixedRowToFloat(order, fixed, samples, dst);
     }
     const size_t whole = samples - 1;
-    kernels.fixedToFloat(reordering, fixed, whole, dst);
+    kernels.fixedRowToFloat(order, fixed, whole, dst);
     uint8_t* last = dst + whole * sizeof(float);
     std::memcpy(last, last + sizeof(float), sizeof(float));
-    kernels.fixedToFloat({Reordering::None}, fixed + whole * sizeof(int16_t), 1, last + sizeof(float));
+    kernels.fixedRowToFloat(kUnknownOrder, fixed + whole * sizeof(int16_t), 1, last + sizeof(float));
 }
 
 }  // namespace plenar

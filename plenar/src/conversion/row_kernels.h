@@ -9,17 +9,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "conversion/pixel_layout.h"
+#include "format/order.h"
 #include "simd/target.h"
 
 namespace plenar {
-
-// How the caller's samples stand to those of the plane.
-struct Reordering {
-    enum Kind { None, Pairs, Triples, Alpha };
-    Kind kind = None;
-    const PixelLayout* layout = nullptr;  // with Alpha
-};
 
 struct RowKernels {
     // Bytes as they are. streamCopy writes past the caches: for results that wouldn't stay there until they are read.
@@ -27,11 +20,11 @@ struct RowKernels {
     void (*streamCopy)(const uint8_t* src, uint8_t* dst, size_t bytes);
 
     // Caller's pixels with alpha to plane pixels and alpha samples. alpha may be null: then alpha is dropped.
-    void (*split)(const PixelLayout& layout, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
-                  size_t pixels);
+    void (*splitRow)(const Order& order, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
+                     size_t pixels);
     // The way back.
-    void (*merge)(const PixelLayout& layout, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha,
-                  uint8_t* dst, size_t pixels);
+    void (*mergeRow)(const Order& order, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
+                     size_t pixels);
     // Exchanges the two samples of each pair. In place too.
     void (*swapPairs)(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t pairs);
     // Exchanges the first and the third sample of each pixel of three. In place too.
@@ -39,21 +32,20 @@ struct RowKernels {
 
     // Words with the sample in their top bits, reordered, to a high part of one byte a sample and a low part, in which
     // a byte takes the remaining bits of 4 (10 bits) or 2 (12 bits) samples, first sample lowest; unused bits are zero.
-    // `samples` counts those of the plane and is a multiple of what the reordering moves together; alpha is dropped.
-    void (*pack10)(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
-    void (*pack12)(const Reordering& reordering, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
-    // The way back; not with Alpha.
-    void (*unpack10)(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples,
-                     uint8_t* words);
-    void (*unpack12)(const Reordering& reordering, const uint8_t* high, const uint8_t* low, size_t samples,
-                     uint8_t* words);
+    // `samples` counts those of the plane and is a multiple of what the order moves together; alpha is dropped.
+    void (*packRow10)(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    void (*packRow12)(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low);
+    // The way back; not with alpha among the samples.
+    void (*unpackRow10)(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
+    void (*unpackRow12)(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words);
 
     // Whole groups of 12 samples: 4 words of three 10-bit fields to 12 bytes of the high part and 3 of the low part.
     void (*packedGroupsToPlane)(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low);
     void (*planeToPackedGroups)(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed);
 
-    // Signed fixed point with 14 fraction bits to single precision, exact, and reordered. Not with Alpha.
-    void (*fixedToFloat)(const Reordering& reordering, const uint8_t* fixed, size_t samples, uint8_t* floats);
+    // Signed fixed point with 14 fraction bits to single precision, exact, and reordered. Not with alpha among the
+    // samples.
+    void (*fixedRowToFloat)(const Order& order, const uint8_t* fixed, size_t samples, uint8_t* floats);
 };
 
 extern const RowKernels kPlainRowKernels;

@@ -19,7 +19,7 @@ struct OrderEntry {
     bool alpha;
 };
 
-constexpr OrderEntry kOrders[] = {
+constexpr OrderEntry kOrderEntries[] = {
     {PictureKind::YCbCr422, false},   // YCbYCr
     {PictureKind::YCbCr422, false},   // CbYCrY
     {PictureKind::Rgb, true},         // ARGB
@@ -107,8 +107,8 @@ void AppendPicture(PlaneTypeList& planes, PictureKind picture, const TypeEntry& 
 PlaneTypeList LookupFormatPlanes(const UncompressedParams& params) {
     const uint32_t order = params.colorComponentOrder;
     PlaneTypeList planes;
-    if (order >= YCbYCr && order <= std::size(kOrders)) {
-        const OrderEntry& entry = kOrders[order - YCbYCr];
+    if (order >= YCbYCr && order <= std::size(kOrderEntries)) {
+        const OrderEntry& entry = kOrderEntries[order - YCbYCr];
         if (const TypeEntry* type = FindType(order, params.componentType)) {
             AppendPicture(planes, entry.picture, *type);
             if (entry.alpha) {
@@ -137,7 +137,7 @@ PlaneTypeList FormatPlanesForFrame(const UncompressedParams& params, const Compr
 
 bool FormatHasAlphaPlane(const PlaneTypeList& planes, uint32_t colorComponentOrder) {
     // AlphaOnly counts three picture planes, so that its one plane is found to be an alpha plane.
-    const size_t picturePlanes = IsPlanarOrder(colorComponentOrder) ? 3 : 1;
+    const size_t picturePlanes = FindOrder(colorComponentOrder).IsPlanar() ? 3 : 1;
     return planes.size() != picturePlanes;
 }
 

@@ -23,31 +23,11 @@ uint64_t AddOrSaturate(uint64_t a, uint64_t b) {
     return b > kNoBufferFits - a ? kNoBufferFits : a + b;
 }
 
-// The samples of a row of the first plane, chroma shared by two pixels included.
-uint64_t RowSamples(uint32_t order, uint64_t width) {
-    const uint64_t odd = width & 1;
-    switch (order) {
-        case YCbYCr:
-        case YCbYCrPlusAlpha:
-            return (width + odd) * 2;
-        case CbYCrY:
-        case CbYCrYPlusAlpha:
-            return 2 * width + odd;
-        case ARGB:
-        case BGRA:
-        case RGBA:
-        case ABGR:
-        case YCbCrA:
-            return 4 * width;
-        case RGB:
-        case BGR:
-        case CbYCr:
-            return 3 * width;
-        case CbYACrYA:
-            return 3 * width + odd;
-        default:
-            return 0;
-    }
+// The samples of a row of interleaved samples. A 4:2:2 row of odd width ends on the chroma sample that its last pixel
+// shares, or, where luma stands first, on a whole group.
+uint64_t RowSamples(const Order& order, uint64_t width) {
+    const bool endsInChroma = order.picture == PictureKind::YCbCr422 && width % 2 != 0;
+    return order.samples * width + (endsInChroma ? (order.movement == Movement::SwapPairs ? 2U : 1U) : 0U);
 }
 
 // The strides of the first plane and of the second kind of plane, without padding.
@@ -60,12 +40,12 @@ TightStrides TightStridesFor(const UncompressedParams& params) {
     const uint32_t order = params.colorComponentOrder;
     const uint64_t sample = SampleBytes(params.componentType);
     TightStrides tight = {DefaultRowBytes(params), 0};
-    if (IsPlanarOrder(order)) {
+    if (FindOrder(order).IsPlanar()) {
         tight.first = params.width * sample;
     }
     if (SubsamplingClass(order) == 420) {
         tight.second = HalfUp(params.width) * sample;
-    } else if (HasAlphaPlaneApart(order)) {
+    } else if (FindOrder(order).HasAlphaBehind()) {
         tight.second = params.width * sample;
     }
     return tight;
@@ -84,7 +64,7 @@ void CheckStride(const char* name, uint32_t stride, uint64_t tight) {
 
 // The bytes of a row of the first plane without the 32-bit wrap of DefaultRowBytes.
 uint64_t TrueRowBytes(const UncompressedParams& params, uint64_t tight) {
-    if (params.componentType != Packed10 || IsPlanarOrder(params.colorComponentOrder)) {
+    if (params.componentType != Packed10 || FindOrder(params.colorComponentOrder).IsPlanar()) {
         return tight;
     }
     const uint64_t groups = (uint64_t{params.width} + kPackedGroupPixels - 1) / kPackedGroupPixels;
@@ -101,95 +81,27 @@ uint64_t TrueBufSize(const UncompressedParams& params) {
     const uint64_t first = MultiplyOrSaturate(params.height, layout.stride);
     if (SubsamplingClass(order) == 420) {
         const uint64_t chroma = MultiplyOrSaturate(2 * uint64_t{HalfUp(params.height)}, layout.chromaStride);
-        return AddOrSaturate(AddOrSaturate(first, chroma), HasAlpha(order) ? first : 0);
+        return AddOrSaturate(AddOrSaturate(first, chroma), FindOrder(order).HasAlpha() ? first : 0);
     }
-    return AddOrSaturate(first, HasAlphaPlaneApart(order) ? MultiplyOrSaturate(params.height, layout.alphaStride) : 0);
+    return AddOrSaturate(first,
+                         FindOrder(order).HasAlphaBehind() ? MultiplyOrSaturate(params.height, layout.alphaStride) : 0);
 }
 
 }  // namespace
 
-uint64_t SampleBytes(uint32_t componentType) {
-    switch (componentType) {
-        case Uint8:
-            return 1;
-        case Float32:
-            return 4;
-        default:
-            return 2;
-    }
-}
-
-uint8_t BitDepth(uint32_t componentType) {
-    switch (componentType) {
-        case Uint8:
-            return 8;
-        case Uint10:
-        case Packed10:
-            return 10;
-        case Uint12:
-            return 12;
-        case Uint16:
-        case Half16:
-        case Fixed2p14:
-            return 16;
-        case Float32:
-            return 32;
-        default:
-            return 0;
-    }
-}
-
 uint32_t SubsamplingClass(uint32_t colorComponentOrder) {
-    switch (colorComponentOrder) {
-        case YCbYCr:
-        case CbYCrY:
-        case CbYACrYA:
-        case YCbYCrPlusAlpha:
-        case CbYCrYPlusAlpha:
+    const Order& order = FindOrder(colorComponentOrder);
+    switch (order.picture) {
+        case PictureKind::YCbCr422:
             return 422;
-        case ARGB:
-        case BGRA:
-        case RGB:
-        case BGR:
-        case RGBA:
-        case ABGR:
-        case CbYCr:
-        case YCbCrA:
+        case PictureKind::YCbCr444:
+        case PictureKind::Rgb:
             return 444;
-        case YCbCr420Planar:
-        case YCbCrA420Planar:
+        case PictureKind::Planar420:
             return 420;
-        case AlphaOnly:
-            return 1;
         default:
-            return 0;
+            return order.IsKnown() ? 1 : 0;
     }
-}
-
-bool IsPlanarOrder(uint32_t colorComponentOrder) {
-    return SubsamplingClass(colorComponentOrder) == 420 || colorComponentOrder == AlphaOnly;
-}
-
-bool HasAlpha(uint32_t colorComponentOrder) {
-    switch (colorComponentOrder) {
-        case ARGB:
-        case BGRA:
-        case RGBA:
-        case ABGR:
-        case CbYACrYA:
-        case YCbCrA:
-        case YCbCrA420Planar:
-        case AlphaOnly:
-        case YCbYCrPlusAlpha:
-        case CbYCrYPlusAlpha:
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool HasAlphaPlaneApart(uint32_t colorComponentOrder) {
-    return colorComponentOrder == YCbYCrPlusAlpha || colorComponentOrder == CbYCrYPlusAlpha;
 }
 
 uint64_t DefaultRowBytes(const UncompressedParams& params) {
@@ -197,7 +109,7 @@ uint64_t DefaultRowBytes(const UncompressedParams& params) {
         const uint32_t rounded = (params.width + kPackedGroupPixels - 1) / kPackedGroupPixels * kPackedGroupPixels;
         return rounded * kPackedGroupBytes / kPackedGroupPixels;
     }
-    return RowSamples(params.colorComponentOrder, params.width) * SampleBytes(params.componentType);
+    return RowSamples(FindOrder(params.colorComponentOrder), params.width) * SampleBytes(params.componentType);
 }
 
 uint64_t UncompressedBufSize(const UncompressedParams& params) {
@@ -248,7 +160,7 @@ bool PictureFits(const UncompressedParams& params, uint32_t size) {
 void CheckEncodeParams(const UncompressedParams& params, const CompressedParams& compressedParams, uint32_t srcSize) {
     const uint32_t order = params.colorComponentOrder;
     const uint32_t type = params.componentType;
-    if (compressedParams.alphaRle != 0 && HasAlpha(order) && type != Uint8 && type != Uint16) {
+    if (compressedParams.alphaRle != 0 && FindOrder(order).HasAlpha() && type != Uint8 && type != Uint16) {
         throw invalid_argument("Only 8 and 16 bit alpha supported for RLE compression");
     }
     const uint32_t subsampling = SubsamplingClass(order);

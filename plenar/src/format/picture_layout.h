@@ -5,19 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "format/order.h"
+#include "format/sample_type.h"
 #include "plenar_sdk.h"
 
 namespace plenar {
 
-uint64_t SampleBytes(uint32_t componentType);             // 2 for a type outside the enumeration
-uint8_t BitDepth(uint32_t componentType);                 // 0 for a type outside the enumeration
 uint32_t SubsamplingClass(uint32_t colorComponentOrder);  // 444, 422, 420, 1 for alpha alone, 0 for an unknown order
-
-bool IsPlanarOrder(uint32_t colorComponentOrder);
-bool HasAlpha(uint32_t colorComponentOrder);
-
-// Orders that hold a picture plane and then an alpha plane of its own.
-bool HasAlphaPlaneApart(uint32_t colorComponentOrder);
 
 // Half a width or a height, rounded up.
 inline uint32_t HalfUp(uint32_t size) {

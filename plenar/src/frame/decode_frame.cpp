@@ -39,7 +39,7 @@ public:
         } else if (order != AlphaOnly) {
             WriteInterleaved();
         }
-        if (HasAlpha(order) && !HasInterleavedAlpha(order)) {
+        if (FindOrder(order).HasAlpha() && !HasInterleavedAlpha(order)) {
             WriteAlphaPlane();
         }
     }

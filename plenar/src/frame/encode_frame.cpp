@@ -22,7 +22,7 @@ public:
           compressedParams_(compressedParams),
           layout_(LayOutPicture(params)),
           plan_(PlanFrame(params, compressedParams)),
-          hasAlphaPlane_(HasAlpha(params.colorComponentOrder) &&
+          hasAlphaPlane_(FindOrder(params.colorComponentOrder).HasAlpha() &&
                          FormatHasAlphaPlane(LookupFormatPlanes(params), params.colorComponentOrder)),
           src_(src),
           srcSize_(srcSize),
@@ -31,7 +31,7 @@ public:
     const FramePlan& Plan() const { return plan_; }
 
     void WritePlanes() {
-        if (IsPlanarOrder(params_.colorComponentOrder)) {
+        if (FindOrder(params_.colorComponentOrder).IsPlanar()) {
             WritePlanar();
         } else {
             WriteInterleaved();

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "conversion/pixel_layout.h"
+#include "format/order.h"
 #include "format/picture_layout.h"
 #include "plenar_sdk.h"
 #include "rle/rle_params.h"
@@ -38,18 +38,18 @@ inline size_t AlphaRowBytes(const UncompressedParams& params) {
 
 // Alpha samples that stand among the others in the caller's rows, as against those in a plane of their own.
 inline bool HasInterleavedAlpha(uint32_t order) {
-    return FindPixelLayout(order) != nullptr;
+    return FindOrder(order).alpha == AlphaPlace::Interleaved;
 }
 
 // The caller's alpha plane as the coder sees it; alpha among other samples is coded from rows without padding.
 inline RleParams AlphaRleParams(const UncompressedParams& params, uint8_t bandLimit) {
     const uint32_t order = params.colorComponentOrder;
-    const uint32_t planarStride = IsPlanarOrder(order) ? params.rowBytes : 0;
+    const uint32_t planarStride = FindOrder(order).IsPlanar() ? params.rowBytes : 0;
     return {.width = params.width,
             .height = params.height,
             .bitdepth = BitDepth(params.componentType),
             .band_limit = bandLimit,
-            .row_bytes = HasAlphaPlaneApart(order) ? params.rowBytes2 : planarStride};
+            .row_bytes = FindOrder(order).HasAlphaBehind() ? params.rowBytes2 : planarStride};
 }
 
 }  // namespace plenar
