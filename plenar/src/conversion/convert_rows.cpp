@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
-#include "conversion/packing.h"
-#include "conversion/reorder.h"
+#include "conversion/row_conversion.h"
 #include "conversion/row_kernels.h"
-#include "format/picture_layout.h"
+#include "format/sample_type.h"
 #include "pool/bands.h"
 #include "simd/target.h"
 
@@ -13,15 +12,31 @@ namespace plenar {
 
 namespace {
 
-// Runs runBand(band) for bands that make up `height` rows of `rowBytes` bytes: one for each worker, or one if there are
-// none.
-template <class RunBand>
-void RunInBands(WorkPool& pool, uint32_t height, size_t rowBytes, const RunBand& runBand) {
+// The rows of one side of a conversion; a side that isn't there has no first row.
+template <class Byte>
+struct RowsOf {
+    Byte* first;
+    size_t stride;
+
+    Byte* At(size_t row) const { return first != nullptr ? first + row * stride : nullptr; }
+};
+
+// Calls convert(rows of each side..., count) for `height` rows of `rowBytes` bytes, in bands: one for each worker, or
+// one if there are none. The count is 1, or, where rows are joined, that of a band's rows.
+template <class Convert, class... Byte>
+void ConvertInBands(WorkPool& pool, uint32_t height, size_t rowBytes, bool joinsRows, const Convert& convert,
+                    const RowsOf<Byte>&... sides) {
     if (height == 0 || rowBytes == 0) {
         return;
     }
     const RowBands bands = SplitRows(height, std::max(pool.WorkerCount(), 1U));
-    RunBatch(pool, bands.Count(), [&](uint32_t i) { runBand(bands[i]); });
+    RunBatch(pool, bands.Count(), [&](uint32_t i) {
+        const Band band = bands[i];
+        const size_t count = joinsRows ? band.rows : 1;
+        for (size_t row = 0; row < band.rows; row += count) {
+            convert(sides.At(band.firstRow + row)..., count);
+        }
+    });
 }
 
 // The kernel for rows that are copied as part of so many bytes read and written. What outgrows the last cache is
@@ -31,145 +46,76 @@ auto CopyKernelFor(uint64_t bytesMoved) {
     return bytesMoved > LastLevelCacheBytes() ? kernels.streamCopy : kernels.copy;
 }
 
-// Whether all rows are made of whole pixels, so that rows of bytes that are moved one by one can be taken as one long
-// row where there is no padding. A 4:2:2 row of odd width ends in a chroma sample of its own.
-bool CanJoinRows(const UncompressedParams& params) {
-    return params.width % 2 == 0 || SubsamplingClass(params.colorComponentOrder) != 422;
-}
-
-EncodeRowsArgs BandOf(EncodeRowsArgs args, const Band& band) {
-    args.params.height = band.rows;
-    args.src += band.firstRow * args.srcStride;
-    args.dst += band.firstRow * args.dstStride;
-    args.alphaDst = args.alphaDst != nullptr ? args.alphaDst + band.firstRow * args.alphaStride : nullptr;
-    return args;
-}
-
-void JoinRows(EncodeRowsArgs& band) {
-    band.rowLength *= band.params.height;
-    band.dstStride *= band.params.height;
-    band.alphaStride *= band.params.height;
-    band.params.height = 1;
-}
-
-void PackBand(const EncodeRowsArgs& band, const Order& order) {
-    const UncompressedParams& params = band.params;
-    const RowPacker packer(params.componentType);
-    const size_t samples = (band.rowLength - band.alphaStride) / SampleBytes(params.componentType);
-    for (size_t row = 0; row < params.height; ++row) {
-        packer.Pack(order, params.width, band.src + row * band.srcStride, samples, band.dst + row * band.dstStride);
-    }
-}
-
-void EncodeBand(EncodeRowsArgs band) {
-    const Order& order = OrderOf(band.params.colorComponentOrder);
-    if (NeedsPacking(band.params.componentType)) {
-        return PackBand(band, order);
-    }
-    if (CanJoinRows(band.params) && band.srcStride == band.rowLength) {
-        JoinRows(band);
-    }
-    for (size_t row = 0; row < band.params.height; ++row) {
-        ReorderRowToPlane(order, band.params.componentType, band.src + row * band.srcStride, band.rowLength,
-                          band.dst + row * band.dstStride,
-                          band.alphaDst != nullptr ? band.alphaDst + row * band.alphaStride : nullptr);
-    }
-}
-
-DecodeRowsArgs BandOf(DecodeRowsArgs args, const Band& band) {
-    args.params.height = band.rows;
-    args.plane += band.firstRow * args.planeStride;
-    args.alpha = args.alpha != nullptr ? args.alpha + band.firstRow * args.alphaStride : nullptr;
-    args.dst += band.firstRow * args.dstStride;
-    return args;
-}
-
-void JoinRows(DecodeRowsArgs& band) {
-    band.planeStride *= band.params.height;
-    band.alphaStride *= band.params.height;
-    band.rowLength *= band.params.height;
-    band.params.height = 1;
-}
-
-void UnpackBand(const DecodeRowsArgs& band, const Order& order) {
-    const UncompressedParams& params = band.params;
-    const RowPacker packer(params.componentType);
-    const size_t samples = band.rowLength / SampleBytes(params.componentType);
-    for (size_t row = 0; row < params.height; ++row) {
-        packer.Unpack(order, params.width, band.plane + row * band.planeStride, band.planeEnd,
-                      band.dst + row * band.dstStride, samples);
-    }
-}
-
-void DecodeRow(const DecodeRowsArgs& band, const Order& order, const uint8_t* planeRow, const uint8_t* alphaRow,
-               uint8_t* dst) {
-    if (band.fixedToFloat) {
-        FixedRowToFloat(order, planeRow, band.planeStride, dst, band.rowLength);
-    } else {
-        ReorderRowFromPlane(order, band.params.componentType, planeRow, band.planeStride, alphaRow, band.alphaStride,
-                            dst, band.rowLength);
-    }
-}
-
-void DecodeBand(DecodeRowsArgs band) {
-    const Order& order = OrderOf(band.params.colorComponentOrder);
-    if (NeedsPacking(band.params.componentType) && !band.fixedToFloat) {
-        return UnpackBand(band, order);
-    }
-    if (CanJoinRows(band.params) && band.dstStride == band.rowLength) {
-        JoinRows(band);
-    }
-    for (size_t row = 0; row < band.params.height; ++row) {
-        DecodeRow(band, order, band.plane + row * band.planeStride,
-                  band.alpha != nullptr ? band.alpha + row * band.alphaStride : nullptr,
-                  band.dst + row * band.dstStride);
-    }
-}
-
-void CopyBand(const CopyRowsArgs& args, const Band& band) {
-    const auto copy = CopyKernelFor(args.rows * uint64_t{2} * args.rowLength);
-    const uint8_t* src = args.src + band.firstRow * args.srcStride;
-    uint8_t* dst = args.dst + band.firstRow * args.dstStride;
-    if (args.srcStride == args.rowLength && args.dstStride == args.rowLength) {
-        return copy(src, dst, band.rows * args.rowLength);
-    }
-    for (size_t row = 0; row < band.rows; ++row) {
-        copy(src + row * args.srcStride, dst + row * args.dstStride, args.rowLength);
-    }
-}
-
-bool IsCopied(const UncompressedParams& params) {
-    return !NeedsReorder(params.colorComponentOrder) && !NeedsPacking(params.componentType);
-}
-
 }  // namespace
 
 void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
-    if (IsCopied(args.params)) {
+    const UncompressedParams& params = args.params;
+    const Order& order = FindOrder(params.colorComponentOrder);
+    if (IsCopied(order, params.componentType)) {
         return CopyRows(pool, {.src = args.src,
                                .srcStride = args.srcStride,
                                .dst = args.dst,
                                .dstStride = args.dstStride,
                                .rowLength = args.dstStride,
-                               .rows = args.params.height});
+                               .rows = params.height});
     }
-    RunInBands(pool, args.params.height, args.rowLength, [&](const Band& band) { EncodeBand(BandOf(args, band)); });
+    const RowShape shape = {.kernels = ActiveRowKernels(),
+                            .order = order,
+                            .sampleBytes = SampleBytes(params.componentType),
+                            .width = params.width,
+                            .callerBytes = args.rowLength,
+                            .planeBytes = args.dstStride,
+                            .alphaBytes = args.alphaStride,
+                            .planeEnd = nullptr};
+    const EncodeConversion conversion = EncodeConversionFor(shape, params.componentType);
+    const bool joinsRows = conversion.joinsRows && args.srcStride == args.rowLength;
+    ConvertInBands(
+        pool, params.height, args.rowLength, joinsRows,
+        [&](const uint8_t* caller, uint8_t* plane, uint8_t* alpha, size_t rows) {
+            conversion.run(shape, caller, plane, alpha, rows);
+        },
+        RowsOf<const uint8_t>{args.src, args.srcStride}, RowsOf<uint8_t>{args.dst, args.dstStride},
+        RowsOf<uint8_t>{args.alphaDst, args.alphaStride});
 }
 
 void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
-    if (IsCopied(args.params) && !args.fixedToFloat) {
+    const UncompressedParams& params = args.params;
+    const Order& order = FindOrder(params.colorComponentOrder);
+    if (IsCopied(order, params.componentType) && !args.fixedToFloat) {
         return CopyRows(pool, {.src = args.plane,
                                .srcStride = args.planeStride,
                                .dst = args.dst,
                                .dstStride = args.dstStride,
                                .rowLength = args.planeStride,
-                               .rows = args.params.height});
+                               .rows = params.height});
     }
-    RunInBands(pool, args.params.height, args.rowLength, [&](const Band& band) { DecodeBand(BandOf(args, band)); });
+    const RowShape shape = {.kernels = ActiveRowKernels(),
+                            .order = order,
+                            .sampleBytes = SampleBytes(params.componentType),
+                            .width = params.width,
+                            .callerBytes = args.rowLength,
+                            .planeBytes = args.planeStride,
+                            .alphaBytes = args.alphaStride,
+                            .planeEnd = args.planeEnd};
+    const DecodeConversion conversion =
+        args.fixedToFloat ? FixedToFloatConversionFor(shape) : DecodeConversionFor(shape, params.componentType);
+    const bool joinsRows = conversion.joinsRows && args.dstStride == args.rowLength;
+    ConvertInBands(
+        pool, params.height, args.rowLength, joinsRows,
+        [&](const uint8_t* plane, const uint8_t* alpha, uint8_t* caller, size_t rows) {
+            conversion.run(shape, plane, alpha, caller, rows);
+        },
+        RowsOf<const uint8_t>{args.plane, args.planeStride}, RowsOf<const uint8_t>{args.alpha, args.alphaStride},
+        RowsOf<uint8_t>{args.dst, args.dstStride});
 }
 
 void CopyRows(WorkPool& pool, const CopyRowsArgs& args) {
-    RunInBands(pool, args.rows, args.rowLength, [&](const Band& band) { CopyBand(args, band); });
+    const auto copy = CopyKernelFor(args.rows * uint64_t{2} * args.rowLength);
+    const bool joinsRows = args.srcStride == args.rowLength && args.dstStride == args.rowLength;
+    ConvertInBands(
+        pool, args.rows, args.rowLength, joinsRows,
+        [&](const uint8_t* src, uint8_t* dst, size_t rows) { copy(src, dst, rows * args.rowLength); },
+        RowsOf<const uint8_t>{args.src, args.srcStride}, RowsOf<uint8_t>{args.dst, args.dstStride});
 }
 
 }  // namespace plenar

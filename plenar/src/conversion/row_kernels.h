@@ -49,13 +49,15 @@ struct RowKernels {
 };
 
 extern const RowKernels kPlainRowKernels;
-extern const RowKernels kSsse3RowKernels;
-extern const RowKernels kAvx2RowKernels;  // for processors with AVX2 alone
 
+// Of a target that the processor runs.
 const RowKernels& RowKernelsFor(Target target);
 
 inline const RowKernels& ActiveRowKernels() {
     return RowKernelsFor(ActiveTarget());
 }
+
+// Replaces the kernels of the narrower target by those that the target has of its own. In the processor's folder.
+void OverrideRowKernels(Target target, RowKernels& kernels);
 
 }  // namespace plenar

@@ -20,15 +20,18 @@ constexpr std::array<Target, kTargetCount> kAllTargets = [] {
     return targets;
 }();
 
-const Target kBestTarget = DetectBestTarget();
-const size_t kDetectedCacheBytes = DetectLastLevelCacheBytes();
+Target BestTarget() {
+    static const Target kBest = DetectBestTarget();
+    return kBest;
+}
 
-std::atomic<Target> activeTarget{kBestTarget};
+std::atomic<Target> activeTarget{BestTarget()};
+const size_t kDetectedCacheBytes = DetectLastLevelCacheBytes();
 
 }  // namespace
 
 std::span<const Target> RunnableTargets() {
-    return std::span(kAllTargets).first(static_cast<size_t>(kBestTarget) + 1);
+    return std::span(kAllTargets).first(static_cast<size_t>(BestTarget()) + 1);
 }
 
 Target ActiveTarget() {

@@ -20,6 +20,10 @@ using Vector = typename VectorType<Lane, kVectorBytes>::Type;
 template <class Lane>
 constexpr size_t kLanes = kVectorBytes / sizeof(Lane);
 
+using Bytes = Vector<uint8_t>;
+using Words = Vector<uint16_t>;
+using Dwords = Vector<uint32_t>;
+
 template <class Lane>
 [[gnu::always_inline]] inline Vector<Lane> Load(const void* place) {
     return LoadVector<Vector<Lane>>(place);
@@ -28,6 +32,14 @@ template <class Lane>
 template <class Lane>
 [[gnu::always_inline]] inline Vector<Lane> Splat(Lane value) {
     return Vector<Lane>{} + value;
+}
+
+// Two numbers by turns.
+[[gnu::always_inline]] inline Bytes BytesOf(uint8_t even, uint8_t odd) {
+    return As<Bytes>(Splat(static_cast<uint16_t>(even | odd << 8)));
+}
+[[gnu::always_inline]] inline Words WordsOf(uint16_t even, uint16_t odd) {
+    return As<Words>(Splat(even | uint32_t{odd} << 16));
 }
 
 // Lane i of the result is lane place(i) of a and, behind them, b.

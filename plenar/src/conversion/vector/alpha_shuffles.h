@@ -12,6 +12,25 @@
 
 namespace plenar {
 
+// Pixels with alpha. A unit is four groups of 4 bytes of alpha each: 16 bytes of alpha, and 64 bytes of the caller with
+// 48 of colour, or in 4:2:2 rows 48 with 32. These are the offsets of the loads in the caller's bytes and in the
+// colour's.
+inline constexpr size_t kGroupAlphaBytes = 4;
+inline constexpr size_t kSplitLoads4[4] = {0, 16, 32, 48};  // colour piece j comes from loads j and j + 1
+inline constexpr size_t kSplitLoads3[4] = {0, 8, 24, 32};   // colour piece j comes from loads 2 j and 2 j + 1
+inline constexpr size_t kMergeLoads4[4] = {0, 12, 24, 32};  // caller piece j comes from load j, and from the alpha
+inline constexpr size_t kMergeLoads3[4] = {0, 8, 16, 0};    // likewise, of three pieces
+
+struct SplitShuffles {
+    Shuffle16 colour[3][2];
+    Shuffle16 alpha[4];  // group i comes from load i
+};
+
+struct MergeShuffles {
+    Shuffle16 colour[4];
+    Shuffle16 alpha[4];
+};
+
 // By the logarithm of the sample's size.
 struct AlphaShuffles {
     SplitShuffles split[kSampleSizes] = {};

@@ -16,6 +16,19 @@ struct Vector32 {
     using Words = VectorType<uint16_t, kBytes>::Type;
     using Dwords = VectorType<uint32_t, kBytes>::Type;
 
+    // Where the places are known to be the same, or one behind the other, it is a single load.
+    static Bytes LoadLanes(const uint8_t* const (&places)[2]) {
+        const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(places[0]));
+        if (places[1] == places[0]) {
+            return As<Bytes>(_mm256_broadcastsi128_si256(lower));
+        }
+        if (places[1] == places[0] + sizeof lower) {
+            return LoadVector<Bytes>(places[0]);
+        }
+        const __m128i upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(places[1]));
+        return As<Bytes>(_mm256_inserti128_si256(_mm256_castsi128_si256(lower), upper, 1));
+    }
+
     static Bytes Shuffle(Bytes value, Bytes pattern) {
         return As<Bytes>(_mm256_shuffle_epi8(Raw(value), Raw(pattern)));
     }
@@ -38,15 +51,6 @@ struct Vector32 {
     static Words Hide(Words value) {
         asm("" : "+x"(value));
         return value;
-    }
-
-    // 16 bytes from each of two places.
-    static Bytes LoadTwo(const uint8_t* lower, const uint8_t* upper) {
-        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lower));
-        return lower == upper
-                   ? As<Bytes>(_mm256_broadcastsi128_si256(low))
-                   : As<Bytes>(_mm256_inserti128_si256(_mm256_castsi128_si256(low),
-                                                       _mm_loadu_si128(reinterpret_cast<const __m128i*>(upper)), 1));
     }
 
     // Dword i of the result is dword places[i] of the value.

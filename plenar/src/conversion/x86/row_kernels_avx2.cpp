@@ -1,0 +1,10 @@
+#include "conversion/vector/override_row_kernels.h"
+#include "conversion/x86/row_kernels_x86.h"
+
+namespace plenar {
+
+void OverrideWithAvx2(RowKernels& kernels) {
+    OverrideWithVectors(kernels);
+}
+
+}  // namespace plenar
