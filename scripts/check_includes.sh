@@ -16,7 +16,7 @@ for ((step = 0; step < ${#steps[@]}; ++step)); do
     below=$(tr ' ' '|' <<<"${steps[*]:step + 1}")
     for module in ${steps[step]}; do
         found=$(grep -rHn '^#include "' "$module" |
-            grep -vE "#include \"(plenar_sdk\.h|processor_targets\.h|($module${below:+|$below})/.*)\"" || true)
+            grep -vE "#include \"(plenar_sdk\.h|processor_(targets|vector)\.h|($module${below:+|$below})/.*)\"" || true)
         if [[ -n $found ]]; then
             printf 'not for %s:\n%s\n' "$module" "$found"
             failed=1

@@ -118,22 +118,13 @@ constexpr GatherTwo MakeGatherTwo(size_t index, size_t inputBytes, const Source&
     return gather;
 }
 
-// 16 bytes for each lane, from `at`.
-[[gnu::always_inline]] inline Bytes LoadAt(const uint8_t* src, const size_t (&at)[kSixteens]) {
-    const uint8_t* places[kSixteens];
-    for (size_t lane = 0; lane < kSixteens; ++lane) {
-        places[lane] = src + at[lane];
-    }
-    return TargetVector::LoadLanes(places);
-}
-
-// The same, `distance` bytes apart.
+// 16 bytes for each lane, `distance` bytes apart.
 [[gnu::always_inline]] inline Bytes LoadApart(const uint8_t* src, size_t distance) {
-    const uint8_t* places[kSixteens];
+    size_t at[kSixteens];
     for (size_t lane = 0; lane < kSixteens; ++lane) {
-        places[lane] = src + lane * distance;
+        at[lane] = lane * distance;
     }
-    return TargetVector::LoadLanes(places);
+    return TargetVector::LoadLanes(src, at);
 }
 
 [[gnu::always_inline]] inline Bytes InEachLane(const Shuffle16& shuffle) {
@@ -141,7 +132,7 @@ constexpr GatherTwo MakeGatherTwo(size_t index, size_t inputBytes, const Source&
 }
 
 [[gnu::always_inline]] inline Bytes Gathered(const uint8_t* src, const Gather& gather) {
-    return TargetVector::Shuffle(LoadAt(src, gather.load), Load<uint8_t>(gather.pattern));
+    return TargetVector::Shuffle(TargetVector::LoadLanes(src, gather.load), Load<uint8_t>(gather.pattern));
 }
 
 [[gnu::always_inline]] inline Bytes Gathered(const uint8_t* src, const GatherTwo& gather) {

@@ -90,7 +90,8 @@ struct ColourWords {
         constexpr auto kLower = LoadsOf(I, 0);
         constexpr auto kUpper = LoadsOf(I, 1);
         const auto& pattern = patterns[I % ColourSamples];
-        return As<Words>(ShuffleTwo(LoadAt(src, kLower.load), pattern[0], LoadAt(src, kUpper.load), pattern[1]));
+        return As<Words>(ShuffleTwo(TargetVector::LoadLanes(src, kLower.load), pattern[0],
+                                    TargetVector::LoadLanes(src, kUpper.load), pattern[1]));
     }
 
 private:

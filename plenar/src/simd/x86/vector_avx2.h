@@ -16,16 +16,16 @@ struct Vector32 {
     using Words = VectorType<uint16_t, kBytes>::Type;
     using Dwords = VectorType<uint32_t, kBytes>::Type;
 
-    // Where the places are known to be the same, or one behind the other, it is a single load.
-    static Bytes LoadLanes(const uint8_t* const (&places)[2]) {
-        const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(places[0]));
-        if (places[1] == places[0]) {
+    // Where the offsets are constants, one of the cases is left.
+    [[gnu::always_inline]] static Bytes LoadLanes(const uint8_t* src, const size_t (&at)[2]) {
+        const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + at[0]));
+        if (at[1] == at[0]) {
             return As<Bytes>(_mm256_broadcastsi128_si256(lower));
         }
-        if (places[1] == places[0] + sizeof lower) {
-            return LoadVector<Bytes>(places[0]);
+        if (at[1] == at[0] + sizeof lower) {
+            return LoadVector<Bytes>(src + at[0]);
         }
-        const __m128i upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(places[1]));
+        const __m128i upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + at[1]));
         return As<Bytes>(_mm256_inserti128_si256(_mm256_castsi128_si256(lower), upper, 1));
     }
 

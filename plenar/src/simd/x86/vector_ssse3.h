@@ -16,8 +16,8 @@ struct Vector16 {
     using Words = VectorType<uint16_t, kBytes>::Type;
     using Dwords = VectorType<uint32_t, kBytes>::Type;
 
-    // 16 bytes from each place.
-    static Bytes LoadLanes(const uint8_t* const (&places)[1]) { return LoadVector<Bytes>(places[0]); }
+    // 16 bytes from each offset.
+    static Bytes LoadLanes(const uint8_t* src, const size_t (&at)[1]) { return LoadVector<Bytes>(src + at[0]); }
 
     // In each 16 bytes, byte i of the result is byte pattern[i] of the value, or 0 where the pattern's top bit is set.
     static Bytes Shuffle(Bytes value, Bytes pattern) { return As<Bytes>(_mm_shuffle_epi8(Raw(value), Raw(pattern))); }
