@@ -1,23 +1,13 @@
 // The kernels sample by sample: what all other sets must agree with, and what they use for the ends of rows.
 #include <cstring>
 
+#include "base/bytes.h"
 #include "conversion/row_kernels.h"
+#include "format/packed10.h"
 
 namespace plenar {
 
 namespace {
-
-template <class T>
-T Load(const uint8_t* bytes) {
-    T value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
-template <class T>
-void Store(uint8_t* bytes, T value) {
-    std::memcpy(bytes, &value, sizeof value);
-}
 
 void Copy(const uint8_t* src, uint8_t* dst, size_t bytes) {
     std::memcpy(dst, src, bytes);
@@ -27,11 +17,11 @@ template <class Sample>
 void SplitSamples(const Order& order, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
     for (size_t pixel = 0; pixel < pixels; ++pixel) {
         for (size_t i = 0; i < order.colourSamples; ++i) {
-            Store(colour, Load<Sample>(src + order.colour[i] * sizeof(Sample)));
+            StoreAs(colour, LoadAs<Sample>(src + order.colour[i] * sizeof(Sample)));
             colour += sizeof(Sample);
         }
         if (alpha != nullptr) {
-            Store(alpha, Load<Sample>(src + order.alphaSample * sizeof(Sample)));
+            StoreAs(alpha, LoadAs<Sample>(src + order.alphaSample * sizeof(Sample)));
             alpha += sizeof(Sample);
         }
         src += order.samples * sizeof(Sample);
@@ -42,10 +32,10 @@ template <class Sample>
 void MergeSamples(const Order& order, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst, size_t pixels) {
     for (size_t pixel = 0; pixel < pixels; ++pixel) {
         for (size_t i = 0; i < order.colourSamples; ++i) {
-            Store(dst + order.colour[i] * sizeof(Sample), Load<Sample>(colour));
+            StoreAs(dst + order.colour[i] * sizeof(Sample), LoadAs<Sample>(colour));
             colour += sizeof(Sample);
         }
-        Store(dst + order.alphaSample * sizeof(Sample), Load<Sample>(alpha));
+        StoreAs(dst + order.alphaSample * sizeof(Sample), LoadAs<Sample>(alpha));
         alpha += sizeof(Sample);
         dst += order.samples * sizeof(Sample);
     }
@@ -77,12 +67,13 @@ void WithSampleOf(size_t sampleBytes, const Function& function) {
     }
 }
 
-void Split(const Order& order, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha, size_t pixels) {
+void SplitRow(const Order& order, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,
+              size_t pixels) {
     WithSampleOf(sampleBytes, [&](auto sample) { SplitSamples<decltype(sample)>(order, src, colour, alpha, pixels); });
 }
 
-void Merge(const Order& order, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
-           size_t pixels) {
+void MergeRow(const Order& order, size_t sampleBytes, const uint8_t* colour, const uint8_t* alpha, uint8_t* dst,
+              size_t pixels) {
     WithSampleOf(sampleBytes, [&](auto sample) { MergeSamples<decltype(sample)>(order, colour, alpha, dst, pixels); });
 }
 
@@ -93,25 +84,18 @@ void ExchangeEnds(size_t sampleBytes, const uint8_t* src, uint8_t* dst, size_t g
 
 // Which of the caller's samples becomes sample `i` of the plane.
 size_t CallerSampleOf(const Order& order, size_t i) {
-    switch (order.movement) {
-        case Movement::SwapPairs:
-            return i ^ 1;
-        case Movement::ReverseTriples:
-            return i / 3 * 3 + 2 - i % 3;
-        case Movement::SplitAlpha:
-            return i / order.colourSamples * order.samples + order.colour[i % order.colourSamples];
-        default:
-            return i;
-    }
+    return order.movement == Movement::InOrder
+               ? i
+               : i / order.colourSamples * order.samples + order.colour[i % order.colourSamples];
 }
 
 // The low part: each byte takes LowBits of each of as many samples as it holds.
 template <unsigned LowBits>
-void Pack(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
+void PackRow(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
     constexpr size_t kPerByte = 8 / LowBits;
     constexpr unsigned kUnused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
-        const auto word = Load<uint16_t>(words + 2 * CallerSampleOf(order, i));
+        const auto word = LoadAs<uint16_t>(words + 2 * CallerSampleOf(order, i));
         high[i] = static_cast<uint8_t>(word >> 8);
         const unsigned bits = (word & 0xFFU) >> kUnused << (i % kPerByte * LowBits);
         uint8_t& target = low[i / kPerByte];
@@ -120,55 +104,51 @@ void Pack(const Order& order, const uint8_t* words, size_t samples, uint8_t* hig
 }
 
 template <unsigned LowBits>
-void Unpack(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
+void UnpackRow(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
     constexpr size_t kPerByte = 8 / LowBits;
     constexpr unsigned kUnused = 8 - LowBits;
     for (size_t i = 0; i < samples; ++i) {
         const unsigned bits = static_cast<unsigned>(low[i / kPerByte]) >> (i % kPerByte * LowBits) << kUnused;
         const auto word = static_cast<uint16_t>(static_cast<unsigned>(high[i]) << 8 | (bits & 0xFFU));
-        Store(words + 2 * CallerSampleOf(order, i), word);
+        StoreAs(words + 2 * CallerSampleOf(order, i), word);
     }
 }
 
-constexpr size_t kFieldsInWord = 3;
-constexpr size_t kWordsInGroup = 4;
-constexpr size_t kSamplesInGroup = kFieldsInWord * kWordsInGroup;
-constexpr size_t kLowBytesInGroup = kSamplesInGroup / 4;
-constexpr unsigned kFieldBits = 10;
+constexpr size_t kWordsInGroup = kPackedGroupBytes / sizeof(uint32_t);
 
 void PackedGroupsToPlane(const uint8_t* packed, size_t groups, uint8_t* high, uint8_t* low) {
     for (size_t group = 0; group < groups; ++group) {
-        std::memset(low, 0, kLowBytesInGroup);
-        for (size_t i = 0; i < kSamplesInGroup; ++i) {
-            const auto word = Load<uint32_t>(packed + i / kFieldsInWord * sizeof(uint32_t));
-            const uint32_t field = word >> (i % kFieldsInWord * kFieldBits);
+        std::memset(low, 0, kPackedGroupLowBytes);
+        for (size_t i = 0; i < kPackedGroupSamples; ++i) {
+            const auto word = LoadAs<uint32_t>(packed + i / kPackedWordFields * sizeof(uint32_t));
+            const uint32_t field = word >> (i % kPackedWordFields * kPackedFieldBits);
             high[i] = static_cast<uint8_t>(field >> 2);
             low[i / 4] = static_cast<uint8_t>(low[i / 4] | (field & 3) << (i % 4 * 2));
         }
-        packed += kWordsInGroup * sizeof(uint32_t);
-        high += kSamplesInGroup;
-        low += kLowBytesInGroup;
+        packed += kPackedGroupBytes;
+        high += kPackedGroupSamples;
+        low += kPackedGroupLowBytes;
     }
 }
 
 void PlaneToPackedGroups(const uint8_t* high, const uint8_t* low, size_t groups, uint8_t* packed) {
     for (size_t group = 0; group < groups; ++group) {
         uint32_t words[kWordsInGroup] = {};
-        for (size_t i = 0; i < kSamplesInGroup; ++i) {
+        for (size_t i = 0; i < kPackedGroupSamples; ++i) {
             const uint32_t field = high[i] * 4U + (static_cast<unsigned>(low[i / 4]) >> (i % 4 * 2) & 3U);
-            words[i / kFieldsInWord] |= field << (i % kFieldsInWord * kFieldBits);
+            words[i / kPackedWordFields] |= field << (i % kPackedWordFields * kPackedFieldBits);
         }
         std::memcpy(packed, words, sizeof words);
         packed += sizeof words;
-        high += kSamplesInGroup;
-        low += kLowBytesInGroup;
+        high += kPackedGroupSamples;
+        low += kPackedGroupLowBytes;
     }
 }
 
-void FixedToFloat(const Order& order, const uint8_t* fixed, size_t samples, uint8_t* floats) {
+void FixedRowToFloat(const Order& order, const uint8_t* fixed, size_t samples, uint8_t* floats) {
     constexpr float kOne = 16384.0F;
     for (size_t i = 0; i < samples; ++i) {
-        Store(floats + 4 * CallerSampleOf(order, i), static_cast<float>(Load<int16_t>(fixed + 2 * i)) / kOne);
+        StoreAs(floats + 4 * CallerSampleOf(order, i), static_cast<float>(LoadAs<int16_t>(fixed + 2 * i)) / kOne);
     }
 }
 
@@ -177,17 +157,17 @@ void FixedToFloat(const Order& order, const uint8_t* fixed, size_t samples, uint
 constinit const RowKernels kPlainRowKernels = {
     .copy = Copy,
     .streamCopy = Copy,
-    .splitRow = Split,
-    .mergeRow = Merge,
+    .splitRow = SplitRow,
+    .mergeRow = MergeRow,
     .swapPairs = ExchangeEnds<2>,
     .reverseTriples = ExchangeEnds<3>,
-    .packRow10 = Pack<2>,
-    .packRow12 = Pack<4>,
-    .unpackRow10 = Unpack<2>,
-    .unpackRow12 = Unpack<4>,
+    .packRow10 = PackRow<2>,
+    .packRow12 = PackRow<4>,
+    .unpackRow10 = UnpackRow<2>,
+    .unpackRow12 = UnpackRow<4>,
     .packedGroupsToPlane = PackedGroupsToPlane,
     .planeToPackedGroups = PlaneToPackedGroups,
-    .fixedRowToFloat = FixedToFloat,
+    .fixedRowToFloat = FixedRowToFloat,
 };
 
 }  // namespace plenar

@@ -7,14 +7,14 @@ namespace plenar {
 
 namespace {
 
-// How long a thread that waits goes on looking before it sleeps. A frame of several planes, or frames back to back,
-// find the workers awake; a host that pauses for longer gets its processors back.
-constexpr std::chrono::microseconds kLookOutTime{50};
+// How long a thread that waits spins before it sleeps. A frame of several planes, or frames back to back, find the
+// workers awake; a host that pauses for longer gets its processors back.
+constexpr std::chrono::microseconds kSpinTime{50};
 
-// Waits for the condition for that while, leaving the processor to whoever else can use it.
+// Waits for the condition for that time, yielding the processor to whoever else can use it.
 template <class Condition>
-void LookOutFor(const Condition& condition) {
-    const auto end = std::chrono::steady_clock::now() + kLookOutTime;
+void SpinFor(const Condition& condition) {
+    const auto end = std::chrono::steady_clock::now() + kSpinTime;
     while (!condition() && std::chrono::steady_clock::now() < end) {
         std::this_thread::yield();
     }
@@ -27,9 +27,9 @@ void LookOutFor(const Condition& condition) {
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
     workers_.reserve(workerCount);
     const uint32_t processors = std::thread::hardware_concurrency();
-    workersLookOut_ = workerCount <= processors;
+    workersSpin_ = workerCount <= processors;
     // The owner needs a processor to itself, or it would take a worker's.
-    ownerLooksOut_ = workerCount < processors;
+    ownerSpins_ = workerCount < processors;
     // Queues come one by one, so that a count beyond what the machine can run costs no more memory than the threads
     // that start.
     for (uint32_t i = 0; i < workerCount; ++i) {
@@ -76,8 +76,8 @@ void WorkPool::Wait() {
 }
 
 void WorkPool::AwaitFinish() {
-    if (ownerLooksOut_) {
-        LookOutFor([this] { return pending_ == 0; });
+    if (ownerSpins_) {
+        SpinFor([this] { return pending_ == 0; });
     }
     for (uint32_t left = pending_; left != 0; left = pending_) {
         pending_.wait(left);
@@ -87,8 +87,8 @@ void WorkPool::AwaitFinish() {
 void WorkPool::Work(Queue& queue) {
     const auto idle = [&queue] { return queue.state == Idle || queue.state == Taken; };
     for (;;) {
-        if (workersLookOut_) {
-            LookOutFor([&] { return !idle(); });
+        if (workersSpin_) {
+            SpinFor([&] { return !idle(); });
         }
         for (uint32_t state = queue.state; idle(); state = queue.state) {
             queue.state.wait(state);

@@ -14,7 +14,7 @@
 namespace plenar {
 
 // The worker threads of one encoder or decoder. The owner's thread fills a batch with Enqueue and runs it with Wait;
-// between batches the workers sleep, after a short while of looking out for the next one. Enqueue and Wait belong to
+// between batches the workers sleep, after they have spun for a short time. Enqueue and Wait belong to
 // one thread at a time.
 //
 // Each worker has a queue of its own. In Wait the owner doesn't stand idle: it takes the first queue itself, and then
@@ -67,9 +67,9 @@ private:
     size_t enqueued_ = 0;
     std::atomic<uint32_t> pending_{0};  // queues of the released batch that have not ended
     std::vector<std::exception_ptr> errors_;
-    std::mutex mutex_;             // guards errors while a batch runs
-    bool workersLookOut_ = false;  // whether threads that wait keep their processor for a while
-    bool ownerLooksOut_ = false;
+    std::mutex mutex_;          // guards errors while a batch runs
+    bool workersSpin_ = false;  // whether threads that wait spin first
+    bool ownerSpins_ = false;
 };
 
 template <class Callable>

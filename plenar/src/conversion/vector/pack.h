@@ -5,7 +5,6 @@
 #include <type_traits>
 
 #include "conversion/vector/rounds.h"
-#include "conversion/vector/split_words.h"
 #include "conversion/vector/word_sources.h"
 
 namespace plenar {

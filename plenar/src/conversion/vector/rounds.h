@@ -56,6 +56,17 @@ size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, bo
     return covered;
 }
 
+// The low part of a split row holds the low bits of several samples in each byte.
+constexpr size_t SamplesInLowByte(size_t lowBits) {
+    return 8 / lowBits;
+}
+
+// The least number of samples that makes whole groups and whole bytes of the low part.
+constexpr size_t StepOf(size_t group, size_t lowBits) {
+    const size_t perByte = SamplesInLowByte(lowBits);
+    return group % perByte == 0 ? group : group % 2 == 0 ? group * perByte / 2 : group * perByte;
+}
+
 // Calls body<0>() to body<N - 1>().
 template <size_t N, class Body>
 void Repeat(const Body& body) {

@@ -3,7 +3,6 @@
 
 #include "conversion/vector/gather.h"
 #include "conversion/vector/rounds.h"
-#include "conversion/vector/split_words.h"
 
 namespace plenar {
 namespace {

@@ -3,7 +3,6 @@
 
 #include "conversion/vector/gather.h"
 #include "conversion/vector/rounds.h"
-#include "conversion/vector/split_words.h"
 #include "format/packed10.h"
 
 namespace plenar {
