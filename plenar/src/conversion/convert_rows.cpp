@@ -65,7 +65,6 @@ void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
                             .width = params.width,
                             .callerBytes = args.rowLength,
                             .planeBytes = args.dstStride,
-                            .alphaBytes = args.alphaStride,
                             .planeEnd = nullptr};
     const EncodeConversion conversion = EncodeConversionFor(shape, params.componentType);
     const bool joinsRows = conversion.joinsRows && args.srcStride == args.rowLength;
@@ -95,7 +94,6 @@ void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
                             .width = params.width,
                             .callerBytes = args.rowLength,
                             .planeBytes = args.planeStride,
-                            .alphaBytes = args.alphaStride,
                             .planeEnd = args.planeEnd};
     const DecodeConversion conversion =
         args.fixedToFloat ? FixedToFloatConversionFor(shape) : DecodeConversionFor(shape, params.componentType);

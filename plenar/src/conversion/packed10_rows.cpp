@@ -14,7 +14,7 @@ struct SplitRowParts {
     Byte* high;
     Byte* low;
 
-    SplitRowParts(Byte* row, uint32_t width) : high(row), low(row + size_t{2} * width) {}
+    SplitRowParts(Byte* row, size_t width) : high(row), low(row + 2 * width) {}
 
     void SkipGroups(size_t groups) {
         high += groups * kPackedGroupSamples;
@@ -49,13 +49,13 @@ uint32_t JoinFields(const SplitRowParts<const uint8_t>& row, size_t first, size_
 }  // namespace
 
 // The last pixels of a row go by twos.
-void PackedRowToPlane(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst) {
+void PackedRowToPlane(const RowKernels& kernels, size_t width, const uint8_t* src, uint8_t* dst) {
     const size_t groups = width / kPackedGroupPixels;
     SplitRowParts row(dst, width);
     kernels.packedGroupsToPlane(src, groups, row.high, row.low);
     src += groups * kPackedGroupBytes;
     row.SkipGroups(groups);
-    const uint32_t left = width % kPackedGroupPixels;
+    const size_t left = width % kPackedGroupPixels;
     if (left >= 2) {
         PackFour(src, 0, row);
     }
@@ -66,13 +66,13 @@ void PackedRowToPlane(const RowKernels& kernels, uint32_t width, const uint8_t* 
 
 // The words of an unfinished last group are as hosts have always got them: what isn't named here keeps the target's
 // bytes, and with 4 or 5 pixels left the second word is added to them, so that a cleared buffer gets the plain word.
-void PlaneRowToPacked(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst) {
+void PlaneRowToPacked(const RowKernels& kernels, size_t width, const uint8_t* src, uint8_t* dst) {
     const size_t groups = width / kPackedGroupPixels;
     SplitRowParts row(src, width);
     kernels.planeToPackedGroups(row.high, row.low, groups, dst);
     row.SkipGroups(groups);
     dst += groups * kPackedGroupBytes;
-    const uint32_t left = width % kPackedGroupPixels;
+    const size_t left = width % kPackedGroupPixels;
     if (left >= 2) {
         StoreAs(dst, JoinFields(row, 0, 3));
     }

@@ -8,9 +8,9 @@
 
 namespace plenar {
 
-void PackedRowToPlane(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst);
+void PackedRowToPlane(const RowKernels& kernels, size_t width, const uint8_t* src, uint8_t* dst);
 
 // What an unfinished last group doesn't fill keeps the target's bytes, and one word of it may be added to them.
-void PlaneRowToPacked(const RowKernels& kernels, uint32_t width, const uint8_t* src, uint8_t* dst);
+void PlaneRowToPacked(const RowKernels& kernels, size_t width, const uint8_t* src, uint8_t* dst);
 
 }  // namespace plenar

@@ -13,46 +13,31 @@ namespace {
 using PackKernel = decltype(RowKernels::packRow10);
 using UnpackKernel = decltype(RowKernels::unpackRow10);
 
-// A 4:2:2 row of odd width ends in a chroma sample that has no pixel of its own; only a decode meets one.
-bool HasWholePixels(const RowShape& shape) {
-    return shape.width % 2 == 0 || shape.order.picture != PictureKind::YCbCr422;
-}
+constexpr size_t kWordBytes = 2;  // of a sample of 10 or 12 bits
 
-// Exchanges neighbouring samples. The plane's row of odd width is one sample shorter than the caller's: its last sample
-// changes places with a zero.
-void SwapRow(const RowShape& shape, const uint8_t* src, size_t srcBytes, uint8_t* dst, size_t dstBytes) {
-    const size_t size = shape.sampleBytes;
-    const size_t pairs = srcBytes / (2 * size);
-    shape.kernels.swapPairs(size, src, dst, pairs);
-    const size_t done = pairs * 2 * size;
-    if (done < dstBytes) {
-        std::memset(dst + done, 0, size);
-        std::memcpy(dst + done + size, src + done, srcBytes - done);
-    }
-}
-
-void ReverseRow(const RowShape& shape, const uint8_t* src, uint8_t* dst, size_t bytes) {
-    shape.kernels.reverseTriples(shape.sampleBytes, src, dst, bytes / (3 * shape.sampleBytes));
+// Whether a 4:2:2 row ends in a chroma sample behind its last pixel: an odd width, which only a decode meets.
+bool EndsInChroma(const RowShape& shape) {
+    return shape.order.picture == PictureKind::YCbCr422 && shape.width % 2 != 0;
 }
 
 // To the plane.
 
 void SwapToPlane(const RowShape& shape, const uint8_t* caller, uint8_t* plane, uint8_t* /*alpha*/, size_t rows) {
-    SwapRow(shape, caller, rows * shape.callerBytes, plane, rows * shape.planeBytes);
+    shape.kernels.swapPairs(shape.sampleBytes, caller, plane, rows * shape.width);
 }
 
 void ReverseToPlane(const RowShape& shape, const uint8_t* caller, uint8_t* plane, uint8_t* /*alpha*/, size_t rows) {
-    ReverseRow(shape, caller, plane, rows * shape.callerBytes);
+    shape.kernels.reverseTriples(shape.sampleBytes, caller, plane, rows * shape.width);
 }
 
 void SplitToPlane(const RowShape& shape, const uint8_t* caller, uint8_t* plane, uint8_t* alpha, size_t rows) {
-    const size_t pixels = rows * shape.alphaBytes / shape.sampleBytes;
-    shape.kernels.splitRow(shape.order, shape.sampleBytes, caller, plane, alpha, pixels);
+    shape.kernels.splitRow(shape.order, shape.sampleBytes, caller, plane, alpha, rows * shape.width);
 }
 
 template <PackKernel RowKernels::*Pack>
 void PackToPlane(const RowShape& shape, const uint8_t* caller, uint8_t* plane, uint8_t* /*alpha*/, size_t /*rows*/) {
-    const size_t samples = (shape.callerBytes - shape.alphaBytes) / shape.sampleBytes;
+    const size_t alphaSamples = shape.order.alpha == AlphaPlace::Interleaved ? shape.width : 0;
+    const size_t samples = shape.callerBytes / kWordBytes - alphaSamples;
     (shape.kernels.*Pack)(shape.order, caller, samples, plane, plane + samples);
 }
 
@@ -63,21 +48,30 @@ void PackGroupsToPlane(const RowShape& shape, const uint8_t* caller, uint8_t* pl
 
 // To the caller.
 
+// Behind the last pixel of an odd width the caller's row has two places: the plane's last sample changes places with a
+// zero.
 void SwapToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* /*alpha*/, uint8_t* caller, size_t rows) {
-    SwapRow(shape, plane, rows * shape.planeBytes, caller, rows * shape.callerBytes);
+    const size_t size = shape.sampleBytes;
+    shape.kernels.swapPairs(size, plane, caller, rows * shape.width);
+    if (EndsInChroma(shape)) {
+        const size_t done = shape.width * 2 * size;
+        std::memset(caller + done, 0, size);
+        std::memcpy(caller + done + size, plane + done, size);
+    }
 }
 
 void ReverseToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* /*alpha*/, uint8_t* caller,
                      size_t rows) {
-    ReverseRow(shape, plane, caller, rows * shape.planeBytes);
+    shape.kernels.reverseTriples(shape.sampleBytes, plane, caller, rows * shape.width);
 }
 
 void MergeToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* alpha, uint8_t* caller, size_t rows) {
-    const size_t pixels = rows * shape.alphaBytes / shape.sampleBytes;
-    shape.kernels.mergeRow(shape.order, shape.sampleBytes, plane, alpha, caller, pixels);
-    const size_t done = pixels * shape.order.colourSamples * shape.sampleBytes;
-    std::memcpy(caller + pixels * shape.order.samples * shape.sampleBytes, plane + done,
-                rows * shape.planeBytes - done);
+    const size_t size = shape.sampleBytes;
+    shape.kernels.mergeRow(shape.order, size, plane, alpha, caller, rows * shape.width);
+    if (EndsInChroma(shape)) {
+        std::memcpy(caller + shape.width * shape.order.samples * size,
+                    plane + shape.width * shape.order.colourSamples * size, size);
+    }
 }
 
 // Rows of one sample more than the plane's (luma first, odd width) ask for one byte behind the plane's row. At the end
@@ -86,7 +80,7 @@ template <UnpackKernel RowKernels::*Unpack, size_t LowBits>
 void UnpackToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* /*alpha*/, uint8_t* caller,
                     size_t /*rows*/) {
     const auto unpack = shape.kernels.*Unpack;
-    const size_t samples = shape.callerBytes / shape.sampleBytes;
+    const size_t samples = shape.callerBytes / kWordBytes;
     const uint8_t* low = plane + samples;
     const size_t lowBytes = (samples * LowBits + 7) / 8;
     if (lowBytes <= static_cast<size_t>(shape.planeEnd - plane) - samples) {
@@ -95,7 +89,7 @@ void UnpackToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* 
     const size_t whole = (lowBytes - 1) * 8 / LowBits;
     const uint8_t missing = 0;
     unpack(shape.order, plane, low, whole, caller);
-    unpack(shape.order, plane + whole, &missing, samples - whole, caller + whole * shape.sampleBytes);
+    unpack(shape.order, plane + whole, &missing, samples - whole, caller + whole * kWordBytes);
 }
 
 void UnpackGroupsToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* /*alpha*/, uint8_t* caller,
@@ -173,18 +167,18 @@ DecodeConversion DecodeConversionFor(const RowShape& shape, uint32_t componentTy
     }
     switch (shape.order.movement) {
         case Movement::SwapPairs:
-            return {SwapToCaller, HasWholePixels(shape)};
+            return {SwapToCaller, !EndsInChroma(shape)};
         case Movement::ReverseTriples:
             return {ReverseToCaller, true};
         case Movement::SplitAlpha:
-            return {MergeToCaller, HasWholePixels(shape)};
+            return {MergeToCaller, !EndsInChroma(shape)};
         default:
             RefuseOrder();
     }
 }
 
 DecodeConversion FixedToFloatConversionFor(const RowShape& shape) {
-    return {FloatToCaller, HasWholePixels(shape)};
+    return {FloatToCaller, !EndsInChroma(shape)};
 }
 
 }  // namespace plenar

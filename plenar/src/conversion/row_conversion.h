@@ -14,11 +14,10 @@ namespace plenar {
 struct RowShape {
     const RowKernels& kernels;
     const Order& order;
-    size_t sampleBytes;       // of the caller's samples
-    uint32_t width;           // pixels
-    size_t callerBytes;       //
+    size_t sampleBytes;  // of the caller's samples
+    size_t width;        // pixels
+    size_t callerBytes;
     size_t planeBytes;        // without the alpha samples that stand among the caller's
-    size_t alphaBytes;        // what these take, also where they are dropped
     const uint8_t* planeEnd;  // a decode's: the end of the readable bytes behind the plane
 };
 

@@ -75,12 +75,11 @@ struct ColourWords {
         const SplitShuffles& shuffles = AlphaShufflesOf(order).split[SampleSizeIndex(2)];
         for (size_t index = 0; index < ColourSamples; ++index) {
             for (size_t term = 0; term < 2; ++term) {
-                uint8_t lanes[kVectorBytes];
+                size_t at[kSixteens];
                 for (size_t lane = 0; lane < kSixteens; ++lane) {
-                    const Shuffle16& shuffle = shuffles.colour[(index * kSixteens + lane) % ColourSamples][term];
-                    __builtin_memcpy(lanes + lane * kPieceBytes, shuffle.byte, kPieceBytes);
+                    at[lane] = ((index * kSixteens + lane) % ColourSamples * 2 + term) * sizeof(Shuffle16);
                 }
-                patterns[index][term] = Load<uint8_t>(lanes);
+                patterns[index][term] = TargetVector::LoadLanes(shuffles.colour[0][0].byte, at);
             }
         }
     }
