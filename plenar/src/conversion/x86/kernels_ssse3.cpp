@@ -1,5 +1,5 @@
 #include "conversion/vector/override_row_kernels.h"
-#include "conversion/x86/row_kernels_x86.h"
+#include "conversion/x86/target_kernels.h"
 
 namespace plenar {
 
