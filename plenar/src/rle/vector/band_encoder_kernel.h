@@ -113,6 +113,7 @@ private:
         Lanes values[kVectors];
         SignedLanes secondOrder[kVectors];
         SignedLanes sameValue[kVectors];
+        Lanes before = lastValues_;
         for (size_t i = 0; i < kVectors; ++i) {
             const uint8_t* place = src + i * kVectorBytes;
             const auto x = Load<Sample>(place);
@@ -123,10 +124,11 @@ private:
             const auto z2 = Fold(d1 - prev1 + prev2);
             const auto value = z1 < z2 ? z1 : z2;
             secondOrder[i] = (value == z2) & (z1 != 0);
-            sameValue[i] = value == ShiftIn<Sample>(lastValues_, value);
-            lastValues_ = value;
+            sameValue[i] = value == ShiftIn<Sample>(before, value);
+            before = value;
             values[i] = value;
         }
+        lastValues_ = before;
         block.modes = MaskOf64<Sample>(secondOrder);
         block.starts = ~MaskOf64<Sample>(sameValue) | (block.modes ^ (block.modes << 1 | lastMode_));
         // The first run of the band may be of the class that the encoder begins with.
