@@ -9,39 +9,12 @@
 namespace plenar {
 namespace {
 
-// The kernels for a sample's width.
-template <class Sample>
-struct Decoders {
-    void (*one)(RleDecodeState& state);
-    RleDecodeState& (*two)(RleDecodeState& first, RleDecodeState& second);
-    void (*write_run)(RleDecodeState& state, const RleRun& run);
-
-    // One token that the others leave.
-    RleDefect LeftToken(RleDecodeState& state) const {
-        RleRun run = {};
-        const RleDefect defect = RleReadTokenPlain<Sample>(state, run);
-        if (defect == RleDefect::None) {
-            write_run(state, run);
-        }
-        return defect;
-    }
-};
-
-template <class Sample>
-Decoders<Sample> ActiveDecoders() {
-    const RleKernels& kernels = RleActiveKernels();
-    if (sizeof(Sample) == 1) {
-        return {kernels.decode_tokens8, kernels.decode_tokens_of_two8, kernels.write_run8};
-    }
-    return {kernels.decode_tokens16, kernels.decode_tokens_of_two16, kernels.write_run16};
-}
-
-// Whether the fast decoder would have to read beyond the coded plane.
+// Whether decode_tokens would have to read beyond the coded plane.
 bool NearEnd(const RleDecodeState& state) {
     return state.position / 8 + kRleDecodeWindow > state.stream_size;
 }
 
-// Room for what is left of a stream that is near its end, and zero bytes behind that for the fast decoder to read.
+// Room for what is left of a stream that is near its end, and zero bytes behind that for decode_tokens to read.
 using Tail = std::array<uint8_t, size_t{3} * kRleDecodeWindow>;
 
 void MoveToTail(RleDecodeState& state, Tail& tail) {
@@ -53,30 +26,37 @@ void MoveToTail(RleDecodeState& state, Tail& tail) {
     state.position %= 8;
 }
 
-// Decodes with the fast decoder, and with the plain one what that leaves, while `go_on` says so.
-template <class Sample, class GoOn>
-RleDefect DecodeWhile(RleDecodeState& state, const Decoders<Sample>& decoders, const GoOn& goOn) {
+// One token that decode_tokens has left.
+RleDefect DecodeLeftToken(RleDecodeState& state, const RleBandKernels& kernels) {
+    RleRun run = {};
+    const RleDefect defect = kernels.read_token(state, run);
+    if (defect == RleDefect::None) {
+        kernels.write_run(state, run);
+    }
+    return defect;
+}
+
+template <class GoOn>
+RleDefect DecodeWhile(RleDecodeState& state, const RleBandKernels& kernels, const GoOn& goOn) {
     RleDefect defect = RleDefect::None;
     while (defect == RleDefect::None && state.remaining != 0 && goOn(state)) {
-        decoders.one(state);
+        kernels.decode_tokens(state);
         if (state.position > state.stream_size * 8) {
             return RleDefect::StreamPastEnd;
         }
         if (state.remaining != 0 && goOn(state)) {
-            defect = decoders.LeftToken(state);
+            defect = DecodeLeftToken(state, kernels);
         }
     }
     return defect;
 }
 
-// Decodes what is left of a band.
-template <class Sample>
-RleDefect DecodeRest(RleDecodeState& state, const Decoders<Sample>& decoders) {
-    RleDefect defect = DecodeWhile(state, decoders, [](const RleDecodeState& s) { return !NearEnd(s); });
+RleDefect DecodeRest(RleDecodeState& state, const RleBandKernels& kernels) {
+    RleDefect defect = DecodeWhile(state, kernels, [](const RleDecodeState& s) { return !NearEnd(s); });
     if (defect == RleDefect::None && state.remaining != 0) {
         Tail tail = {};
         MoveToTail(state, tail);
-        defect = DecodeWhile(state, decoders, [](const RleDecodeState&) { return true; });
+        defect = DecodeWhile(state, kernels, [](const RleDecodeState&) { return true; });
     }
     return defect;
 }
@@ -93,53 +73,42 @@ void SpreadRows(const RleParams& band, uint8_t* dst) {
     }
 }
 
-template <class Sample>
 RleDecodeState StartBand(const RleBandJob& job) {
-    return RleStartBand<Sample>(job.src, job.src_size, job.dst, uint64_t{job.params.width} * job.params.height);
+    const auto start = job.params.bitdepth == 8 ? RleStartBand<uint8_t> : RleStartBand<uint16_t>;
+    return start(job.src, job.src_size, job.dst, RleSampleCount(job.params));
 }
 
-template <class Sample>
-void FinishBand(RleBandJob& job, RleDecodeState& state, const Decoders<Sample>& decoders) {
+void FinishBand(RleBandJob& job, RleDecodeState& state, const RleBandKernels& kernels) {
     if (job.defect == RleDefect::None) {
-        job.defect = DecodeRest(state, decoders);
+        job.defect = DecodeRest(state, kernels);
     }
     if (job.defect == RleDefect::None) {
         SpreadRows(job.params, job.dst);
     }
 }
 
-template <class Sample>
-void DecodeOne(RleBandJob& job) {
-    RleDecodeState state = StartBand<Sample>(job);
-    FinishBand(job, state, ActiveDecoders<Sample>());
-}
-
-template <class Sample>
-void DecodeTwo(RleBandJob& first, RleBandJob& second) {
-    const Decoders<Sample> decoders = ActiveDecoders<Sample>();
-    RleDecodeState a = StartBand<Sample>(first);
-    RleDecodeState b = StartBand<Sample>(second);
-    RleDefect defect = RleDefect::None;
-    while (defect == RleDefect::None) {
-        RleDecodeState& left = decoders.two(a, b);
-        if (left.remaining == 0 || NearEnd(left)) {
-            break;
-        }
-        defect = decoders.LeftToken(left);
-        (&left == &a ? first : second).defect = defect;
-    }
-    FinishBand(first, a, decoders);
-    FinishBand(second, b, decoders);
-}
-
 }  // namespace
 
 void RleDecodeBand(RleBandJob& job) {
-    job.params.bitdepth == 8 ? DecodeOne<uint8_t>(job) : DecodeOne<uint16_t>(job);
+    RleDecodeState state = StartBand(job);
+    FinishBand(job, state, RleActiveKernels(job.params.bitdepth));
 }
 
 void RleDecodeTwoBands(RleBandJob& first, RleBandJob& second) {
-    first.params.bitdepth == 8 ? DecodeTwo<uint8_t>(first, second) : DecodeTwo<uint16_t>(first, second);
+    const RleBandKernels& kernels = RleActiveKernels(first.params.bitdepth);
+    RleDecodeState a = StartBand(first);
+    RleDecodeState b = StartBand(second);
+    RleDefect defect = RleDefect::None;
+    while (defect == RleDefect::None) {
+        RleDecodeState& left = kernels.decode_tokens_of_two(a, b);
+        if (left.remaining == 0 || NearEnd(left)) {
+            break;
+        }
+        defect = DecodeLeftToken(left, kernels);
+        (&left == &a ? first : second).defect = defect;
+    }
+    FinishBand(first, a, kernels);
+    FinishBand(second, b, kernels);
 }
 
 }  // namespace plenar

@@ -1,7 +1,6 @@
 #include "rle/band_decoder_plain.h"
 
-#include <cstring>
-
+#include "base/bytes.h"
 #include "rle/bit_reader.h"
 #include "rle/rle_codes.h"
 
@@ -41,16 +40,13 @@ void RleWriteRunPlain(RleDecodeState& state, const RleRun& run) {
         const uint32_t difference = run.second_order ? state.prev1 - state.prev2 : 0;
         state.prev2 = state.prev1;
         state.prev1 += difference + run.residual;
-        const Sample sample = static_cast<Sample>(state.prev1);
-        std::memcpy(state.dst, &sample, sizeof sample);
-        state.dst += sizeof sample;
+        StoreAs(state.dst, static_cast<Sample>(state.prev1));
+        state.dst += sizeof(Sample);
     }
 }
 
-template RleDecodeState RleStartBand<uint8_t>(const uint8_t* stream, uint64_t stream_size, uint8_t* dst,
-                                              uint64_t samples);
-template RleDecodeState RleStartBand<uint16_t>(const uint8_t* stream, uint64_t stream_size, uint8_t* dst,
-                                               uint64_t samples);
+template RleDecodeState RleStartBand<uint8_t>(const uint8_t*, uint64_t, uint8_t*, uint64_t);
+template RleDecodeState RleStartBand<uint16_t>(const uint8_t*, uint64_t, uint8_t*, uint64_t);
 template RleDefect RleReadTokenPlain<uint8_t>(RleDecodeState& state, RleRun& run);
 template RleDefect RleReadTokenPlain<uint16_t>(RleDecodeState& state, RleRun& run);
 template void RleWriteRunPlain<uint8_t>(RleDecodeState& state, const RleRun& run);

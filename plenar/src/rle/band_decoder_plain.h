@@ -1,5 +1,5 @@
-// The token-by-token, sample-by-sample band decoder: the definition that the fast one is held to, and its help for the
-// tokens that it leaves alone.
+// The band decoder token by token and sample by sample: the definition of what the kernels of all targets decode, and
+// what decodes the tokens that they stop at.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +21,8 @@ struct RleDecodeState {
     uint32_t prev2;         // the one before it; likewise
 };
 
-// What a token says. The samples of its run differ from one another by the residual, or by what the two before differ
-// and the residual.
+// A token. Each sample of its run is the one before it plus the residual; of second order, plus the last difference as
+// well.
 struct RleRun {
     bool second_order;
     uint64_t length;
@@ -40,7 +40,7 @@ RleDefect RleReadTokenPlain(RleDecodeState& state, RleRun& run);
 template <class Sample>
 void RleWriteRunPlain(RleDecodeState& state, const RleRun& run);
 
-// Both. On a defect no sample is written.
+// Reads a token and writes its run. On a defect no sample is written.
 template <class Sample>
 RleDefect RleDecodeTokenPlain(RleDecodeState& state) {
     RleRun run = {};

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <cstring>
+
+#include "base/bytes.h"
 
 namespace plenar {
 
@@ -13,7 +14,6 @@ static constexpr uint64_t RleBitMask(uint32_t bits) {
 
 // A number as it stands in memory with its most significant byte first, and back.
 static inline uint64_t RleBigEndian(uint64_t word) {
-    static_assert(std::endian::native == std::endian::little, "the library is made for little-endian processors");
     return __builtin_bswap64(word);
 }
 
@@ -33,7 +33,8 @@ public:
             return;
         }
         const uint32_t over = t - 64;
-        StoreWord(acc_ | value >> over);
+        StoreAs(out_, RleBigEndian(acc_ | value >> over));
+        out_ += sizeof acc_;
         acc_ = over != 0 ? value << (64 - over) : 0;
         used_ = over;
     }
@@ -43,19 +44,12 @@ public:
         const uint64_t word = RleBigEndian(acc_);
         const uint32_t bytes = (used_ + 7) / 8;
         std::memcpy(out_, &word, bytes);
-        out_ += bytes;
         acc_ = 0;
         used_ = 0;
-        return out_;
+        return out_ += bytes;
     }
 
 private:
-    void StoreWord(uint64_t word) {
-        word = RleBigEndian(word);
-        std::memcpy(out_, &word, sizeof word);
-        out_ += sizeof word;
-    }
-
     uint8_t* out_;
     uint64_t acc_ = 0;   // filled from the most significant end
     uint32_t used_ = 0;  // bits in acc, 0 to 63 between calls

@@ -21,6 +21,25 @@ void CheckBuffers(const RleParams& params, const uint8_t* src, const uint8_t* ds
     }
 }
 
+void ThrowDefect(RleDefect defect) {
+    switch (defect) {
+        case RleDefect::None:
+            return;
+        case RleDefect::StreamPastEnd:
+            throw out_of_range("rle stream runs past the end of the coded plane");
+        case RleDefect::RunPastBand:
+            throw out_of_range("rle run passes the end of its band");
+        case RleDefect::EmptyRuns:
+            throw out_of_range("rle band has more empty runs than samples");
+        case RleDefect::GroupPastList:
+            throw out_of_range("rle index list group passes the end of its list");
+        case RleDefect::BandStartPastEnd:
+            throw out_of_range("rle band starts past the end of the coded plane");
+        case RleDefect::RowSum:
+            throw out_of_range("rle band rows do not add up to the height of the plane");
+    }
+}
+
 RleDefect CheckRows(const RleBandTable& table, uint32_t height) {
     uint64_t rows = 0;
     for (uint32_t band = 0; band < table.count; ++band) {
@@ -29,10 +48,10 @@ RleDefect CheckRows(const RleBandTable& table, uint32_t height) {
     return table.count == 0 || rows == height ? RleDefect::None : RleDefect::RowSum;
 }
 
-// The most bytes that a band's stream may take of the `rest` behind its start. Only its start counts on the stated
-// size, so a stream may go on into the next one, but no further than by an even share of the plane: many bands that all
-// read the same bytes would cost far more than the payload's size allows. The last one's size may not have survived the
-// table.
+// The most bytes that a band's stream may take of the `rest` behind its start. A stream may run past its stated size,
+// which only says where the next one starts (and the last one's may not have survived the table), but no further than
+// by an even share of the plane. Without that limit many bands could all read the same bytes, and decoding would take
+// far longer than the payload's size justifies.
 uint64_t StreamLimit(const RleBandTable& table, uint32_t band, uint64_t srcSize, uint64_t rest) {
     const bool isLast = band + 1 == table.count;
     return isLast ? rest : std::min(rest, table.sizes[band] + srcSize / table.count);
@@ -55,13 +74,14 @@ RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const ui
     return RleDefect::None;
 }
 
-// Whether to decode bands in pairs: where short runs follow one another, a band spends its time waiting for the next
-// token, and the other one's tokens come for free; long runs only get in each other's way, and small bands are over
-// before it pays. No worker is to be left without a band.
+// Whether to decode bands two at a time. With short runs a decoder mostly waits for the length of the last token, which
+// says where the next one starts; a second, independent band fills that time. With long runs it stores samples all the
+// time, and two bands only compete for the caches. Small bands end before the pairing pays, and pairs must leave a band
+// for every worker.
 bool DecodesInPairs(const RleParams& params, uint64_t codedSize, uint32_t bands, uint32_t workers) {
     constexpr uint64_t kMostSamplesPerByte = 12;
     constexpr uint64_t kFewestSamples = 1024;
-    const uint64_t samples = uint64_t{params.width} * params.height;
+    const uint64_t samples = RleSampleCount(params);
     return bands >= 2 * std::max<uint64_t>(workers, 1) && samples / bands >= kFewestSamples &&
            samples / kMostSamplesPerByte < codedSize;
 }
@@ -84,14 +104,14 @@ uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
                         uint64_t dstSize) {
     CheckBuffers(params, src, dst, dstSize);
     RleBandTable table;
-    RleThrowDefect(RleReadBandTable(src, srcSize, table));
-    RleThrowDefect(CheckRows(table, params.height));
+    ThrowDefect(RleReadBandTable(src, srcSize, table));
+    ThrowDefect(CheckRows(table, params.height));
     RleBandJobs jobs;
-    RleThrowDefect(PlaceJobs(params, table, src, srcSize, dst, jobs));
+    ThrowDefect(PlaceJobs(params, table, src, srcSize, dst, jobs));
     DecodeBands(pool, jobs, table.count, DecodesInPairs(params, srcSize, table.count, pool.WorkerCount()));
     // The first band's defect, not the first one found, so that the message doesn't depend on the workers.
     for (uint32_t band = 0; band < table.count; ++band) {
-        RleThrowDefect(jobs[band].defect);
+        ThrowDefect(jobs[band].defect);
     }
     return RlePlainSize(params);
 }

@@ -18,19 +18,6 @@ RleParams BandOf(const RleParams& params, uint32_t band) {
     return bandParams;
 }
 
-uint64_t SamplesOf(const RleParams& params) {
-    return uint64_t{params.width} * params.height;
-}
-
-// RleMaxCodedSize without its wrapping: what the band coders rely on.
-uint64_t RoomForBands(const RleParams& params) {
-    uint64_t size = RleHeadReserve;
-    for (uint32_t band = 0; band < RleBands(params).Count(); ++band) {
-        size += RleMaxStreamSize(params, SamplesOf(BandOf(params, band)));
-    }
-    return size;
-}
-
 void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t srcSize, const uint8_t* dst, uint64_t dstSize) {
     RleCheckParams(params);
     if (src == nullptr || dst == nullptr) {
@@ -40,7 +27,7 @@ void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t srcSize,
     if (srcSize < RlePlainSize(params) || srcSize < RlePlainExtent(params)) {
         throw invalid_argument("src buffer is too small according to metadata");
     }
-    if (dstSize < RleMaxCodedSize(params) || dstSize < RoomForBands(params)) {
+    if (dstSize < RleMaxCodedSize(params) || dstSize < RleMaxCodedExtent(params)) {
         throw invalid_argument("dst buffer is too small according to metadata");
     }
 }
@@ -51,7 +38,7 @@ void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, RleBan
         const RleParams bandParams = BandOf(params, band);
         jobs[band] = {bandParams, src, dst, 0, 0, RleDefect::None};
         src += RleRowStride(params) * bandParams.height;
-        dst += RleMaxStreamSize(params, SamplesOf(bandParams));
+        dst += RleMaxStreamSize(params, RleSampleCount(bandParams));
     }
 }
 

@@ -55,8 +55,8 @@ struct RleShortCodeTable {
     }
 };
 
-inline constexpr RleShortCodeTable<uint8_t> RleShortCode8;
-inline constexpr RleShortCodeTable<uint16_t> RleShortCode16;
+static constexpr RleShortCodeTable<uint8_t> RleShortCode8;
+static constexpr RleShortCodeTable<uint16_t> RleShortCode16;
 
 // The code of a value with its flag bit in front.
 template <class Sample>

@@ -15,7 +15,4 @@ enum class RleDefect : uint8_t {
     RowSum,
 };
 
-// Throws out_of_range with the defect's message; returns for None.
-void RleThrowDefect(RleDefect defect);
-
 }  // namespace plenar

@@ -1,7 +1,8 @@
 #include "rle/rle_kernels.h"
 
-#include "rle/band_encoder_plain.h"
-#include "rle/rle_kernels_targets.h"
+#include <array>
+
+#include "rle/band_encoder.h"
 
 namespace plenar {
 namespace {
@@ -11,21 +12,33 @@ RleDecodeState& LeaveFirst(RleDecodeState& first, RleDecodeState& /*second*/) {
     return first;
 }
 
-constexpr RleKernels kPlainKernels = {
-    RleEncodeBandPlain<uint8_t>, RleEncodeBandPlain<uint16_t>, LeaveAllTokens, LeaveAllTokens, LeaveFirst, LeaveFirst,
-    RleWriteRunPlain<uint8_t>,   RleWriteRunPlain<uint16_t>};
+template <class Sample>
+constexpr RleBandKernels kPlainKernels = {RleEncodeBandPlain<Sample>, LeaveAllTokens, LeaveFirst,
+                                          RleReadTokenPlain<Sample>, RleWriteRunPlain<Sample>};
+
+using KernelsByTarget = std::array<RleKernels, kTargetCount>;
+
+KernelsByTarget KernelsOfRunnableTargets() {
+    KernelsByTarget byTarget{};
+    RleKernels kernels = {kPlainKernels<uint8_t>, kPlainKernels<uint16_t>};
+    for (const Target target : RunnableTargets()) {
+        RleOverrideKernels(target, kernels);
+        byTarget[static_cast<size_t>(target)] = kernels;
+    }
+    return byTarget;
+}
 
 }  // namespace
 
 const RleKernels& RleKernelsFor(Target target) {
-    switch (target) {
-        case Target::Avx2:
-            return kRleAvx2Kernels;
-        case Target::Ssse3:
-            return kRleBaselineKernels;
-        default:
-            return kPlainKernels;
-    }
+    // Local, because the runnable targets aren't known before the initializers of simd/ have run.
+    static const KernelsByTarget byTarget = KernelsOfRunnableTargets();
+    return byTarget[static_cast<size_t>(target)];
+}
+
+const RleBandKernels& RleActiveKernels(uint32_t bitdepth) {
+    const RleKernels& kernels = RleKernelsFor(ActiveTarget());
+    return bitdepth == 8 ? kernels.of_8_bits : kernels.of_16_bits;
 }
 
 }  // namespace plenar

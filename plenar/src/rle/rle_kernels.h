@@ -1,4 +1,5 @@
-// The band coders' inner parts in their versions, and the choice among them. All versions give the same bytes.
+// The inner parts of the band coders, which each target may have in a version of its own. All versions give the same
+// bytes.
 #pragma once
 
 #include <cstdint>
@@ -9,30 +10,35 @@
 
 namespace plenar {
 
-struct RleKernels {
+struct RleBandKernels {
     // Codes one band and returns the bytes of its stream; writes no more than RleMaxStreamSize.
-    uint64_t (*encode_band8)(const RleParams& band, const uint8_t* src, uint8_t* dst);
-    uint64_t (*encode_band16)(const RleParams& band, const uint8_t* src, uint8_t* dst);
-    // Decode tokens as long as they are sound and far enough from the end of what is readable; what is left then is for
-    // RleReadTokenPlain. The end of the stream goes unnoticed if more is readable.
-    void (*decode_tokens8)(RleDecodeState& state);
-    void (*decode_tokens16)(RleDecodeState& state);
+    uint64_t (*encode_band)(const RleParams& band, const uint8_t* src, uint8_t* dst);
+    // Decodes tokens as long as they are sound and kRleDecodeWindow bytes from the next one on can be read. What it
+    // stops at is for read_token. Where more can be read than the stream has, the stream's end goes unnoticed.
+    void (*decode_tokens)(RleDecodeState& state);
     // The same for two bands in turn, so that one goes on while the other waits for its next token. Returns the band
     // that it can't go on with.
-    RleDecodeState& (*decode_tokens_of_two8)(RleDecodeState& first, RleDecodeState& second);
-    RleDecodeState& (*decode_tokens_of_two16)(RleDecodeState& first, RleDecodeState& second);
-    // What RleWriteRunPlain does.
-    void (*write_run8)(RleDecodeState& state, const RleRun& run);
-    void (*write_run16)(RleDecodeState& state, const RleRun& run);
+    RleDecodeState& (*decode_tokens_of_two)(RleDecodeState& first, RleDecodeState& second);
+    RleDefect (*read_token)(RleDecodeState& state, RleRun& run);
+    void (*write_run)(RleDecodeState& state, const RleRun& run);
 };
 
-// The bytes of a stream that must be readable for decode_tokens to decode something.
+// The kernels of one target, by the width of a sample.
+struct RleKernels {
+    RleBandKernels of_8_bits;
+    RleBandKernels of_16_bits;
+};
+
 inline constexpr uint32_t kRleDecodeWindow = 24;
 
+// Of a target that this processor can run.
 const RleKernels& RleKernelsFor(Target target);
 
-inline const RleKernels& RleActiveKernels() {
-    return RleKernelsFor(ActiveTarget());
-}
+// Of the target in use.
+const RleBandKernels& RleActiveKernels(uint32_t bitdepth);
+
+// Replaces the kernels that the target has better ones of than all narrower targets. Each processor's folder defines
+// it. Call it for runnable targets only, as it runs code that is compiled for the target.
+void RleOverrideKernels(Target target, RleKernels& kernels);
 
 }  // namespace plenar

@@ -9,6 +9,17 @@ namespace {
 
 constexpr uint32_t kDefaultBandLimit = 16;
 
+// The largest coded plane, with the samples of a band in `Count`.
+template <class Count>
+uint64_t MaxCodedSize(const RleParams& params) {
+    uint64_t size = RleHeadReserve;
+    const RowBands bands = RleBands(params);
+    for (uint32_t band = 0; band < bands.Count(); ++band) {
+        size += RleMaxStreamSize(params, Count{bands[band].rows} * params.width);
+    }
+    return size;
+}
+
 }  // namespace
 
 void RleCheckParams(const RleParams& params) {
@@ -28,6 +39,18 @@ void RleCheckParams(const RleParams& params) {
     }
 }
 
+uint64_t RleSampleCount(const RleParams& params) {
+    return uint64_t{params.width} * params.height;
+}
+
+uint64_t RleTightRowBytes(const RleParams& params) {
+    return params.bitdepth == 8 ? params.width : uint64_t{params.width} * 2;
+}
+
+uint64_t RleRowStride(const RleParams& params) {
+    return params.row_bytes != 0 ? params.row_bytes : RleTightRowBytes(params);
+}
+
 uint64_t RlePlainSize(const RleParams& params) {
     if (params.row_bytes != 0) {
         return uint32_t{params.row_bytes * params.height};
@@ -39,30 +62,20 @@ uint64_t RlePlainExtent(const RleParams& params) {
     return params.height == 0 ? 0 : RleRowStride(params) * (params.height - 1) + RleTightRowBytes(params);
 }
 
-uint64_t RleTightRowBytes(const RleParams& params) {
-    return params.bitdepth == 8 ? params.width : uint64_t{params.width} * 2;
-}
-
-uint64_t RleRowStride(const RleParams& params) {
-    return params.row_bytes != 0 ? params.row_bytes : RleTightRowBytes(params);
-}
-
 RowBands RleBands(const RleParams& params) {
     return SplitRows(params.height, params.band_limit != 0 ? params.band_limit : kDefaultBandLimit);
 }
 
-uint64_t RleMaxCodedSize(const RleParams& params) {
-    uint64_t size = RleHeadReserve;
-    const RowBands bands = RleBands(params);
-    for (uint32_t band = 0; band < bands.Count(); ++band) {
-        const uint32_t samples = bands[band].rows * params.width;
-        size += RleMaxStreamSize(params, samples);
-    }
-    return size;
-}
-
 uint64_t RleMaxStreamSize(const RleParams& params, uint64_t samples) {
     return (samples * (params.bitdepth + 3) + 7) / 8;
+}
+
+uint64_t RleMaxCodedSize(const RleParams& params) {
+    return MaxCodedSize<uint32_t>(params);
+}
+
+uint64_t RleMaxCodedExtent(const RleParams& params) {
+    return MaxCodedSize<uint64_t>(params);
 }
 
 }  // namespace plenar

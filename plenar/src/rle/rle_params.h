@@ -25,6 +25,12 @@ inline constexpr uint32_t RleHeadReserve = (8 + 2 * kRleMaxBands * 26 + 7) / 8;
 // Refuses a plane that can't be coded. Throws invalid_argument.
 void RleCheckParams(const RleParams& params);
 
+uint64_t RleSampleCount(const RleParams& params);
+
+// Bytes of one row without padding, and from the start of one row of the plain buffer to the start of the next.
+uint64_t RleTightRowBytes(const RleParams& params);
+uint64_t RleRowStride(const RleParams& params);
+
 // Bytes of the plain buffer by which callers size it. With row_bytes this is a product that wraps at 32 bits; what is
 // really read and written is RlePlainExtent.
 uint64_t RlePlainSize(const RleParams& params);
@@ -32,20 +38,16 @@ uint64_t RlePlainSize(const RleParams& params);
 // Bytes from the first sample to the end of the last, without the padding behind it. Never wraps.
 uint64_t RlePlainExtent(const RleParams& params);
 
-// Bytes of one row without padding.
-uint64_t RleTightRowBytes(const RleParams& params);
-
-// Bytes from the start of one row of the plain buffer to the start of the next.
-uint64_t RleRowStride(const RleParams& params);
-
 // The bands that the encoder makes.
 RowBands RleBands(const RleParams& params);
-
-// The most bytes that a coded plane can take. Checks nothing. The samples of a band are counted in 32 bits, and wrap.
-uint64_t RleMaxCodedSize(const RleParams& params);
 
 // The most bytes that the stream of `samples` samples can take: each a token of its own, with a mode bit, a run length
 // of one bit, a flag bit and the raw value.
 uint64_t RleMaxStreamSize(const RleParams& params, uint64_t samples);
+
+// The bytes by which callers size the buffer of a coded plane. Checks nothing. The samples of a band are counted in 32
+// bits, and wrap; what is really written takes up to RleMaxCodedExtent.
+uint64_t RleMaxCodedSize(const RleParams& params);
+uint64_t RleMaxCodedExtent(const RleParams& params);
 
 }  // namespace plenar

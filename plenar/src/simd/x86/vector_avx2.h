@@ -11,6 +11,7 @@ namespace {
 struct Vector32 {
     static constexpr size_t kBytes = 32;
     static constexpr bool kPermutesDwords = true;
+    static constexpr bool kShiftsByLane = true;
 
     using Bytes = VectorType<uint8_t, kBytes>::Type;
     using Words = VectorType<uint16_t, kBytes>::Type;
@@ -52,6 +53,15 @@ struct Vector32 {
         asm("" : "+x"(value));
         return value;
     }
+
+    // Eight numbers as dwords. GCC 12 takes its own conversion of vectors apart into single lanes.
+    static Dwords LoadDwords(const uint8_t* numbers) {
+        return As<Dwords>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(numbers))));
+    }
+    static Dwords LoadDwords(const uint16_t* numbers) {
+        return As<Dwords>(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(numbers))));
+    }
+    static Dwords LoadDwords(const uint32_t* numbers) { return LoadVector<Dwords>(numbers); }
 
     // Dword i of the result is dword places[i] of the value.
     static Dwords PermuteDwords(Dwords value, Dwords places) {

@@ -11,6 +11,7 @@ namespace {
 struct Vector16 {
     static constexpr size_t kBytes = 16;
     static constexpr bool kPermutesDwords = false;
+    static constexpr bool kShiftsByLane = false;  // each lane by a number of bits of its own
 
     using Bytes = VectorType<uint8_t, kBytes>::Type;
     using Words = VectorType<uint16_t, kBytes>::Type;

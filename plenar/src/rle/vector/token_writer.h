@@ -1,22 +1,25 @@
-// Makes the tokens of runs and writes them; for inclusion by the sources of the targets only.
+// Makes the tokens of runs and writes them.
 #pragma once
 
-#include "rle/lane_vector.h"
+#include "base/bytes.h"
 #include "rle/rle_codes.h"
-#include "rle/run_queue.h"
+#include "rle/vector/run_queue.h"
+#include "simd/vector.h"
 
 namespace plenar {
 namespace {
 
-// Appends bits with few steps for each token. Only the low `used` bits of `acc` are still to be written; what stands
-// above them has been, and drops out at the top in time.
+constexpr uint32_t kPutBits = 57;  // of one Put at most: what 64 hold behind the 7 that may be left from the last one
+
+// Appends bits with few steps for each token. Only the low `used` bits of `acc` are still to be written; the ones above
+// have been, and leave at the top as others follow.
 class TokenWriter {
 public:
     TokenWriter(uint8_t* first, const uint8_t* roomEnd) : out_(first), end_(roomEnd) {}
 
     int64_t Room() const { return end_ - out_; }
 
-    // Appends up to 57 bits, and at least one. Without Exact there must be room for 8 bytes.
+    // Appends up to kPutBits bits, and at least one. Without Exact there must be room for 8 bytes.
     template <bool Exact>
     void Put(uint64_t bits, uint32_t length) {
         acc_ = acc_ << length | bits;
@@ -26,7 +29,7 @@ public:
         if constexpr (Exact) {
             std::memcpy(out_, &word, bytes);
         } else {
-            std::memcpy(out_, &word, sizeof word);
+            StoreAs(out_, word);
         }
         out_ += bytes;
         used_ %= 8;
@@ -60,7 +63,8 @@ private:
 // What a batch of kBlock tokens of any length and the width of the last store can take.
 constexpr int64_t kBatchRoom = kBlock * 8 + 8;
 
-// The codes of the values with their flags; the last entry has the length of all those that are raw.
+// The codes of the values that have a short form, with their flags. The entry behind them is for all others: their code
+// is the value itself, so that it holds the length alone, and CodeOf has no branch.
 template <class Sample>
 struct ValueCodeTable {
     static constexpr uint32_t kCount = RleSample<Sample>::kShortLimit;
@@ -102,9 +106,6 @@ inline void PutTokens(TokenWriter& writer, const uint32_t* starts, const uint32_
     }
 }
 
-#if defined(__AVX2__)
-
-constexpr uint32_t kMostBits = 57;  // of one Put
 constexpr uint32_t kTokens = kLanes<uint32_t>;
 
 // As many tokens as there are lanes, if all of them are short enough to be put in pairs.
@@ -112,13 +113,12 @@ template <class Sample>
 inline bool PutInPairs(TokenWriter& writer, const uint32_t* starts, const uint32_t* classes) {
     using Traits = RleSample<Sample>;
     using Lanes = Vector<uint32_t>;
-    const Lanes startsHere = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts));
-    const Lanes run = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(starts + 1)) - startsHere;
-    const Lanes runClass = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(classes));
+    const Lanes run = Load<uint32_t>(starts + 1) - Load<uint32_t>(starts);
+    const Lanes runClass = Load<uint32_t>(classes);
     const Lanes value = runClass & ((1U << Traits::kBits) - 1);
     const Lanes mode = runClass >> Traits::kBits & 1;
 
-    // A raw code is as long as a short one with one bit more than the largest can have in front.
+    // A raw code with its flag is as long as a short one whose prefix has one bit more than the longest.
     constexpr uint32_t kRaw = Traits::kShortLimit >> Traits::kShortBits;
     const Lanes hi = value >> Traits::kShortBits;
     const Lanes ones = hi < kRaw ? hi : Splat(kRaw);
@@ -127,24 +127,23 @@ inline bool PutInPairs(TokenWriter& writer, const uint32_t* starts, const uint32
     const Lanes code = hi < kRaw ? shortCode : value;
     const Lanes codeLength = ones + Traits::kShortBits + 2;
 
-    // The exponent of a floating-point number is that of its highest bit. Too large for runs that are rounded up, but
-    // those are too long in any case.
-    const auto exponent = reinterpret_cast<Lanes>(_mm256_cvtepi32_ps(reinterpret_cast<__m256i>(run))) >> 23;
+    // The exponent of a floating-point number tells its highest bit. Only runs of more than 24 bits may be rounded up
+    // to the next exponent, and those are too long here in any case.
+    const Lanes exponent = As<Lanes>(__builtin_convertvector(As<Vector<int32_t>>(run), Vector<float>)) >> 23;
     const Lanes length = 2 * (exponent - 126) + codeLength;
     const Lanes token = mode << (length - 1) | run << codeLength | code;
 
     using Pairs = Vector<uint64_t>;
-    const Pairs secondLength = reinterpret_cast<Pairs>(length) >> 32;
-    const Pairs pairLength = (reinterpret_cast<Pairs>(length) & 0xFFFFFFFF) + secondLength;
-    const Pairs pair =
-        (reinterpret_cast<Pairs>(token) & 0xFFFFFFFF) << secondLength | reinterpret_cast<Pairs>(token) >> 32;
-    if (!AllSet(length <= 32) || !AllSet(reinterpret_cast<Lanes>(pairLength) <= kMostBits)) {
+    const Pairs secondLength = As<Pairs>(length) >> 32;
+    const Pairs pairLength = (As<Pairs>(length) & 0xFFFFFFFF) + secondLength;
+    const Pairs pair = (As<Pairs>(token) & 0xFFFFFFFF) << secondLength | As<Pairs>(token) >> 32;
+    if (!AllSet(length <= 32) || !AllSet(As<Lanes>(pairLength) <= kPutBits)) {
         return false;
     }
     for (uint32_t i = 0; i < kTokens / 2; i += 2) {
         const auto firstLength = static_cast<uint32_t>(pairLength[i]);
         const auto bothLengths = firstLength + static_cast<uint32_t>(pairLength[i + 1]);
-        if (sizeof(Sample) == 1 && bothLengths <= kMostBits) {
+        if (sizeof(Sample) == 1 && bothLengths <= kPutBits) {
             writer.Put<false>(pair[i] << pairLength[i + 1] | pair[i + 1], bothLengths);
         } else {
             writer.Put<false>(pair[i], firstLength);
@@ -154,21 +153,19 @@ inline bool PutInPairs(TokenWriter& writer, const uint32_t* starts, const uint32
     return true;
 }
 
-#endif
-
 // The tokens of the first kBlock runs. There must be room for kBatchRoom bytes.
 template <class Sample>
 inline void PutTokenBatch(TokenWriter& writer, const RunQueue& runs) {
     TokenWriter local = writer;  // nothing refers to it, so that it can stay in registers
-#if defined(__AVX2__)
-    for (uint32_t i = 0; i < kBlock; i += kTokens) {
-        if (!PutInPairs<Sample>(local, runs.Starts() + i, runs.Classes() + i)) {
-            PutTokens<Sample, false>(local, runs.Starts() + i, runs.Classes() + i, kTokens);
+    if constexpr (TargetVector::kShiftsByLane) {
+        for (uint32_t i = 0; i < kBlock; i += kTokens) {
+            if (!PutInPairs<Sample>(local, runs.Starts() + i, runs.Classes() + i)) {
+                PutTokens<Sample, false>(local, runs.Starts() + i, runs.Classes() + i, kTokens);
+            }
         }
+    } else {
+        PutTokens<Sample, false>(local, runs.Starts(), runs.Classes(), kBlock);
     }
-#else
-    PutTokens<Sample, false>(local, runs.Starts(), runs.Classes(), kBlock);
-#endif
     writer = local;
 }
 

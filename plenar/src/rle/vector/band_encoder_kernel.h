@@ -1,16 +1,17 @@
-// The fast band coder, for inclusion by the sources of the targets only; see lane_vector.h.
+// The band coder in vectors.
 //
-// 64 samples at a time are classed in vectors, and compared with their neighbours to give one bit for each sample that
+// Blocks of 64 samples are classed in vectors, and compared with their neighbours to give one bit for each sample that
 // starts a run. Only those samples are looked at further: they are queued, and when there are enough of them, their
-// tokens are made and joined in vectors. No step depends on how many runs a block has, but for one loop, as that can't
-// be foretold. The stream doesn't show the blocks: runs live on across them, and across rows.
+// tokens are made and joined in vectors. How many runs a block starts decides one branch and one loop and nothing else,
+// since it makes them unpredictable. The stream doesn't show the blocks: runs go on across them, and across rows.
 #pragma once
 
-#include "rle/lane_vector.h"
+#include "base/bytes.h"
 #include "rle/rle_codes.h"
 #include "rle/rle_params.h"
-#include "rle/run_queue.h"
-#include "rle/token_writer.h"
+#include "rle/vector/run_queue.h"
+#include "rle/vector/token_writer.h"
+#include "simd/vector.h"
 
 namespace plenar {
 namespace {
@@ -22,7 +23,6 @@ public:
 
     // Codes `count` samples in a row, which follow the ones coded before.
     void EncodeSpan(const uint8_t* src, uint64_t count) {
-        // The history of the first samples isn't in front of them.
         uint64_t done = EncodeStaged(src, count);
         while (count - done >= kBlock) {
             if (runs_.LastIsFlat() && position_ - runs_.LastStart() >= kWorthSkipping) {
@@ -52,8 +52,12 @@ public:
 
 private:
     static constexpr uint32_t kHistory = 2;
-    static constexpr uint32_t kWorthSkipping = 32;
+    static constexpr uint32_t kWorthSkipping = 32;  // flat samples behind which more of them are likely
 
+    using Lanes = Vector<Sample>;
+    using SignedLanes = Vector<std::make_signed_t<Sample>>;
+
+    // Codes the first samples, up to a block, from a copy that has the history in front of them.
     uint64_t EncodeStaged(const uint8_t* src, uint64_t count) {
         const uint32_t lanes = count < kBlock ? static_cast<uint32_t>(count) : kBlock;
         std::memcpy(staging_, history_, sizeof history_);
@@ -65,7 +69,7 @@ private:
     void KeepHistory(const uint8_t* src, uint64_t count) {
         if (count == 1) {
             history_[0] = history_[1];
-            std::memcpy(&history_[1], src, sizeof(Sample));
+            history_[1] = LoadAs<Sample>(src);
         } else {
             std::memcpy(history_, src + (count - kHistory) * sizeof(Sample), sizeof history_);
         }
@@ -73,14 +77,12 @@ private:
 
     // How many whole blocks' samples from `src` on are the same as the one before them.
     static uint64_t FlatSamples(const uint8_t* src, uint64_t count) {
-        Sample last;
-        std::memcpy(&last, src - sizeof last, sizeof last);
-        const Vector<Sample> flat = Splat(last);
+        const Lanes flat = Splat(LoadAs<Sample>(src - sizeof(Sample)));
         uint64_t same = 0;
         for (; count - same >= kBlock; same += kBlock) {
-            auto equal = LoadLanes<Sample>(src + same * sizeof(Sample)) == flat;
+            auto equal = Load<Sample>(src + same * sizeof(Sample)) == flat;
             for (uint32_t i = kLanes<Sample>; i < kBlock; i += kLanes<Sample>) {
-                equal &= LoadLanes<Sample>(src + (same + i) * sizeof(Sample)) == flat;
+                equal &= Load<Sample>(src + (same + i) * sizeof(Sample)) == flat;
             }
             if (!AllSet(equal)) {
                 break;
@@ -108,23 +110,25 @@ private:
 
     void Classify(const uint8_t* src, Block<Sample>& block) {
         constexpr size_t kVectors = kBlock / kLanes<Sample>;
-        Vector<Sample> values[kVectors];
-        SignedVector<Sample> secondOrder[kVectors];
-        SignedVector<Sample> sameValue[kVectors];
+        Lanes values[kVectors];
+        SignedLanes secondOrder[kVectors];
+        SignedLanes sameValue[kVectors];
+        Lanes before = lastValues_;
         for (size_t i = 0; i < kVectors; ++i) {
             const uint8_t* place = src + i * kVectorBytes;
-            const auto x = LoadLanes<Sample>(place);
-            const auto prev1 = LoadLanes<Sample>(place - sizeof(Sample));
-            const auto prev2 = LoadLanes<Sample>(place - 2 * sizeof(Sample));
+            const auto x = Load<Sample>(place);
+            const auto prev1 = Load<Sample>(place - sizeof(Sample));
+            const auto prev2 = Load<Sample>(place - 2 * sizeof(Sample));
             const auto d1 = x - prev1;
             const auto z1 = Fold(d1);
             const auto z2 = Fold(d1 - prev1 + prev2);
             const auto value = z1 < z2 ? z1 : z2;
             secondOrder[i] = (value == z2) & (z1 != 0);
-            sameValue[i] = value == ShiftIn<Sample>(lastValues_, value);
-            lastValues_ = value;
+            sameValue[i] = value == ShiftIn<Sample>(before, value);
+            before = value;
             values[i] = value;
         }
+        lastValues_ = before;
         block.modes = MaskOf64<Sample>(secondOrder);
         block.starts = ~MaskOf64<Sample>(sameValue) | (block.modes ^ (block.modes << 1 | lastMode_));
         // The first run of the band may be of the class that the encoder begins with.
@@ -133,14 +137,12 @@ private:
             return;
         }
         for (size_t i = 0; i < kVectors; ++i) {
-            StoreInterleaved<Sample>(reinterpret_cast<uint8_t*>(block.classes) + 2 * i * kVectorBytes, values[i],
-                                     reinterpret_cast<Vector<Sample>>(secondOrder[i]));
+            StoreInterleaved<Sample>(reinterpret_cast<uint8_t*>(block.classes + i * kLanes<Sample>), values[i],
+                                     As<Lanes>(secondOrder[i]));
         }
     }
 
-    static Vector<Sample> Fold(Vector<Sample> d) {
-        return (d + d) ^ reinterpret_cast<Vector<Sample>>(reinterpret_cast<SignedVector<Sample>>(d) < 0);
-    }
+    static Lanes Fold(Lanes d) { return (d + d) ^ As<Lanes>(As<SignedLanes>(d) < 0); }
 
     [[gnu::noinline]] void PutBatch() {
         if (writer_.Room() < kBatchRoom) {
@@ -152,9 +154,9 @@ private:
     }
 
     TokenWriter writer_;
-    uint32_t position_ = 0;        // of the next sample in the band; wraps
-    Vector<Sample> lastValues_{};  // the last lane is the value of the last sample classed
-    uint64_t lastMode_ = 0;        // and this its mode; before the first sample both are those of a middle sample
+    uint32_t position_ = 0;  // of the next sample in the band; wraps
+    Lanes lastValues_{};     // the last lane is the value of the last sample classed
+    uint64_t lastMode_ = 0;  // and this its mode; before the first sample both are those of a middle sample
     Sample history_[kHistory] = {RleSample<Sample>::kMiddle, RleSample<Sample>::kMiddle};
     uint8_t staging_[(kHistory + kBlock) * sizeof(Sample)] = {};
     RunQueue runs_;
@@ -162,7 +164,7 @@ private:
 
 template <class Sample>
 uint64_t EncodeBand(const RleParams& band, const uint8_t* src, uint8_t* dst) {
-    const uint64_t samples = uint64_t{band.width} * band.height;
+    const uint64_t samples = RleSampleCount(band);
     const uint64_t stride = RleRowStride(band);
     BandEncoder<Sample> encoder(dst, dst + RleMaxStreamSize(band, samples));
     if (stride == RleTightRowBytes(band)) {

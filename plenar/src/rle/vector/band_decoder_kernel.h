@@ -1,17 +1,17 @@
-// The fast part of the band decoder, for inclusion by the sources of the targets only; see lane_vector.h.
+// The band decoder in vectors.
 //
-// The next bits of the stream are an index into a table that has whole short tokens, so that the way from one token to
-// the next is a shift, a load and a shift. A token's samples are a ramp or a parabola, written as one vector, with
-// more lanes than the run has: the surplus is overwritten by the runs that follow, and the loop stops before the band's
-// end comes near enough to be passed. The sample that a run starts from is read back from there.
+// The next bits of the stream are an index into a table of whole short tokens, so that the way from one token to the
+// next is a shift, a load and a shift. A token's samples are a ramp or a parabola. They are stored as one vector,
+// mostly with more lanes than the run has: the runs that follow overwrite the surplus, and the loop stops before the
+// surplus could pass the band's end. The sample that a run starts from is read back from there.
 #pragma once
 
+#include "base/bytes.h"
 #include "rle/band_decoder_plain.h"
-#include "rle/lane_vector.h"
 #include "rle/rle_codes.h"
 #include "rle/rle_kernels.h"
-#include "rle/run_lanes.h"
-#include "rle/token_table.h"
+#include "rle/vector/run_samples.h"
+#include "rle/vector/token_table.h"
 
 namespace plenar {
 namespace {
@@ -43,7 +43,7 @@ public:
     }
 
     // A few tokens. False if there isn't room for them, or a token has to be left. Call after DecodeFirst.
-    RLE_INLINE bool DecodeSome() {
+    [[gnu::always_inline]] bool DecodeSome() {
         if (!HasWindow() || dst_ >= roomEnd_) {
             return false;
         }
@@ -71,22 +71,16 @@ private:
     static constexpr uint64_t kRoom = uint64_t{kRunLanes} * (kShortTokens + 1);
 
     // Whether two windows can be loaded one after the other, as DecodeSome may.
-    RLE_INLINE bool HasWindow() const { return position_ < windowEnd_; }
+    [[gnu::always_inline]] bool HasWindow() const { return position_ < windowEnd_; }
 
-    RLE_INLINE uint64_t Window() const {
-        uint64_t word;
-        std::memcpy(&word, stream_ + position_ / 8, sizeof word);
-        return RleBigEndian(word) << (position_ % 8);
+    [[gnu::always_inline]] uint64_t Window() const {
+        return RleBigEndian(LoadAs<uint64_t>(stream_ + position_ / 8)) << (position_ % 8);
     }
 
-    RLE_INLINE Sample LastSample() const {
-        Sample sample;
-        std::memcpy(&sample, dst_ - sizeof sample, sizeof sample);
-        return sample;
-    }
+    [[gnu::always_inline]] Sample LastSample() const { return LoadAs<Sample>(dst_ - sizeof(Sample)); }
 
     // A few tokens, up to the first that isn't in the table.
-    RLE_INLINE bool DecodeWindow() {
+    [[gnu::always_inline]] bool DecodeWindow() {
         uint64_t bits = Window();
         uint64_t sum = 0;
         for (uint32_t i = 0; i < kShortTokens; ++i) {
@@ -104,7 +98,7 @@ private:
         return true;
     }
 
-    RLE_INLINE void DecodeShortToken(TokenEntry entry, uint64_t bits) {
+    [[gnu::always_inline]] void DecodeShortToken(TokenEntry entry, uint64_t bits) {
         if constexpr (sizeof(Sample) == 1) {
             const uint32_t slope = difference_ & entry.SecondOrder();
             const auto lanes = MultiplesOf(slope & 0xFF) + MultiplesOf(entry.Shape()) + LastSample();
@@ -119,14 +113,14 @@ private:
         dst_ += entry.Run() * sizeof(Sample);
     }
 
-    RLE_INLINE Run<Sample> NextRun(Sample last, uint32_t residual, uint32_t secondOrder) const {
+    [[gnu::always_inline]] Run<Sample> NextRun(Sample last, uint32_t residual, uint32_t secondOrder) const {
         const uint32_t slope = residual ^ ((residual ^ difference_) & secondOrder);
         return {last, static_cast<Sample>(slope), static_cast<Sample>(residual & secondOrder)};
     }
 
     // One token of any kind; the first `known` of `bits` are what the stream has next. Leaves it, with false, if that
     // is what the plain decoder must see to.
-    RLE_INLINE bool DecodeAnyToken(uint64_t bits, uint32_t known, Sample last) {
+    [[gnu::always_inline]] bool DecodeAnyToken(uint64_t bits, uint32_t known, Sample last) {
         Token token;
         const uint64_t room = static_cast<uint64_t>(dstEnd_ - dst_) / sizeof(Sample);
         // Most tokens lie within what is known, and loading it again would take longer than all the rest.
@@ -157,7 +151,7 @@ private:
     }
 
     // False for a token that might not be whole in the window, a run of 0 among them.
-    RLE_INLINE static bool Parse(uint64_t bits, Token& token) {
+    [[gnu::always_inline]] static bool Parse(uint64_t bits, Token& token) {
         constexpr uint32_t kMostZeros = (kWindowBits - 3 - 16) / 2;
         const uint64_t runBits = bits << 1;
         if (runBits >> (63 - kMostZeros) == 0) {
@@ -238,8 +232,6 @@ void WriteRun(RleDecodeState& state, const RleRun& run) {
     state.prev1 += count * slope + triangle * curve;
     state.prev2 = state.prev1 - (slope + count * curve);
 }
-
-#undef RLE_INLINE
 
 }  // namespace
 }  // namespace plenar

@@ -1,20 +1,21 @@
-// The short tokens by the bits that they begin with, for inclusion by the sources of the targets only; see
-// lane_vector.h.
+// The short tokens by the bits that they begin with.
 #pragma once
 
 #include <cstdint>
 
 #include "rle/rle_codes.h"
-#include "rle/run_lanes.h"
+#include "rle/vector/run_samples.h"
 
 namespace plenar {
 namespace {
 
 constexpr uint32_t kIndexBits = 12;
 
-// A token's beginning, up to the bits that say no more than a number; 0 if the token isn't in the table. One number,
-// with what comes first where it costs least to take out: the next token waits for the length, which a shift takes from
-// the lowest bits, and the mode is the sign.
+// What the first kIndexBits bits of the stream say about the token that starts there: for bytes the whole token, for
+// 16 bits all of it but the low bits of the value. An entry is one number, 0 if the token isn't in the table, and its
+// fields are placed by how soon they are needed. The place of the next token depends on the length, which therefore
+// stands in the lowest bits, where it serves as a shift count without being masked; the mode is the sign, so that an
+// arithmetic shift makes a mask of it.
 struct TokenEntry {
     uint64_t packed = 0;
 
@@ -28,22 +29,23 @@ struct TokenEntry {
         return entry;
     }
 
-    static constexpr uint64_t kLengths = 0xFF;  // where the lengths of the sum of a few entries are
+    static constexpr uint64_t kLengths =
+        0xFF;  // entries are added up; these bits of the sum are their lengths together
 
     uint32_t Length() const { return packed & 0x3F; }  // bits of the whole token
     uint32_t Run() const { return packed >> 8 & 0xFF; }
     uint32_t SecondOrder() const { return static_cast<uint32_t>(static_cast<int64_t>(packed) >> 63); }  // as a mask
 
-    // 8 bits: what the residual adds to the difference over the whole run; the place in StepMultiples of what it adds
-    // to each sample, with the mode as its highest bit.
+    // Bytes: what the run adds to the difference of neighbours, which starts from 0 at first order; and the index into
+    // kStepMultiples for the residual, with the mode (slope or curve) as its highest bit.
     constexpr TokenEntry WithResidual(uint32_t residual, uint32_t toDifference) const {
         return With(toDifference & 0xFF, 24).With(residual, 55);
     }
     uint32_t ToDifference() const { return static_cast<uint32_t>(packed) >> 24; }
     uint64_t Shape() const { return packed >> 55; }
 
-    // 16 bits: how many bits stand before the value's low ones, which are in no table; the shift that leaves those
-    // alone at the bottom; what is to be added to them.
+    // 16 bits: the folded value is `high` plus the low bits, which the stream has behind the `known` first bits of the
+    // token. Shifted left by Known and right by AboveLow, the stream's next 64 bits leave just the low bits.
     constexpr TokenEntry WithLowBits(uint32_t known, uint32_t lowBits, uint32_t high) const {
         return With(known, 16).With(64 - lowBits, 24).With(high, 32);
     }

@@ -1,48 +1,37 @@
-// The runs of a band that wait for their tokens; for inclusion by the sources of the targets only.
+// The runs of a band that wait for their tokens.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
-#include "rle/lane_vector.h"
+#include "simd/vector.h"
 
 namespace plenar {
 namespace {
 
 constexpr uint32_t kBlock = 64;
 
-template <class Sample>
-struct ClassOf;
-template <>
-struct ClassOf<uint8_t> {
-    using Type = uint16_t;
-};
-template <>
-struct ClassOf<uint16_t> {
-    using Type = uint32_t;
-};
-
 // The samples of a block, classed.
 template <class Sample>
 struct Block {
-    uint64_t starts;  // bit i: sample i is not of the class of the one before it
-    uint64_t modes;   // bit i: the mode of sample i
-    // The values, with the mode in all bits above them.
-    alignas(kVectorBytes) typename ClassOf<Sample>::Type classes[kBlock];
+    using Class = std::conditional_t<sizeof(Sample) == 1, uint16_t, uint32_t>;
+
+    uint64_t starts;                              // bit i: sample i is not of the class of the one before it
+    uint64_t modes;                               // bit i: the mode of sample i
+    alignas(kVectorBytes) Class classes[kBlock];  // the values, with the mode in all bits above them
 };
 
-#if defined(__AVX2__)
-
-// For every byte the places of its ones, lowest first; what stands behind them means nothing.
+// For every byte the places of its ones, lowest first, and zeros behind them.
 struct PlacesOfOnes {
     uint8_t places[256][8] = {};
 
     constexpr PlacesOfOnes() {
         for (uint32_t byte = 0; byte < 256; ++byte) {
             uint32_t count = 0;
-            for (uint32_t bit = 0; bit < 8; ++bit) {
+            for (uint8_t bit = 0; bit < 8; ++bit) {
                 if ((byte >> bit & 1) != 0) {
-                    places[byte][count++] = static_cast<uint8_t>(bit);
+                    places[byte][count++] = bit;
                 }
             }
         }
@@ -50,8 +39,6 @@ struct PlacesOfOnes {
 };
 
 constexpr PlacesOfOnes kPlacesOfOnes;
-
-#endif
 
 class RunQueue {
 public:
@@ -72,21 +59,16 @@ public:
     template <class Sample>
     void Add(const Block<Sample>& block, uint32_t position) {
         const auto count = static_cast<uint32_t>(__builtin_popcountll(block.starts));
-#if defined(__AVX2__)
-        if (count >= kMany) {
+        if (TargetVector::kPermutesDwords && count >= kMany) {
             AddMany(block, position);
-        } else
-#endif
-        {
+        } else {
             AddFew(block, position);
         }
         end_ += count;
     }
 
     // Ends the last run; no other can be added.
-    void Close(uint32_t position) {
-        starts_[end_++] = position;
-    }
+    void Close(uint32_t position) { starts_[end_++] = position; }
 
     // Takes out the first kBlock runs.
     void Drop() {
@@ -96,9 +78,10 @@ public:
     }
 
 private:
-    // Entries written at once. Those behind the last run mean nothing.
+    // Both ways of adding write whole steps of entries. What they leave behind the last run is overwritten by the next
+    // runs, and a last step may reach past the room for runs.
     static constexpr uint32_t kStep = 8;
-    static constexpr uint32_t kMany = 10;  // runs in a block that cost more one by one
+    static constexpr uint32_t kMany = 10;  // runs in a block that take longer one by one
 
     template <class Sample>
     void AddFew(const Block<Sample>& block, uint32_t position) {
@@ -114,29 +97,21 @@ private:
         }
     }
 
-#if defined(__AVX2__)
-    template <class Sample>
+    // The entries of eight samples at a time, those that start runs moved together.
+    template <class Sample, class Target = TargetVector>
     void AddMany(const Block<Sample>& block, uint32_t position) {
-        uint32_t next = end_;
-        for (uint32_t firstLane = 0; firstLane < kBlock; firstLane += kStep) {
-            const auto ones = static_cast<uint8_t>(block.starts >> firstLane);
-            const __m256i places =
-                _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPlacesOfOnes.places[ones])));
-            Vector<uint32_t> lanes;
-            if constexpr (sizeof(Sample) == 1) {
-                lanes = reinterpret_cast<Vector<uint32_t>>(
-                    _mm256_cvtepu16_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(block.classes + firstLane))));
-            } else {
-                lanes = LoadLanes<uint32_t>(reinterpret_cast<const uint8_t*>(block.classes + firstLane));
+        if constexpr (Target::kPermutesDwords) {
+            uint32_t next = end_;
+            for (uint32_t first = 0; first < kBlock; first += kStep) {
+                const auto ones = static_cast<uint8_t>(block.starts >> first);
+                const auto places = Target::LoadDwords(kPlacesOfOnes.places[ones]);
+                const auto classes = Target::LoadDwords(block.classes + first);
+                StoreVector(classes_ + next, Target::PermuteDwords(classes, places));
+                StoreVector(starts_ + next, places + (position + first));
+                next += static_cast<uint32_t>(__builtin_popcount(ones));
             }
-            StoreLanes(reinterpret_cast<uint8_t*>(classes_ + next),
-                       _mm256_permutevar8x32_epi32(reinterpret_cast<__m256i>(lanes), places));
-            StoreLanes(reinterpret_cast<uint8_t*>(starts_ + next),
-                       reinterpret_cast<Vector<uint32_t>>(places) + (position + firstLane));
-            next += static_cast<uint32_t>(__builtin_popcount(ones));
         }
     }
-#endif
 
     uint32_t end_ = 0;
     uint32_t starts_[2 * kBlock + kStep];

@@ -1,45 +1,36 @@
-// A run's samples as vectors, for inclusion by the sources of the targets only; see lane_vector.h.
+// A run's samples, made in vectors.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
-#include "rle/lane_vector.h"
+#include "simd/vector.h"
 
 namespace plenar {
 namespace {
 
-// The band decoder's loop must stay in registers, which takes that nothing of it is a call.
-#define RLE_INLINE [[gnu::always_inline]]
+// What the decoder's loop uses is always inlined, so that its state stays in registers.
 
-constexpr uint32_t kRunLanes = 16;  // the vector that takes a run
+constexpr uint32_t kRunLanes = 16;  // samples of a run that are made at once, whatever the target's vectors hold
 
 template <class Sample>
-struct RunVector;
-template <>
-struct RunVector<uint8_t> {
-    typedef uint8_t Type __attribute__((vector_size(kRunLanes)));
-};
-template <>
-struct RunVector<uint16_t> {
-    typedef uint16_t Type __attribute__((vector_size(2 * kRunLanes)));
-};
+using RunVector = typename VectorType<Sample, kRunLanes * sizeof(Sample)>::Type;
 
-// The steps of a run: what its samples lie above the last one before it, for each unit of slope and of curve.
+// What the samples of a run lie above the last one before it, for each unit of slope and of curve.
 struct RunSteps {
-    using Lanes = RunVector<uint16_t>::Type;
+    using Lanes = RunVector<uint16_t>;
     static constexpr Lanes kLinear = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
     static constexpr Lanes kTriangular = {1, 3, 6, 10, 15, 21, 28, 36, 45, 55, 66, 78, 91, 105, 120, 136};
 };
 
-// The same for bytes, as multiples by all slopes and behind them by all curves: vectors have no product of bytes, and a
-// load is cheaper than what stands in for one.
+// The same steps for bytes, multiplied by every slope and behind them by every curve: vectors have no product of bytes,
+// and a load takes less than the operations that would make up for one.
 constexpr uint32_t kCurves = 256;
 struct StepMultiples {
     alignas(kRunLanes) uint8_t lanes[2 * kCurves][kRunLanes] = {};
 
     constexpr StepMultiples() {
-        for (uint32_t factor = 0; factor < 256; ++factor) {
+        for (uint32_t factor = 0; factor < kCurves; ++factor) {
             for (uint32_t i = 0; i < kRunLanes; ++i) {
                 lanes[factor][i] = static_cast<uint8_t>(factor * (i + 1));
                 lanes[kCurves + factor][i] = static_cast<uint8_t>(factor * ((i + 1) * (i + 2) / 2));
@@ -49,28 +40,27 @@ struct StepMultiples {
 };
 
 constexpr StepMultiples kStepMultiples;
-RLE_INLINE inline RunVector<uint8_t>::Type MultiplesOf(uint64_t factor) {
-    RunVector<uint8_t>::Type lanes;
-    std::memcpy(&lanes, kStepMultiples.lanes[factor], sizeof lanes);
-    return lanes;
+[[gnu::always_inline]] inline RunVector<uint8_t> MultiplesOf(uint64_t factor) {
+    return LoadVector<RunVector<uint8_t>>(kStepMultiples.lanes[factor]);
 }
 
 // A run's samples are last + k * slope + k * (k + 1) / 2 * curve, for k from 1 on.
 template <class Sample>
 struct Run {
-    using Lanes = typename RunVector<Sample>::Type;
+    using Lanes = RunVector<Sample>;
 
-    static constexpr uint64_t kStretch = uint64_t{8} * kRunLanes;  // written at once, as most runs are shorter
-    static constexpr uint64_t kLong = 4096 / sizeof(Sample);       // a run with a loop of its own
+    static constexpr uint64_t kStretch =
+        uint64_t{8} * kRunLanes;                              // samples stored without a test: most runs are shorter
+    static constexpr uint64_t kLong = 4096 / sizeof(Sample);  // samples that repay a call and a choice of loops
+    static constexpr uint64_t kWorthFilling = uint64_t{1} << 16;  // bytes that repay the time memset takes to start
     static constexpr uint64_t kFlatStep = 4 * kVectorBytes;
-    static constexpr uint64_t kWorthFilling = 1 << 16;  // bytes from which on it doesn't count how memset starts
 
     Sample last;
     Sample slope;
     Sample curve;
 
     // The first kRunLanes samples, whatever the run.
-    RLE_INLINE void Fill(Lanes& lanes) const {
+    [[gnu::always_inline]] void Fill(Lanes& lanes) const {
         if constexpr (sizeof(Sample) == 1) {
             lanes = MultiplesOf(slope) + MultiplesOf(kCurves + curve) + last;
         } else {
@@ -79,7 +69,7 @@ struct Run {
     }
 
     // Writes kRunLanes samples.
-    RLE_INLINE void StoreShort(uint8_t* dst) const {
+    [[gnu::always_inline]] void StoreShort(uint8_t* dst) const {
         Lanes lanes;
         Fill(lanes);
         std::memcpy(dst, &lanes, sizeof lanes);
@@ -93,7 +83,7 @@ struct Run {
     }
 
     // Writes `count` samples, kRunLanes at least, and may write kStretch more.
-    RLE_INLINE void StoreLoosely(uint8_t* dst, uint64_t count) const {
+    [[gnu::always_inline]] void StoreLoosely(uint8_t* dst, uint64_t count) const {
         if (curve != 0 || count >= kLong) {
             StoreLong(dst, count);
             return;
@@ -123,7 +113,7 @@ struct Run {
         }
     }
 
-    // Writes the last sample into `bytes` bytes, kFlatStep at least.
+    // Fills `bytes` bytes, kFlatStep at least, with the last sample before the run.
     void StoreFlat(uint8_t* dst, uint64_t bytes) const {
         uint8_t* const lastStep = dst + bytes - kFlatStep;
         for (; dst < lastStep; dst += kFlatStep) {
@@ -132,10 +122,10 @@ struct Run {
         StoreFlatStep(lastStep);
     }
 
-    RLE_INLINE void StoreFlatStep(uint8_t* dst) const {
+    [[gnu::always_inline]] void StoreFlatStep(uint8_t* dst) const {
         const Vector<Sample> lanes = Splat(last);
         for (uint64_t i = 0; i < kFlatStep; i += kVectorBytes) {
-            StoreLanes(dst + i, lanes);
+            StoreVector(dst + i, lanes);
         }
     }
 
@@ -148,12 +138,12 @@ struct Run {
             std::memcpy(dst + done * sizeof(Sample), &lanes, sizeof lanes);
             lanes += step;
         }
-        // The last lanes are written again together with the rest.
+        // The rest is written in whole lanes too, which overlap those before.
         lanes -= static_cast<Sample>(slope * (kRunLanes - (count - done)));
         std::memcpy(dst + (count - kRunLanes) * sizeof(Sample), &lanes, sizeof lanes);
     }
 
-    // As a ramp, but that the distance from lanes to the next ones grows: by the same in each lane.
+    // As a ramp, but the step from each kRunLanes samples to the next grows, by the same amount in every lane.
     void StoreCurved(uint8_t* dst, uint64_t count) const {
         Lanes lanes;
         Fill(lanes);

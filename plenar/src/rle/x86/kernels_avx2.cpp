@@ -1,0 +1,10 @@
+#include "rle/vector/vector_kernels.h"
+#include "rle/x86/target_kernels.h"
+
+namespace plenar {
+
+void RleOverrideAvx2(RleKernels& kernels) {
+    OverrideWithVectors(kernels);
+}
+
+}  // namespace plenar

@@ -1,0 +1,10 @@
+#include "rle/vector/vector_kernels.h"
+#include "rle/x86/target_kernels.h"
+
+namespace plenar {
+
+void RleOverrideSsse3(RleKernels& kernels) {
+    OverrideWithVectors(kernels);
+}
+
+}  // namespace plenar
