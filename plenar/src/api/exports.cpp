@@ -17,7 +17,8 @@ struct Codec {
     CodecState state;
     CreateParams createParams;
 
-    explicit Codec(const CreateParams& params) : state(params.numThreads), createParams(params) {}
+    explicit Codec(const CreateParams& params)
+        : state{.pool = WorkPool(WorkerCountFor(params.numThreads))}, createParams(params) {}
 };
 
 }  // namespace
