@@ -221,7 +221,7 @@ Bytes Boxed(const Frame& frame, const Bytes& coded) {
     const bool wide = frame.format.type == PLENAR_TYPE_UINT16;
     Bytes bytes;
     AppendHeader(bytes, 0, plenar::box::pack);
-    AppendSinf(bytes, frame.size, wide ? plenar::plane::rl16 : plenar::plane::rl08);
+    AppendSinf(bytes, frame.size, FourCC(wide ? "rl16" : "rl08"));
     AppendHeader(bytes, static_cast<uint32_t>(coded.size()) + plenar::kBoxHeaderSize, plenar::box::sdat);
     bytes.insert(bytes.end(), coded.begin(), coded.end());
     SetSizeAt(bytes, 0, bytes.size());

@@ -47,7 +47,7 @@ Bytes ConvertRow(const UncompressedParams& params, bool encodes, bool fixedToFlo
     const size_t alphaSize = hasAlpha ? plenar::AlphaRowBytes(params) : 0;
     const size_t callerSize = plenar_test::TightRowBytes(params);
     const size_t planeSize =
-        plenar::PlaneRowBytes(plenar::LookupFormatPlanes(params)[0], params.width) >> (fixedToFloat ? 1 : 0);
+        plenar::PlaneRowBytes(*plenar::LookupFormatPlanes(params)[0], params.width) >> (fixedToFloat ? 1 : 0);
     const Row caller(place, callerSize, encodes ? content : none);
     const Row plane(place, planeSize, encodes ? none : content);
     const Row alpha(place, alphaSize, encodes ? none : content);

@@ -17,7 +17,8 @@ struct Codec {
     CodecState state;
     CreateParams createParams;
 
-    explicit Codec(const CreateParams& params) : state(params.numThreads), createParams(params) {}
+    explicit Codec(const CreateParams& params)
+        : state{.pool = WorkPool(WorkerCountFor(params.numThreads))}, createParams(params) {}
 };
 
 }  // namespace
@@ -39,10 +40,7 @@ constexpr CreateParams kDefaultCreateParams = {sizeof(CreateParams), 0, nullptr,
 // The size functions have no object whose callback could take their messages.
 constexpr const CreateParams& kNoSink = kDefaultCreateParams;
 
-constexpr uint32_t kVersionMajor = 2;
-constexpr uint32_t kVersionMinor = 5;
-constexpr uint32_t kVersionPatch = 2;
-constexpr uint32_t kVersionBuild = 39;
+constexpr uint32_t kVersion[] = {PLENAR_VERSION};
 constexpr char kVersionStage = 'r';
 
 StatusWord compressedBufSizeStatus{0};
@@ -161,9 +159,9 @@ uint32_t Plenar_GetUncompressedBufSize(const UncompressedParams* params) {
 }
 
 void Plenar_GetVersion(uint32_t* major, uint32_t* minor, uint32_t* patch, uint32_t* build, char* stage) {
-    StoreIfWanted(major, kVersionMajor);
-    StoreIfWanted(minor, kVersionMinor);
-    StoreIfWanted(patch, kVersionPatch);
-    StoreIfWanted(build, kVersionBuild);
+    StoreIfWanted(major, kVersion[0]);
+    StoreIfWanted(minor, kVersion[1]);
+    StoreIfWanted(patch, kVersion[2]);
+    StoreIfWanted(build, kVersion[3]);
     StoreIfWanted(stage, kVersionStage);
 }

@@ -1,5 +1,5 @@
 // The exceptions of the library. Every failure is one of these or comes from the standard library; the guard of the
-// exported functions (plenar_sdk/guard.h) is the only place that catches them.
+// exported functions (api/guard.h) is the only place that catches them.
 #pragma once
 
 #include <stdexcept>

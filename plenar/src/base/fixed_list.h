@@ -9,21 +9,21 @@ namespace plenar {
 template <class T, size_t N>
 class FixedList {
 public:
-    bool Full() const { return count_ == N; }
-    size_t size() const { return count_; }
-    bool empty() const { return count_ == 0; }
+    constexpr bool Full() const { return count_ == N; }
+    constexpr size_t size() const { return count_; }
+    constexpr bool empty() const { return count_ == 0; }
 
-    void push_back(const T& item) { items_[count_++] = item; }  // only while not Full()
+    constexpr void push_back(const T& item) { items_[count_++] = item; }  // only while not Full()
 
-    T& operator[](size_t i) { return items_[i]; }
-    const T& operator[](size_t i) const { return items_[i]; }
-    T& back() { return items_[count_ - 1]; }
-    const T& back() const { return items_[count_ - 1]; }
+    constexpr T& operator[](size_t i) { return items_[i]; }
+    constexpr const T& operator[](size_t i) const { return items_[i]; }
+    constexpr T& back() { return items_[count_ - 1]; }
+    constexpr const T& back() const { return items_[count_ - 1]; }
 
-    T* begin() { return items_.data(); }
-    T* end() { return items_.data() + count_; }
-    const T* begin() const { return items_.data(); }
-    const T* end() const { return items_.data() + count_; }
+    constexpr T* begin() { return items_.data(); }
+    constexpr T* end() { return items_.data() + count_; }
+    constexpr const T* begin() const { return items_.data(); }
+    constexpr const T* end() const { return items_.data() + count_; }
 
 private:
     std::array<T, N> items_{};

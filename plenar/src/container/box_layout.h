@@ -1,9 +1,8 @@
 // The boxes of a payload: kinds and sizes shared by its writer, its reader and the planner. All numbers in a payload
-// are little-endian, as on the processors that this library is made for, and stand at any address.
+// are little-endian, at any address.
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 
 #include "format/plane_type.h"
 
@@ -34,12 +33,5 @@ struct BoxHeader {
     uint32_t size;  // of the whole box, this header included
     uint32_t kind;
 };
-
-template <class T>
-T LoadAt(const uint8_t* bytes) {
-    T value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
 
 }  // namespace plenar

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "base/bytes.h"
 #include "base/exceptions.h"
 
 namespace plenar {
@@ -56,7 +57,7 @@ BoxHeader MetadataParser::ReadBoxHeader() const {
     if (position_ + kBoxHeaderSize > limit_) {
         RefuseHeaderAt(position_);
     }
-    return {LoadAt<uint32_t>(buffer_ + position_), LoadAt<uint32_t>(buffer_ + position_ + kIndOffset)};
+    return {LoadAs<uint32_t>(buffer_ + position_), LoadAs<uint32_t>(buffer_ + position_ + kIndOffset)};
 }
 
 void MetadataParser::ReadPackBox() {
@@ -71,7 +72,7 @@ void MetadataParser::ReadPackBox() {
     limit_ = header.size;
 }
 
-MetadataParser::PlaneInfo MetadataParser::ReadSinfBox() {
+PlaneRecord MetadataParser::ReadSinfBox() {
     const BoxHeader header = ReadBoxHeader();
     if (header.kind != box::sinf) {
         Refuse("'sinf' box expected at offset ", position_ + kIndOffset);
@@ -83,24 +84,25 @@ MetadataParser::PlaneInfo MetadataParser::ReadSinfBox() {
         // The fields would lie outside the payload. The box behind this one can't be there either: say so.
         RefuseHeaderAt(position_ + header.size);
     }
-    PlaneInfo info;
-    info.width = LoadAt<uint32_t>(buffer_ + position_ + kSinfWidthOffset);
-    info.height = LoadAt<uint32_t>(buffer_ + position_ + kSinfHeightOffset);
-    info.type = NormalizePlaneType(LoadAt<uint32_t>(buffer_ + position_ + kSinfTypeOffset));
+    PlaneRecord plane;
+    plane.kind = &NormalizePlaneType(LoadAs<uint32_t>(buffer_ + position_ + kSinfTypeOffset));
+    plane.type = plane.kind->type;
+    plane.width = LoadAs<uint32_t>(buffer_ + position_ + kSinfWidthOffset);
+    plane.height = LoadAs<uint32_t>(buffer_ + position_ + kSinfHeightOffset);
     if (header.size >= kSinfBoxSize) {
-        info.frame_layout = buffer_[position_ + kSinfLayoutOffset];
-        CheckFrameLayout(info.frame_layout);
+        plane.frame_layout = buffer_[position_ + kSinfLayoutOffset];
+        CheckFrameLayout(plane.frame_layout);
     }
     position_ += header.size;
-    return info;
+    return plane;
 }
 
-void MetadataParser::CheckSdatBox(const BoxHeader& header, const PlaneInfo& info) const {
+void MetadataParser::CheckSdatBox(const BoxHeader& header, const PlaneRecord& plane) const {
     if (header.kind != box::sdat) {
         Refuse("'sdat' box expected at offset ", position_ + kIndOffset);
     }
     // A coded plane has a byte at least; what else it needs is known only to its decoder.
-    const uint64_t data = IsCodedAlpha(info.type) ? 1 : info.height * PlaneRowBytes(info.type, info.width);
+    const uint64_t data = plane.kind->isCoded ? 1 : PlainPlaneSize(plane);
     const uint64_t needed = data + kBoxHeaderSize;
     if (header.size < needed) {
         Refuse("'sdat' box size expected to be at least ", needed, " at offset ", position_);
@@ -110,65 +112,58 @@ void MetadataParser::CheckSdatBox(const BoxHeader& header, const PlaneInfo& info
     }
 }
 
-void MetadataParser::ReadPlane() {
-    const PlaneInfo info = ReadSinfBox();
+void MetadataParser::ReadPlane(PlaneRecordList& planes) {
+    PlaneRecord plane = ReadSinfBox();
     const BoxHeader header = ReadBoxHeader();
-    CheckSdatBox(header, info);
-    PlaneRecord record;
-    record.type = info.type;
-    record.width = info.width;
-    record.height = info.height;
-    record.frame_layout = info.frame_layout;
-    record.offset = static_cast<uint32_t>(position_ + kBoxHeaderSize);
-    record.size = header.size - kBoxHeaderSize;
+    CheckSdatBox(header, plane);
+    plane.offset = static_cast<uint32_t>(position_ + kBoxHeaderSize);
+    plane.size = header.size - kBoxHeaderSize;
     // A full list is already too long for any frame. The walk goes on only for the sake of what it may refuse.
-    if (!planes_.Full()) {
-        planes_.push_back(record);
+    if (!planes.Full()) {
+        planes.push_back(plane);
     }
-    position_ += kBoxHeaderSize + uint64_t{record.size};
+    position_ += kBoxHeaderSize + uint64_t{plane.size};
 }
 
-void MetadataParser::ReadBarePlane() {
-    if (!planes_.empty()) {
+void MetadataParser::ReadBarePlane(PlaneRecordList& planes) {
+    if (!planes.empty()) {
         Refuse("only single 'sinf' box allowed outside of 'icmp' box");
     }
-    ReadPlane();
+    ReadPlane(planes);
 }
 
-void MetadataParser::ReadPlaneInIcmp(uint32_t boxSize) {
+void MetadataParser::ReadPlaneInIcmp(PlaneRecordList& planes, uint32_t boxSize) {
     position_ += kBoxHeaderSize;
     const uint64_t start = position_;
-    ReadPlane();
+    ReadPlane(planes);
     // Sizes below 8 wrap, and so end the walk.
     const uint32_t rest = boxSize - kBoxHeaderSize;
     position_ = std::max(position_, start + rest);
 }
 
-void MetadataParser::ReadTopLevelBox() {
+void MetadataParser::ReadTopLevelBox(PlaneRecordList& planes) {
     const BoxHeader header = ReadBoxHeader();
     switch (header.kind) {
         case box::sinf:
-            return ReadBarePlane();
+            return ReadBarePlane(planes);
         case box::icmp:
-            return ReadPlaneInIcmp(header.size);
+            return ReadPlaneInIcmp(planes, header.size);
         default:
             position_ += std::max(header.size, kBoxHeaderSize);
     }
 }
 
 FramePlan MetadataParser::ParseMetadata() {
+    FramePlan plan;
     ReadPackBox();
     while (position_ + kBoxHeaderSize <= limit_) {
-        ReadTopLevelBox();
+        ReadTopLevelBox(plan.planes);
     }
-    if (planes_.empty()) {
+    if (plan.planes.empty()) {
         Refuse("at least one 'sinf' and one 'sdat' box expected");
     }
-    CheckPlaneCombination(planes_);
-    AssignPlaneOffsets(planes_);
-    FramePlan plan;
-    plan.planes = planes_;
-    plan.total_size = planes_.back().offset + planes_.back().size;
+    CheckPlaneCombination(plan.planes);
+    AssignPlaneOffsets(plan);
     return plan;
 }
 

@@ -21,27 +21,18 @@ public:
     FramePlan ParseMetadata();
 
 private:
-    // What a sinf box says of its plane.
-    struct PlaneInfo {
-        PlaneType type = 0;
-        uint32_t width = 0;
-        uint32_t height = 0;
-        uint8_t frame_layout = 0;
-    };
-
     BoxHeader ReadBoxHeader() const;
     void ReadPackBox();
-    PlaneInfo ReadSinfBox();
-    void CheckSdatBox(const BoxHeader& header, const PlaneInfo& info) const;
-    void ReadPlane();
-    void ReadBarePlane();
-    void ReadPlaneInIcmp(uint32_t boxSize);
-    void ReadTopLevelBox();
+    PlaneRecord ReadSinfBox();  // without offset and size
+    void CheckSdatBox(const BoxHeader& header, const PlaneRecord& plane) const;
+    void ReadPlane(PlaneRecordList& planes);
+    void ReadBarePlane(PlaneRecordList& planes);
+    void ReadPlaneInIcmp(PlaneRecordList& planes, uint32_t boxSize);
+    void ReadTopLevelBox(PlaneRecordList& planes);
 
     const uint8_t* buffer_;
     uint64_t limit_;  // bytes that may be read: the buffer's, then the pack box's
     uint64_t position_ = 0;
-    PlaneRecordList planes_;
 };
 
 }  // namespace plenar

@@ -1,7 +1,5 @@
 #include "container/box_writer.h"
 
-#include <cstring>
-
 #include "base/exceptions.h"
 #include "container/box_layout.h"
 
@@ -13,20 +11,11 @@ BoxWriter::BoxWriter(uint8_t* buffer, uint64_t capacity) : buffer_(buffer), capa
     }
 }
 
-void BoxWriter::Put32(uint32_t value) {
-    std::memcpy(buffer_ + position_, &value, sizeof value);
-    position_ += sizeof value;
-}
-
-void BoxWriter::Put8(uint8_t value) {
-    buffer_[position_++] = value;
-}
-
 namespace {
 
 void PutHeader(BoxWriter& writer, uint32_t size, uint32_t kind) {
-    writer.Put32(size);
-    writer.Put32(kind);
+    writer.Put(size);
+    writer.Put(kind);
 }
 
 void WritePlaneBoxes(BoxWriter& writer, const PlaneRecord& plane, bool multi) {
@@ -34,10 +23,10 @@ void WritePlaneBoxes(BoxWriter& writer, const PlaneRecord& plane, bool multi) {
         PutHeader(writer, plane.size + PlaneOverhead(multi), box::icmp);
     }
     PutHeader(writer, kSinfBoxSize, box::sinf);
-    writer.Put32(plane.width);
-    writer.Put32(plane.height);
-    writer.Put32(plane.type);
-    writer.Put8(plane.frame_layout);
+    writer.Put(plane.width);
+    writer.Put(plane.height);
+    writer.Put(plane.type);
+    writer.Put(plane.frame_layout);
     PutHeader(writer, plane.size + kBoxHeaderSize, box::sdat);
     writer.Skip(plane.size);
 }

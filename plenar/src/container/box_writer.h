@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "container/frame_plan.h"
 
 namespace plenar {
@@ -13,8 +13,11 @@ public:
     BoxWriter(uint8_t* buffer, uint64_t capacity);  // throws invalid_buffer for a null buffer
 
     uint64_t Capacity() const { return capacity_; }
-    void Put32(uint32_t value);
-    void Put8(uint8_t value);
+    template <class Number>
+    void Put(Number value) {
+        StoreAs(buffer_ + position_, value);
+        position_ += sizeof value;
+    }
     void Skip(uint64_t bytes) { position_ += bytes; }
 
 private:

@@ -1,8 +1,6 @@
 #include "container/frame_plan.h"
 
 #include <algorithm>
-#include <array>
-#include <initializer_list>
 
 #include "base/exceptions.h"
 #include "container/box_layout.h"
@@ -11,94 +9,89 @@ namespace plenar {
 
 namespace {
 
-// The pictures that a payload may hold, one or three planes, and whether an alpha plane may stand beside them.
-struct PictureSet {
-    std::array<PlaneType, 3> planes;
-    bool takesAlpha;
-};
+// Planes as bits, by the places of their kinds in the catalogue.
+using PlaneSet = uint64_t;
 
-constexpr PictureSet kPictureSets[] = {
-    {{FourCC("y208")}, true},
-    {{FourCC("y408")}, true},
-    {{FourCC("y210")}, true},
-    {{FourCC("y410")}, true},
-    {{FourCC("y212")}, true},
-    {{FourCC("y412")}, true},
-    {{FourCC("y216")}, true},
-    {{FourCC("y416")}, true},
-    {{FourCC("rg08")}, true},
-    {{FourCC("rg10")}, true},
-    {{FourCC("rg12")}, true},
-    {{FourCC("rg16")}, true},
-    {{FourCC(" y08"), FourCC("cb08"), FourCC("cr08")}, true},
-    {{FourCC(" y10"), FourCC("cb10"), FourCC("cr10")}, true},
-    {{FourCC(" y12"), FourCC("cb12"), FourCC("cr12")}, true},
-    {{FourCC(" y16"), FourCC("cb16"), FourCC("cr16")}, true},
-    {{FourCC("y2S1")}, false},
-    {{FourCC("y4S1")}, false},
-    {{FourCC("rgS1")}, false},
-    {{FourCC(" y2h")}, false},
-    {{FourCC(" y4h")}, false},
-    {{FourCC(" y2f")}, false},
-    {{FourCC(" y4f")}, false},
-    {{FourCC(" rgh")}, false},
-    {{FourCC(" rgf")}, false},
-    {{FourCC("  yh"), FourCC(" cbh"), FourCC(" crh")}, false},
-    {{FourCC("  yf"), FourCC(" cbf"), FourCC(" crf")}, false},
-};
+static_assert(kPlaneKinds.size() <= 64, "a PlaneSet has a bit for each kind");
 
-size_t CountPlanes(const PictureSet& set) {
-    return static_cast<size_t>(std::ranges::count_if(set.planes, [](PlaneType type) { return type != 0; }));
+constexpr PlaneSet SetOf(const PlaneKind& kind) {
+    return PlaneSet{1} << (&kind - kPlaneKinds.begin());
 }
 
-bool HasDuplicates(const PlaneRecordList& planes) {
-    for (const PlaneRecord& a : planes) {
-        if (std::ranges::count(planes, a.type, &PlaneRecord::type) != 1) {
-            return true;
+constexpr PlaneSet PictureSetOf(const PlaneKind& primary) {
+    PlaneSet set = 0;
+    for (const PlaneKind& kind : kPlaneKinds) {
+        if (kind.picture == primary.picture && kind.componentType == primary.componentType) {
+            set |= SetOf(kind);
         }
     }
-    return false;
+    return set;
 }
 
-// The picture planes of the list are just those of the set. The list has no duplicates.
-bool HoldsPicture(const PlaneRecordList& planes, size_t pictureCount, const PictureSet& set) {
-    return pictureCount == CountPlanes(set) && std::ranges::all_of(planes, [&](const PlaneRecord& plane) {
-               return RoleOfPlane(plane.type) == PlaneRole::Alpha ||
-                      (plane.type != 0 && std::ranges::count(set.planes, plane.type) != 0);
-           });
-}
-
-bool IsAcceptedCombination(const PlaneRecordList& planes) {
-    const auto alphaCount = static_cast<size_t>(std::ranges::count_if(
-        planes, [](const PlaneRecord& plane) { return RoleOfPlane(plane.type) == PlaneRole::Alpha; }));
-    const size_t pictureCount = planes.size() - alphaCount;
-    if (HasDuplicates(planes) || alphaCount > 1) {
-        return false;
+// One picture of one type, alone or with an alpha plane if it takes one; or an alpha plane alone.
+constexpr auto kAcceptedPlaneSets = [] {
+    FixedList<PlaneSet, 3 * kMaxPlaneKinds> sets;
+    for (const PlaneKind& kind : kPlaneKinds) {
+        if (kind.role == PlaneRole::Alpha) {
+            sets.push_back(SetOf(kind));
+        }
     }
-    if (pictureCount == 0) {
-        return alphaCount == 1;
+    const size_t alphaKinds = sets.size();
+    for (const PlaneKind& kind : kPlaneKinds) {
+        if (kind.role == PlaneRole::Primary) {
+            const PlaneSet picture = PictureSetOf(kind);
+            sets.push_back(picture);
+            for (size_t alpha = 0; kind.takesAlpha && alpha < alphaKinds; ++alpha) {
+                sets.push_back(picture | sets[alpha]);
+            }
+        }
     }
-    return std::ranges::any_of(kPictureSets, [&](const PictureSet& set) {
-        return (alphaCount == 0 || set.takesAlpha) && HoldsPicture(planes, pictureCount, set);
-    });
-}
+    std::ranges::sort(sets);
+    return sets;
+}();
 
 }  // namespace
 
-uint64_t PlainPlaneSize(const PlaneRecord& record) {
-    return record.height * PlaneRowBytes(record.type, record.width);
-}
-
 void CheckPlaneCombination(const PlaneRecordList& planes) {
-    if (!IsAcceptedCombination(planes)) {
+    PlaneSet set = 0;
+    bool twice = false;
+    for (const PlaneRecord& plane : planes) {
+        const PlaneSet one = SetOf(*plane.kind);
+        twice |= (set & one) != 0;
+        set |= one;
+    }
+    if (twice || !std::ranges::binary_search(kAcceptedPlaneSets, set)) {
         throw invalid_argument("Invalid combination of planes");
     }
 }
 
-void AssignPlaneOffsets(PlaneRecordList& planes) {
-    const bool multi = planes.size() > 1;
+PlaneRoles FindPlaneRoles(const PlaneRecordList& planes) {
+    PlaneRoles roles = {.primary = planes.begin()};  // also if it is alpha alone
+    for (const PlaneRecord& plane : planes) {
+        switch (plane.kind->role) {
+            case PlaneRole::Primary:
+                roles.primary = &plane;
+                break;
+            case PlaneRole::Cb:
+                roles.cb = &plane;
+                break;
+            case PlaneRole::Cr:
+                roles.cr = &plane;
+                break;
+            case PlaneRole::Alpha:
+                roles.alpha = &plane;
+                break;
+            case PlaneRole::None:
+                throw invalid_argument("unsupported plane type");
+        }
+    }
+    return roles;
+}
+
+void AssignPlaneOffsets(FramePlan& plan) {
+    const bool multi = plan.planes.size() > 1;
     uint32_t cursor = HeadOverhead(multi);
-    for (PlaneRecord& record : planes) {
+    for (PlaneRecord& record : plan.planes) {
         if (record.size == 0) {
             record.size = static_cast<uint32_t>(PlainPlaneSize(record));
         }
@@ -109,6 +102,7 @@ void AssignPlaneOffsets(PlaneRecordList& planes) {
             cursor = record.offset + record.size;
         }
     }
+    plan.total_size = plan.planes.back().offset + plan.planes.back().size;
 }
 
 }  // namespace plenar

@@ -23,7 +23,7 @@ void CheckChromaSize(const PlaneRecord& chroma, const PlaneRecord& luma, const c
 }
 
 void CheckSameDepthAndLayout(const PlaneRecord& plane, const PlaneRecord& first) {
-    if (PlaneBitDepth(plane.type) != PlaneBitDepth(first.type)) {
+    if (plane.kind->bitDepth != first.kind->bitDepth) {
         throw invalid_argument("planes with different bitdepth is not supported by this decoder");
     }
     if (plane.frame_layout != first.frame_layout) {
@@ -31,89 +31,46 @@ void CheckSameDepthAndLayout(const PlaneRecord& plane, const PlaneRecord& first)
     }
 }
 
-// Planes that serve a request for another plane.
-struct Substitute {
-    PlaneType requested;
-    PlaneType present;
-};
-
-constexpr Substitute kSubstitutes[] = {
-    {plane::a08, plane::rl08},        {plane::a16, plane::rl16},        {FourCC(" y2f"), FourCC("y2S1")},
-    {FourCC(" y4f"), FourCC("y4S1")}, {FourCC(" rgf"), FourCC("rgS1")},
-};
-
-bool Holds(const PlaneRecordList& planes, PlaneType type) {
-    return std::ranges::count(planes, type, &PlaneRecord::type) != 0;
-}
-
-bool Serves(const PlaneRecordList& planes, PlaneType requested) {
-    return Holds(planes, requested) || std::ranges::any_of(kSubstitutes, [&](const Substitute& substitute) {
-               return substitute.requested == requested && Holds(planes, substitute.present);
-           });
+// Whether the plane that is there gives what a format asks for. Coded alpha does as well as plain alpha.
+bool Serves(const PlaneKind& present, const PlaneKind& requested) {
+    return present.role == requested.role && present.picture == requested.picture &&
+           (present.componentType == requested.componentType || IsFixedToFloat(present, requested.componentType));
 }
 
 }  // namespace
 
-PlaneRoles FindPlaneRoles(const PlaneRecordList& planes) {
-    PlaneRoles roles;
-    for (uint64_t i = 0; i < planes.size(); ++i) {
-        switch (RoleOfPlane(planes[i].type)) {
-            case PlaneRole::Primary:
-                roles.primary = i;
-                break;
-            case PlaneRole::Cb:
-                roles.cb = i;
-                break;
-            case PlaneRole::Cr:
-                roles.cr = i;
-                break;
-            case PlaneRole::Alpha:
-                roles.alpha = i;
-                if (planes.size() == 1) {
-                    roles.primary = i;
-                }
-                break;
-            case PlaneRole::None:
-                throw invalid_argument("unsupported plane type");
-        }
+void CheckPlaneConsistency(const PlaneRecordList& planes, const PlaneRoles& roles) {
+    for (const PlaneRecord& plane : planes) {
+        CheckSameDepthAndLayout(plane, planes[0]);
     }
-    return roles;
-}
-
-void CheckPlaneConsistency(const PlaneRecordList& planes) {
-    if (planes.size() < 2) {
-        return;
+    if (roles.cb != nullptr && roles.cr != nullptr) {
+        CheckChromaSize(*roles.cb, *roles.primary, "Cb plane width and hight should be half of luma");
+        CheckChromaSize(*roles.cr, *roles.primary, "Cr plane width and hight should be half of luma");
     }
-    std::for_each(planes.begin() + 1, planes.end(),
-                  [&](const PlaneRecord& plane) { CheckSameDepthAndLayout(plane, planes[0]); });
-    if (planes.size() == 2) {
-        return CheckAlphaSize(planes[1], planes[0]);
-    }
-    const PlaneRoles roles = FindPlaneRoles(planes);
-    const PlaneRecord& luma = planes[roles.primary];
-    CheckChromaSize(planes[roles.cb], luma, "Cb plane width and hight should be half of luma");
-    CheckChromaSize(planes[roles.cr], luma, "Cr plane width and hight should be half of luma");
-    if (planes.size() > 3) {
-        CheckAlphaSize(planes[roles.alpha], luma);
+    if (roles.alpha != nullptr) {
+        CheckAlphaSize(*roles.alpha, *roles.primary);
     }
 }
 
 void CheckPlanesAgainstFormat(const PlaneRecordList& planes, const UncompressedParams& params) {
-    if (!std::ranges::all_of(LookupFormatPlanes(params), [&](PlaneType type) { return Serves(planes, type); })) {
-        throw invalid_argument("src metadata type is incompatible with color component order or component type");
+    for (const PlaneKind* requested : LookupFormatPlanes(params)) {
+        if (std::ranges::none_of(planes, [&](const PlaneRecord& plane) { return Serves(*plane.kind, *requested); })) {
+            throw invalid_argument("src metadata type is incompatible with color component order or component type");
+        }
     }
 }
 
-void CheckMetadataAgainstParams(const PlaneRecordList& planes, const UncompressedParams& params) {
-    const PlaneRecord& primary = planes[FindPlaneRoles(planes).primary];
+void CheckMetadataAgainstParams(const PlaneRecordList& planes, const PlaneRoles& roles,
+                                const UncompressedParams& params) {
+    const PlaneRecord& primary = *roles.primary;
     if (primary.width != params.width) {
         throw invalid_argument("width in src metadata is different than width in uncompressed params");
     }
     if (primary.height != params.height) {
         throw invalid_argument("height in src metadata is different than height in uncompressed params");
     }
-    const bool fixedToFloat = IsFixedPoint(primary.type) && params.componentType == Float32;
-    if (!fixedToFloat && BitDepth(params.componentType) != PlaneBitDepth(primary.type)) {
+    if (BitDepth(params.componentType) != primary.kind->bitDepth &&
+        !IsFixedToFloat(*primary.kind, params.componentType)) {
         throw invalid_argument("bit depth in src metadata is different than bit depth in uncompressed params");
     }
     CheckPlanesAgainstFormat(planes, params);
@@ -125,16 +82,16 @@ void CheckMetadataAgainstParams(const PlaneRecordList& planes, const Uncompresse
 
 UncompressedParams ReadFrameMetadata(const uint8_t* buffer, uint64_t size) {
     const FramePlan plan = MetadataParser(buffer, size).ParseMetadata();
-    CheckPlaneConsistency(plan.planes);
-    const PlaneRecord& primary = plan.planes[FindPlaneRoles(plan.planes).primary];
-    UncompressedParams params = {};
-    params.size = sizeof params;
-    params.colorComponentOrder = PlaneKindToOrder(primary.type, plan.planes.size());
-    params.componentType = PlaneTypeToComponentType(primary.type);
-    params.width = primary.width;
-    params.height = primary.height;
-    params.frameLayout = primary.frame_layout;
-    return params;
+    const PlaneRoles roles = FindPlaneRoles(plan.planes);
+    CheckPlaneConsistency(plan.planes, roles);
+    return {.size = sizeof(UncompressedParams),
+            .colorComponentOrder = PlaneKindToOrder(*roles.primary->kind, plan.planes.size()),
+            .componentType = roles.primary->kind->componentType,
+            .width = roles.primary->width,
+            .height = roles.primary->height,
+            .rowBytes = 0,
+            .frameLayout = roles.primary->frame_layout,
+            .rowBytes2 = 0};
 }
 
 }  // namespace plenar

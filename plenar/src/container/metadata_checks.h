@@ -2,28 +2,22 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 
 #include "container/frame_plan.h"
 #include "plenar_sdk.h"
 
 namespace plenar {
 
-// Indices into a plane list.
-struct PlaneRoles {
-    static constexpr uint64_t kNone = std::numeric_limits<uint64_t>::max();
-
-    uint64_t primary = kNone;  // gives the frame its width, height, layout and format; alpha alone is primary too
-    uint64_t alpha = kNone;
-    uint64_t cb = kNone;
-    uint64_t cr = kNone;
-};
-
-// All failures here are invalid_argument.
-PlaneRoles FindPlaneRoles(const PlaneRecordList& planes);
-void CheckPlaneConsistency(const PlaneRecordList& planes);
+// All failures here are invalid_argument. Lists have passed CheckPlaneCombination, and roles are those of the list.
+void CheckPlaneConsistency(const PlaneRecordList& planes, const PlaneRoles& roles);
 void CheckPlanesAgainstFormat(const PlaneRecordList& planes, const UncompressedParams& params);
-void CheckMetadataAgainstParams(const PlaneRecordList& planes, const UncompressedParams& params);
+void CheckMetadataAgainstParams(const PlaneRecordList& planes, const PlaneRoles& roles,
+                                const UncompressedParams& params);
+
+// The one pair of types that a decode converts: a fixed-point plane for a caller who wants Float32.
+constexpr bool IsFixedToFloat(const PlaneKind& plane, uint32_t componentType) {
+    return plane.componentType == Fixed2p14 && componentType == Float32;
+}
 
 // What a payload holds, as a record with strides of 0.
 UncompressedParams ReadFrameMetadata(const uint8_t* buffer, uint64_t size);

@@ -9,15 +9,12 @@ namespace plenar {
 
 inline constexpr size_t kMaxFormatPlanes = 4;
 
-using PlaneTypeList = FixedList<PlaneType, kMaxFormatPlanes>;
+using PlaneKindList = FixedList<const PlaneKind*, kMaxFormatPlanes>;
 
 // Picture planes first, alpha last. Throws invalid_argument for an unsupported pair.
-PlaneTypeList LookupFormatPlanes(const UncompressedParams& params);
+const PlaneKindList& LookupFormatPlanes(const UncompressedParams& params);
 
 // The same with the alpha plane exchanged for its coded kind where alphaRle asks for it.
-PlaneTypeList FormatPlanesForFrame(const UncompressedParams& params, const CompressedParams& compressedParams);
-
-// Whether a format's list holds an alpha plane.
-bool FormatHasAlphaPlane(const PlaneTypeList& planes, uint32_t colorComponentOrder);
+const PlaneKindList& FormatPlanesForFrame(const UncompressedParams& params, const CompressedParams& compressedParams);
 
 }  // namespace plenar

@@ -1,8 +1,8 @@
 // The orders: how the samples of a caller's picture lie in memory, and how they stand to those of the planes.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include "plenar_sdk.h"
 
@@ -49,55 +49,31 @@ struct Order {
     constexpr bool SharesChromaDown() const { return picture == PictureKind::Planar420; }
 };
 
-namespace order_rows {
-
-constexpr Order Pairs(AlphaPlace alpha, uint8_t first, uint8_t second) {
-    return {
-        PictureKind::YCbCr422, alpha, 2, 2, {first, second}, 0, first == 0 ? Movement::InOrder : Movement::SwapPairs};
-}
-constexpr Order Triples(PictureKind picture, uint8_t first, uint8_t second, uint8_t third) {
-    return {picture,
-            AlphaPlace::None,
-            3,
-            3,
-            {first, second, third},
-            0,
-            first == 0 ? Movement::InOrder : Movement::ReverseTriples};
-}
-constexpr Order Quads(PictureKind picture, uint8_t first, uint8_t second, uint8_t third, uint8_t alpha) {
-    return {picture, AlphaPlace::Interleaved, 4, 3, {first, second, third}, alpha, Movement::SplitAlpha};
-}
-constexpr Order Planar(PictureKind picture, AlphaPlace alpha) {
-    return {picture, alpha, 0, 0, {}, 0, Movement::InOrder};
-}
-
-}  // namespace order_rows
-
 // By ColorComponentOrder, from 1.
 inline constexpr Order kOrders[] = {
-    order_rows::Pairs(AlphaPlace::None, 1, 0),                                                // YCbYCr
-    order_rows::Pairs(AlphaPlace::None, 0, 1),                                                // CbYCrY
-    order_rows::Quads(PictureKind::Rgb, 1, 2, 3, 0),                                          // ARGB
-    order_rows::Quads(PictureKind::Rgb, 2, 1, 0, 3),                                          // BGRA
-    order_rows::Triples(PictureKind::Rgb, 0, 1, 2),                                           // RGB
-    order_rows::Triples(PictureKind::Rgb, 2, 1, 0),                                           // BGR
-    order_rows::Quads(PictureKind::Rgb, 0, 1, 2, 3),                                          // RGBA
-    order_rows::Quads(PictureKind::Rgb, 3, 2, 1, 0),                                          // ABGR
-    order_rows::Triples(PictureKind::YCbCr444, 0, 1, 2),                                      // CbYCr
-    order_rows::Planar(PictureKind::Planar420, AlphaPlace::None),                             // YCbCr420Planar
-    {PictureKind::YCbCr422, AlphaPlace::Interleaved, 3, 2, {0, 1}, 2, Movement::SplitAlpha},  // CbYACrYA
-    order_rows::Quads(PictureKind::YCbCr444, 1, 0, 2, 3),                                     // YCbCrA
-    order_rows::Planar(PictureKind::Planar420, AlphaPlace::Apart),                            // YCbCrA420Planar
-    order_rows::Planar(PictureKind::None, AlphaPlace::Apart),                                 // AlphaOnly
-    order_rows::Pairs(AlphaPlace::Apart, 1, 0),                                               // YCbYCrPlusAlpha
-    order_rows::Pairs(AlphaPlace::Apart, 0, 1),                                               // CbYCrYPlusAlpha
+    {PictureKind::YCbCr422, AlphaPlace::None, 2, 2, {1, 0}, 0, Movement::SwapPairs},             // YCbYCr
+    {PictureKind::YCbCr422, AlphaPlace::None, 2, 2, {0, 1}, 0, Movement::InOrder},               // CbYCrY
+    {PictureKind::Rgb, AlphaPlace::Interleaved, 4, 3, {1, 2, 3}, 0, Movement::SplitAlpha},       // ARGB
+    {PictureKind::Rgb, AlphaPlace::Interleaved, 4, 3, {2, 1, 0}, 3, Movement::SplitAlpha},       // BGRA
+    {PictureKind::Rgb, AlphaPlace::None, 3, 3, {0, 1, 2}, 0, Movement::InOrder},                 // RGB
+    {PictureKind::Rgb, AlphaPlace::None, 3, 3, {2, 1, 0}, 0, Movement::ReverseTriples},          // BGR
+    {PictureKind::Rgb, AlphaPlace::Interleaved, 4, 3, {0, 1, 2}, 3, Movement::SplitAlpha},       // RGBA
+    {PictureKind::Rgb, AlphaPlace::Interleaved, 4, 3, {3, 2, 1}, 0, Movement::SplitAlpha},       // ABGR
+    {PictureKind::YCbCr444, AlphaPlace::None, 3, 3, {0, 1, 2}, 0, Movement::InOrder},            // CbYCr
+    {PictureKind::Planar420, AlphaPlace::None, 0, 0, {}, 0, Movement::InOrder},                  // YCbCr420Planar
+    {PictureKind::YCbCr422, AlphaPlace::Interleaved, 3, 2, {0, 1}, 2, Movement::SplitAlpha},     // CbYACrYA
+    {PictureKind::YCbCr444, AlphaPlace::Interleaved, 4, 3, {1, 0, 2}, 3, Movement::SplitAlpha},  // YCbCrA
+    {PictureKind::Planar420, AlphaPlace::Apart, 0, 0, {}, 0, Movement::InOrder},                 // YCbCrA420Planar
+    {PictureKind::None, AlphaPlace::Apart, 0, 0, {}, 0, Movement::InOrder},                      // AlphaOnly
+    {PictureKind::YCbCr422, AlphaPlace::Apart, 2, 2, {1, 0}, 0, Movement::SwapPairs},            // YCbYCrPlusAlpha
+    {PictureKind::YCbCr422, AlphaPlace::Apart, 2, 2, {0, 1}, 0, Movement::InOrder},              // CbYCrYPlusAlpha
 };
 
 inline constexpr Order kUnknownOrder;
 
 constexpr const Order& FindOrder(uint32_t colorComponentOrder) {
     const uint32_t row = colorComponentOrder - 1;
-    return row < sizeof kOrders / sizeof *kOrders ? kOrders[row] : kUnknownOrder;
+    return row < std::size(kOrders) ? kOrders[row] : kUnknownOrder;
 }
 
 // Whether the caller's samples stand otherwise than the plane's; also for an order outside the table.

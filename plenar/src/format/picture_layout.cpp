@@ -1,6 +1,5 @@
 #include "format/picture_layout.h"
 
-#include <limits>
 #include <string>
 
 #include "base/exceptions.h"
@@ -13,16 +12,6 @@ namespace {
 constexpr uint32_t kPackedGroupPixels = 6;
 constexpr uint32_t kPackedGroupBytes = 16;
 
-constexpr uint64_t kNoBufferFits = std::numeric_limits<uint64_t>::max();
-
-uint64_t MultiplyOrSaturate(uint64_t a, uint64_t b) {
-    return a != 0 && b > kNoBufferFits / a ? kNoBufferFits : a * b;
-}
-
-uint64_t AddOrSaturate(uint64_t a, uint64_t b) {
-    return b > kNoBufferFits - a ? kNoBufferFits : a + b;
-}
-
 // The samples of a row of interleaved samples. A 4:2:2 row of odd width ends on the chroma sample that its last pixel
 // shares, or, where luma stands first, on a whole group.
 uint64_t RowSamples(const Order& order, uint64_t width) {
@@ -30,61 +19,23 @@ uint64_t RowSamples(const Order& order, uint64_t width) {
     return order.samples * width + (endsInChroma ? (order.movement == Movement::SwapPairs ? 2U : 1U) : 0U);
 }
 
-// The strides of the first plane and of the second kind of plane, without padding.
-struct TightStrides {
-    uint64_t first;
-    uint64_t second;
-};
-
-TightStrides TightStridesFor(const UncompressedParams& params) {
-    const uint32_t order = params.colorComponentOrder;
-    const uint64_t sample = SampleBytes(params.componentType);
-    TightStrides tight = {DefaultRowBytes(params), 0};
-    if (FindOrder(order).IsPlanar()) {
-        tight.first = params.width * sample;
-    }
-    if (SubsamplingClass(order) == 420) {
-        tight.second = HalfUp(params.width) * sample;
-    } else if (FindOrder(order).HasAlphaBehind()) {
-        tight.second = params.width * sample;
-    }
-    return tight;
-}
-
 uint64_t OrDefault(uint32_t stride, uint64_t tight) {
     return stride != 0 ? stride : tight;
 }
 
-void CheckStride(const char* name, uint32_t stride, uint64_t tight) {
-    if (OrDefault(stride, tight) < tight) {
-        throw invalid_argument(std::string(name) + " is too small, it should be at least " + std::to_string(tight) +
+void CheckStride(const char* name, uint64_t stride, uint64_t rowLength) {
+    if (stride < rowLength) {
+        throw invalid_argument(std::string(name) + " is too small, it should be at least " + std::to_string(rowLength) +
                                " according to uncompressed params");
     }
 }
 
 // The bytes of a row of the first plane without the 32-bit wrap of DefaultRowBytes.
-uint64_t TrueRowBytes(const UncompressedParams& params, uint64_t tight) {
+uint64_t TrueRowLength(const UncompressedParams& params, const PictureLayout& layout) {
     if (params.componentType != Packed10 || FindOrder(params.colorComponentOrder).IsPlanar()) {
-        return tight;
+        return layout.rowLength;
     }
-    const uint64_t groups = (uint64_t{params.width} + kPackedGroupPixels - 1) / kPackedGroupPixels;
-    return groups * kPackedGroupBytes;
-}
-
-// UncompressedBufSize without any wrap. Rows longer than their stride overlap, and no buffer holds such a picture.
-uint64_t TrueBufSize(const UncompressedParams& params) {
-    const PictureLayout layout = LayOutPicture(params);
-    if (TrueRowBytes(params, layout.rowLength) > layout.stride) {
-        return kNoBufferFits;
-    }
-    const uint32_t order = params.colorComponentOrder;
-    const uint64_t first = MultiplyOrSaturate(params.height, layout.stride);
-    if (SubsamplingClass(order) == 420) {
-        const uint64_t chroma = MultiplyOrSaturate(2 * uint64_t{HalfUp(params.height)}, layout.chromaStride);
-        return AddOrSaturate(AddOrSaturate(first, chroma), FindOrder(order).HasAlpha() ? first : 0);
-    }
-    return AddOrSaturate(first,
-                         FindOrder(order).HasAlphaBehind() ? MultiplyOrSaturate(params.height, layout.alphaStride) : 0);
+    return (uint64_t{params.width} + kPackedGroupPixels - 1) / kPackedGroupPixels * kPackedGroupBytes;
 }
 
 }  // namespace
@@ -112,66 +63,67 @@ uint64_t DefaultRowBytes(const UncompressedParams& params) {
     return RowSamples(FindOrder(params.colorComponentOrder), params.width) * SampleBytes(params.componentType);
 }
 
-uint64_t UncompressedBufSize(const UncompressedParams& params) {
-    const PictureLayout layout = LayOutPicture(params);
-    const uint64_t height = params.height;
-    const uint64_t first = height * layout.stride;
-    switch (params.colorComponentOrder) {
-        case YCbCr420Planar:
-            return first + 2 * (HalfUp(params.height) * layout.chromaStride);
-        case YCbCrA420Planar:
-            return 2 * (first + HalfUp(params.height) * layout.chromaStride);
-        case YCbYCrPlusAlpha:
-        case CbYCrYPlusAlpha:
-            return first + height * layout.alphaStride;
-        default:
-            return first;
-    }
-}
-
 PictureLayout LayOutPicture(const UncompressedParams& params) {
-    const TightStrides tight = TightStridesFor(params);
-    const uint64_t stride = OrDefault(params.rowBytes, tight.first);
-    const uint64_t stride2 = OrDefault(params.rowBytes2, tight.second);
-    const uint64_t first = params.height * stride;
-    PictureLayout layout = {tight.first, stride, stride2, stride, first, 0, first};
-    if (SubsamplingClass(params.colorComponentOrder) == 420) {
-        const uint64_t chroma = HalfUp(params.height) * stride2;
-        layout.cr = first + chroma;
-        layout.alpha = first + 2 * chroma;
-    } else if (params.colorComponentOrder == AlphaOnly) {
-        layout.alpha = 0;
-    } else {
-        layout.alphaStride = stride2;
+    const Order& order = FindOrder(params.colorComponentOrder);
+    const uint64_t sampleBytes = SampleBytes(params.componentType);
+    const uint64_t height = params.height;
+    PictureLayout layout;
+    layout.rowLength = order.IsPlanar() ? params.width * sampleBytes : DefaultRowBytes(params);
+    layout.stride = OrDefault(params.rowBytes, layout.rowLength);
+    layout.alphaStride = layout.stride;
+    layout.size = height * layout.stride;
+    if (order.SharesChromaDown()) {
+        layout.rowLength2 = HalfUp(params.width) * sampleBytes;
+        layout.stride2 = OrDefault(params.rowBytes2, layout.rowLength2);
+        const uint64_t chromaSize = HalfUp(params.height) * layout.stride2;
+        layout.cb = layout.size;
+        layout.cr = layout.cb + chromaSize;
+        layout.alpha = layout.cr + chromaSize;
+        layout.size = layout.alpha + (order.HasAlpha() ? layout.size : 0);
+    } else if (order.HasAlphaBehind()) {
+        layout.rowLength2 = params.width * sampleBytes;
+        layout.stride2 = OrDefault(params.rowBytes2, layout.rowLength2);
+        layout.alphaStride = layout.stride2;
+        layout.alpha = layout.size;
+        layout.size = layout.alpha + height * layout.alphaStride;
     }
     return layout;
 }
 
-void CheckRowBytes(const UncompressedParams& params) {
-    const TightStrides tight = TightStridesFor(params);
-    CheckStride("rowBytes", params.rowBytes, tight.first);
-    CheckStride("rowBytes2", params.rowBytes2, tight.second);
+uint64_t UncompressedBufSize(const UncompressedParams& params) {
+    return LayOutPicture(params).size;
 }
 
-bool PictureFits(const UncompressedParams& params, uint32_t size) {
-    return UncompressedBufSize(params) <= size && (params.height == 0 || TrueBufSize(params) <= size);
+void CheckRowBytes(const PictureLayout& layout) {
+    CheckStride("rowBytes", layout.stride, layout.rowLength);
+    CheckStride("rowBytes2", layout.stride2, layout.rowLength2);
 }
 
-void CheckEncodeParams(const UncompressedParams& params, const CompressedParams& compressedParams, uint32_t srcSize) {
-    const uint32_t order = params.colorComponentOrder;
+bool PictureFits(const UncompressedParams& params, const PictureLayout& layout, uint32_t size) {
+    if (params.height == 0) {
+        return true;
+    }
+    // Rows that fit have strides below 2^32. Then no sum wraps before a smaller one is found to be too large.
+    const bool rowsFit =
+        layout.rowLength <= size && layout.rowLength2 <= size && TrueRowLength(params, layout) <= layout.stride;
+    return rowsFit && layout.cb <= size && layout.cr <= size && layout.alpha <= size && layout.size <= size;
+}
+
+void CheckEncodeParams(const UncompressedParams& params, const CompressedParams& compressedParams,
+                       const PictureLayout& layout, uint32_t srcSize) {
+    const Order& order = FindOrder(params.colorComponentOrder);
     const uint32_t type = params.componentType;
-    if (compressedParams.alphaRle != 0 && FindOrder(order).HasAlpha() && type != Uint8 && type != Uint16) {
+    if (compressedParams.alphaRle != 0 && order.HasAlpha() && type != Uint8 && type != Uint16) {
         throw invalid_argument("Only 8 and 16 bit alpha supported for RLE compression");
     }
-    const uint32_t subsampling = SubsamplingClass(order);
-    if ((subsampling == 422 || subsampling == 420) && params.width % 2 != 0) {
+    if (order.SharesChromaAcross() && params.width % 2 != 0) {
         throw invalid_argument("Width must be multiple of 2 for 422 and 420 subsampling");
     }
-    if (subsampling == 420 && params.height % 2 != 0) {
+    if (order.SharesChromaDown() && params.height % 2 != 0) {
         throw invalid_argument("Height must be multiple of 2 for 420 subsampling");
     }
-    CheckRowBytes(params);
-    if (!PictureFits(params, srcSize)) {
+    CheckRowBytes(layout);
+    if (!PictureFits(params, layout, srcSize)) {
         throw invalid_argument("src size is too small");
     }
 }

@@ -7,17 +7,16 @@
 
 namespace plenar {
 
-// One row a type.
 struct SampleType {
     uint32_t componentType;
     uint8_t bytes;     // of a sample in the caller's rows
     uint8_t bitDepth;  // significant bits, which is what a plane stores of a sample
 };
 
+// One row a type. Packed10 has three samples in a word of 32 bits; its bytes count only for alpha samples of their own.
 inline constexpr SampleType kSampleTypes[] = {
-    {Uint8, 1, 8},    {Uint10, 2, 10},    {Uint12, 2, 12},   {Uint16, 2, 16}, {Half16, 2, 16},
-    {Float32, 4, 32}, {Fixed2p14, 2, 16}, {Packed10, 2, 10},  // three samples in a word of 32 bits; `bytes` counts only
-                                                              // where alpha lies apart
+    {Uint8, 1, 8},   {Uint10, 2, 10},  {Uint12, 2, 12},    {Uint16, 2, 16},
+    {Half16, 2, 16}, {Float32, 4, 32}, {Fixed2p14, 2, 16}, {Packed10, 2, 10},
 };
 
 // What sizes are worked out with for a type outside the table.

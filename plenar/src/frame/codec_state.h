@@ -9,19 +9,22 @@
 namespace plenar {
 
 // What an encoder or a decoder keeps from frame to frame: its threads and one temporary buffer.
-class CodecState {
-public:
-    explicit CodecState(uint32_t numThreads) : pool_(WorkerCountFor(numThreads)) {}
-
-    WorkPool& Pool() { return pool_; }
-
-    // At least `size` bytes, uninitialised, valid until the next call. Grows and never shrinks.
-    uint8_t* Scratch(size_t size);
-
-private:
-    WorkPool pool_;
-    std::unique_ptr<uint8_t[]> scratch_;
-    size_t scratchSize_ = 0;
+struct CodecState {
+    WorkPool pool;
+    std::unique_ptr<uint8_t[]> scratch = nullptr;
+    size_t scratchSize = 0;
 };
+
+// At least `size` bytes, uninitialised, valid until the next call. The buffer grows and never shrinks.
+inline uint8_t* Scratch(CodecState& state, size_t size) {
+    if (size > state.scratchSize) {
+        // The old block goes first: its contents are of no use, and both at once may not fit.
+        state.scratch.reset();
+        state.scratchSize = 0;
+        state.scratch.reset(new uint8_t[size]);
+        state.scratchSize = size;
+    }
+    return state.scratch.get();
+}
 
 }  // namespace plenar

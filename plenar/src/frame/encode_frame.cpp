@@ -3,7 +3,6 @@
 #include "base/exceptions.h"
 #include "container/box_writer.h"
 #include "conversion/convert_rows.h"
-#include "format/format_planes.h"
 #include "format/picture_layout.h"
 #include "frame/picture_planes.h"
 #include "frame/plan_frame.h"
@@ -13,130 +12,105 @@ namespace plenar {
 
 namespace {
 
-class FrameEncoder {
-public:
-    FrameEncoder(CodecState& state, const UncompressedParams& params, const CompressedParams& compressedParams,
-                 const uint8_t* src, uint32_t srcSize, uint8_t* dst)
-        : state_(state),
-          params_(params),
-          compressedParams_(compressedParams),
-          layout_(LayOutPicture(params)),
-          plan_(PlanFrame(params, compressedParams)),
-          hasAlphaPlane_(FindOrder(params.colorComponentOrder).HasAlpha() &&
-                         FormatHasAlphaPlane(LookupFormatPlanes(params), params.colorComponentOrder)),
-          src_(src),
-          srcSize_(srcSize),
-          dst_(dst) {}
-
-    const FramePlan& Plan() const { return plan_; }
-
-    void WritePlanes() {
-        if (FindOrder(params_.colorComponentOrder).IsPlanar()) {
-            WritePlanar();
-        } else {
-            WriteInterleaved();
-        }
-    }
-
-private:
-    bool CodesAlpha() const { return hasAlphaPlane_ && compressedParams_.alphaRle != 0; }
-    uint8_t* PlaneData(const PlaneRecord& plane) const { return dst_ + plane.offset; }
-
-    // Interleaved alpha goes to its plane right away, or to a buffer where the coder finds it.
-    uint8_t* InterleavedAlphaTarget() {
-        if (!hasAlphaPlane_ || !HasInterleavedAlpha(params_.colorComponentOrder)) {
-            return nullptr;
-        }
-        return CodesAlpha() ? state_.Scratch(AlphaRowBytes(params_) * params_.height) : PlaneData(plan_.planes.back());
-    }
-
-    void WriteInterleaved() {
-        const bool interleavedAlpha = HasInterleavedAlpha(params_.colorComponentOrder);
-        const PlaneRecord& picture = plan_.planes[0];
-        uint8_t* alpha = InterleavedAlphaTarget();
-        EncodeRows(state_.Pool(), {.params = params_,
-                                   .src = src_,
-                                   .rowLength = layout_.rowLength,
-                                   .srcStride = layout_.stride,
-                                   .dst = PlaneData(picture),
-                                   .dstStride = PlaneRowBytes(picture.type, picture.width),
-                                   .alphaDst = alpha,
-                                   .alphaStride = interleavedAlpha ? AlphaRowBytes(params_) : 0});
-        if (CodesAlpha() && interleavedAlpha) {
-            CodeAlpha(alpha, AlphaRowBytes(params_) * params_.height);
-        } else if (!interleavedAlpha) {
-            WriteAlphaPlane();
-        }
-    }
-
-    void WritePlanar() {
-        if (plan_.planes.size() > 1) {
-            WritePicturePlane(LumaPlane(params_, layout_), plan_.planes[0]);
-            WritePicturePlane(ChromaPlane(params_, layout_, layout_.cb), plan_.planes[1]);
-            WritePicturePlane(ChromaPlane(params_, layout_, layout_.cr), plan_.planes[2]);
-        }
-        WriteAlphaPlane();
-    }
-
-    void WritePicturePlane(const PicturePlane& plane, const PlaneRecord& record) {
-        EncodeRows(state_.Pool(), {.params = plane.params,
-                                   .src = src_ + plane.offset,
-                                   .rowLength = plane.rowLength,
-                                   .srcStride = plane.stride,
-                                   .dst = PlaneData(record),
-                                   .dstStride = PlaneRowBytes(record.type, record.width),
-                                   .alphaDst = nullptr,
-                                   .alphaStride = 0});
-    }
-
-    // Alpha that has a plane of its own in the caller's picture.
-    void WriteAlphaPlane() {
-        if (!hasAlphaPlane_) {
-            return;
-        }
-        if (CodesAlpha()) {
-            return CodeAlpha(src_ + layout_.alpha, srcSize_ - layout_.alpha);
-        }
-        CopyRows(state_.Pool(), {.src = src_ + layout_.alpha,
-                                 .srcStride = layout_.alphaStride,
-                                 .dst = PlaneData(plan_.planes.back()),
-                                 .dstStride = AlphaRowBytes(params_),
-                                 .rowLength = AlphaRowBytes(params_),
-                                 .rows = params_.height});
-    }
-
-    // The alpha plane is the last one, so that its true size moves nothing else.
-    void CodeAlpha(const uint8_t* alpha, uint64_t alphaSize) {
-        PlaneRecord& plane = plan_.planes.back();
-        const uint64_t coded = RleEncodePlane(state_.Pool(), AlphaRleParams(params_, compressedParams_.alphaBandLimit),
-                                              alpha, alphaSize, PlaneData(plane), plane.size);
-        plan_.total_size -= plane.size - static_cast<uint32_t>(coded);
-        plane.size = static_cast<uint32_t>(coded);
-    }
-
-    CodecState& state_;
-    const UncompressedParams& params_;
-    const CompressedParams& compressedParams_;
-    const PictureLayout layout_;
-    FramePlan plan_;
-    const bool hasAlphaPlane_;
-    const uint8_t* src_;
-    uint32_t srcSize_;
-    uint8_t* dst_;
+// A frame between the caller's picture and its payload.
+struct EncodedFrame {
+    CodecState& state;
+    const UncompressedParams& params;
+    const CompressedParams& compressedParams;
+    const PictureLayout& layout;
+    FramePlan plan;
+    const uint8_t* src;
+    uint32_t srcSize;
+    uint8_t* dst;
 };
+
+uint8_t* DataOf(const EncodedFrame& frame, const PlaneRecord& plane) {
+    return frame.dst + plane.offset;
+}
+
+// Alpha samples among the others go to `alpha`, or are dropped if it is null.
+void EncodePicture(const EncodedFrame& frame, uint8_t* alpha) {
+    const bool interleavedAlpha = HasInterleavedAlpha(frame.params.colorComponentOrder);
+    for (const PicturePlane& plane : PicturePlanes(frame.params, frame.layout, FindPlaneRoles(frame.plan.planes))) {
+        const PlaneRecord& record = *plane.record;
+        EncodeRows(frame.state.pool, {.params = plane.params,
+                                      .src = frame.src + plane.offset,
+                                      .rowLength = plane.rowLength,
+                                      .srcStride = plane.stride,
+                                      .dst = DataOf(frame, record),
+                                      .dstStride = PlaneRowBytes(*record.kind, record.width),
+                                      .alphaDst = alpha,
+                                      .alphaStride = interleavedAlpha ? AlphaRowBytes(frame.params) : 0});
+    }
+}
+
+// The alpha plane is the last one, so that its true size moves nothing else.
+void CodeAlpha(EncodedFrame& frame, const uint8_t* samples, uint64_t size) {
+    PlaneRecord& plane = frame.plan.planes.back();
+    const RleParams params = AlphaRleParams(frame.params, frame.compressedParams.alphaBandLimit);
+    const auto coded = static_cast<uint32_t>(
+        RleEncodePlane(frame.state.pool, params, samples, size, DataOf(frame, plane), plane.size));
+    frame.plan.total_size -= plane.size - coded;
+    plane.size = coded;
+}
+
+// Alpha among the other samples goes to its plane right away, or to a buffer where the coder finds it.
+void EncodeWithInterleavedAlpha(EncodedFrame& frame) {
+    const PlaneRecord& plane = frame.plan.planes.back();
+    if (!plane.kind->isCoded) {
+        return EncodePicture(frame, DataOf(frame, plane));
+    }
+    const size_t size = AlphaRowBytes(frame.params) * frame.params.height;
+    uint8_t* samples = Scratch(frame.state, size);
+    EncodePicture(frame, samples);
+    CodeAlpha(frame, samples, size);
+}
+
+// Alpha that has a plane of its own in the caller's picture.
+void EncodeAlphaPlane(EncodedFrame& frame) {
+    const PlaneRecord& plane = frame.plan.planes.back();
+    const uint8_t* samples = frame.src + frame.layout.alpha;
+    if (plane.kind->isCoded) {
+        return CodeAlpha(frame, samples, frame.srcSize - frame.layout.alpha);
+    }
+    CopyRows(frame.state.pool, {.src = samples,
+                                .srcStride = frame.layout.alphaStride,
+                                .dst = DataOf(frame, plane),
+                                .dstStride = AlphaRowBytes(frame.params),
+                                .rowLength = AlphaRowBytes(frame.params),
+                                .rows = frame.params.height});
+}
+
+void EncodePlanes(EncodedFrame& frame) {
+    const bool hasAlphaPlane = frame.plan.planes.back().kind->role == PlaneRole::Alpha;
+    if (hasAlphaPlane && HasInterleavedAlpha(frame.params.colorComponentOrder)) {
+        return EncodeWithInterleavedAlpha(frame);
+    }
+    EncodePicture(frame, nullptr);
+    if (hasAlphaPlane) {
+        EncodeAlphaPlane(frame);
+    }
+}
 
 }  // namespace
 
 uint64_t EncodeFrameBody(CodecState& state, const UncompressedParams& params, const CompressedParams& compressedParams,
                          const uint8_t* src, uint32_t srcSize, uint8_t* dst, uint32_t dstSize) {
-    CheckEncodeParams(params, compressedParams, srcSize);
-    FrameEncoder frame(state, params, compressedParams, src, srcSize, dst);
-    // The second comparison catches a plan that wrapped at 32 bits.
-    if (dstSize < frame.Plan().total_size || dstSize < PlannedSize(params, compressedParams)) {
+    const PictureLayout layout = LayOutPicture(params);
+    CheckEncodeParams(params, compressedParams, layout, srcSize);
+    EncodedFrame frame = {.state = state,
+                          .params = params,
+                          .compressedParams = compressedParams,
+                          .layout = layout,
+                          .plan = PlanFrame(params, compressedParams),
+                          .src = src,
+                          .srcSize = srcSize,
+                          .dst = dst};
+    if (dstSize < frame.plan.trueSize) {
         throw invalid_argument("dst size is too small");
     }
-    frame.WritePlanes();
-    return WriteFrameBoxes(BoxWriter(dst, dstSize), frame.Plan());
+    EncodePlanes(frame);
+    return WriteFrameBoxes(BoxWriter(dst, dstSize), frame.plan);
 }
 
 }  // namespace plenar

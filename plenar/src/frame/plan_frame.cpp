@@ -9,27 +9,24 @@ namespace plenar {
 
 namespace {
 
-bool IsChroma(PlaneType type) {
-    const PlaneRole role = RoleOfPlane(type);
-    return role == PlaneRole::Cb || role == PlaneRole::Cr;
-}
-
-PlaneRecord EmptyRecord(PlaneType type, const UncompressedParams& params) {
+PlaneRecord RecordFor(const PlaneKind& kind, const UncompressedParams& params) {
+    const bool isChroma = kind.role == PlaneRole::Cb || kind.role == PlaneRole::Cr;
     PlaneRecord record;
-    record.type = type;
-    record.width = IsChroma(type) ? HalfUp(params.width) : params.width;
-    record.height = IsChroma(type) ? HalfUp(params.height) : params.height;
+    record.type = kind.type;
+    record.kind = &kind;
+    record.width = isChroma ? HalfUp(params.width) : params.width;
+    record.height = isChroma ? HalfUp(params.height) : params.height;
     record.frame_layout = static_cast<uint8_t>(params.frameLayout);
     return record;
 }
 
 uint64_t PlannedPlaneSize(const PlaneRecord& record, const CompressedParams& compressedParams) {
-    if (!IsCodedAlpha(record.type)) {
+    if (!record.kind->isCoded) {
         return PlainPlaneSize(record);
     }
     return RleMaxCodedSize({.width = record.width,
                             .height = record.height,
-                            .bitdepth = PlaneBitDepth(record.type),
+                            .bitdepth = record.kind->bitDepth,
                             .band_limit = compressedParams.alphaBandLimit,
                             .row_bytes = 0});
 }
@@ -37,25 +34,18 @@ uint64_t PlannedPlaneSize(const PlaneRecord& record, const CompressedParams& com
 }  // namespace
 
 FramePlan PlanFrame(const UncompressedParams& params, const CompressedParams& compressedParams) {
+    const PlaneKindList& kinds = FormatPlanesForFrame(params, compressedParams);
     FramePlan plan;
-    for (const PlaneType type : FormatPlanesForFrame(params, compressedParams)) {
-        PlaneRecord record = EmptyRecord(type, params);
-        record.size = static_cast<uint32_t>(PlannedPlaneSize(record, compressedParams));
+    plan.trueSize = kBoxHeaderSize;
+    for (const PlaneKind* kind : kinds) {
+        PlaneRecord record = RecordFor(*kind, params);
+        const uint64_t size = PlannedPlaneSize(record, compressedParams);
+        record.size = static_cast<uint32_t>(size);
         plan.planes.push_back(record);
+        plan.trueSize += PlaneOverhead(kinds.size() > 1) + size;
     }
-    CheckPlaneCombination(plan.planes);
-    AssignPlaneOffsets(plan.planes);
-    plan.total_size = plan.planes.back().offset + plan.planes.back().size;
+    AssignPlaneOffsets(plan);
     return plan;
-}
-
-uint64_t PlannedSize(const UncompressedParams& params, const CompressedParams& compressedParams) {
-    const PlaneTypeList types = FormatPlanesForFrame(params, compressedParams);
-    uint64_t size = kBoxHeaderSize;
-    for (const PlaneType type : types) {
-        size += PlaneOverhead(types.size() > 1) + PlannedPlaneSize(EmptyRecord(type, params), compressedParams);
-    }
-    return size;
 }
 
 }  // namespace plenar
