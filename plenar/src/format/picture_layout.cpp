@@ -3,14 +3,11 @@
 #include <string>
 
 #include "base/exceptions.h"
+#include "format/packed10.h"
 
 namespace plenar {
 
 namespace {
-
-// Packed10 holds groups of 6 pixels in 16 bytes.
-constexpr uint32_t kPackedGroupPixels = 6;
-constexpr uint32_t kPackedGroupBytes = 16;
 
 // The samples of a row of interleaved samples. A 4:2:2 row of odd width ends on the chroma sample that its last pixel
 // shares, or, where luma stands first, on a whole group.
@@ -39,21 +36,6 @@ uint64_t TrueRowLength(const UncompressedParams& params, const PictureLayout& la
 }
 
 }  // namespace
-
-uint32_t SubsamplingClass(uint32_t colorComponentOrder) {
-    const Order& order = FindOrder(colorComponentOrder);
-    switch (order.picture) {
-        case PictureKind::YCbCr422:
-            return 422;
-        case PictureKind::YCbCr444:
-        case PictureKind::Rgb:
-            return 444;
-        case PictureKind::Planar420:
-            return 420;
-        default:
-            return order.IsKnown() ? 1 : 0;
-    }
-}
 
 uint64_t DefaultRowBytes(const UncompressedParams& params) {
     if (params.componentType == Packed10) {

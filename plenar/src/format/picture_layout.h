@@ -10,8 +10,6 @@
 
 namespace plenar {
 
-uint32_t SubsamplingClass(uint32_t colorComponentOrder);  // 444, 422, 420, 1 for alpha alone, 0 for an unknown order
-
 // Half a width or a height, rounded up.
 inline uint32_t HalfUp(uint32_t size) {
     return (size >> 1) + (size & 1);
