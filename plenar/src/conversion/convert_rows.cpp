@@ -12,31 +12,15 @@ namespace plenar {
 
 namespace {
 
-// The rows of one side of a conversion; a side that isn't there has no first row.
-template <class Byte>
-struct RowsOf {
-    Byte* first;
-    size_t stride;
-
-    Byte* At(size_t row) const { return first != nullptr ? first + row * stride : nullptr; }
-};
-
-// Calls convert(rows of each side..., count) for `height` rows of `rowBytes` bytes, in bands: one for each worker, or
-// one if there are none. The count is 1, or, where rows are joined, that of a band's rows.
-template <class Convert, class... Byte>
-void ConvertInBands(WorkPool& pool, uint32_t height, size_t rowBytes, bool joinsRows, const Convert& convert,
-                    const RowsOf<Byte>&... sides) {
+// Calls run(band) for bands that make up `height` rows of `rowBytes` bytes: one for each worker, or one if there are
+// none.
+template <class Run>
+void RunInBands(WorkPool& pool, uint32_t height, size_t rowBytes, const Run& run) {
     if (height == 0 || rowBytes == 0) {
         return;
     }
     const RowBands bands = SplitRows(height, std::max(pool.WorkerCount(), 1U));
-    RunBatch(pool, bands.Count(), [&](uint32_t i) {
-        const Band band = bands[i];
-        const size_t count = joinsRows ? band.rows : 1;
-        for (size_t row = 0; row < band.rows; row += count) {
-            convert(sides.At(band.firstRow + row)..., count);
-        }
-    });
+    RunBatch(pool, bands.Count(), [&](uint32_t i) { run(bands[i]); });
 }
 
 // The kernel for rows that are copied as part of so many bytes read and written. What outgrows the last cache is
@@ -68,13 +52,10 @@ void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
                             .planeEnd = nullptr};
     const EncodeConversion conversion = EncodeConversionFor(shape, params.componentType);
     const bool joinsRows = conversion.joinsRows && args.srcStride == args.rowLength;
-    ConvertInBands(
-        pool, params.height, args.rowLength, joinsRows,
-        [&](const uint8_t* caller, uint8_t* plane, uint8_t* alpha, size_t rows) {
-            conversion.run(shape, caller, plane, alpha, rows);
-        },
-        RowsOf<const uint8_t>{args.src, args.srcStride}, RowsOf<uint8_t>{args.dst, args.dstStride},
-        RowsOf<uint8_t>{args.alphaDst, args.alphaStride});
+    RunInBands(pool, params.height, args.rowLength, [&](const Band& band) {
+        conversion.run(shape, band, joinsRows ? band.rows : 1, {args.src, args.srcStride}, {args.dst, args.dstStride},
+                       {args.alphaDst, args.alphaStride});
+    });
 }
 
 void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
@@ -98,22 +79,23 @@ void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
     const DecodeConversion conversion =
         args.fixedToFloat ? FixedToFloatConversionFor(shape) : DecodeConversionFor(shape, params.componentType);
     const bool joinsRows = conversion.joinsRows && args.dstStride == args.rowLength;
-    ConvertInBands(
-        pool, params.height, args.rowLength, joinsRows,
-        [&](const uint8_t* plane, const uint8_t* alpha, uint8_t* caller, size_t rows) {
-            conversion.run(shape, plane, alpha, caller, rows);
-        },
-        RowsOf<const uint8_t>{args.plane, args.planeStride}, RowsOf<const uint8_t>{args.alpha, args.alphaStride},
-        RowsOf<uint8_t>{args.dst, args.dstStride});
+    RunInBands(pool, params.height, args.rowLength, [&](const Band& band) {
+        conversion.run(shape, band, joinsRows ? band.rows : 1, {args.plane, args.planeStride},
+                       {args.alpha, args.alphaStride}, {args.dst, args.dstStride});
+    });
 }
 
 void CopyRows(WorkPool& pool, const CopyRowsArgs& args) {
     const auto copy = CopyKernelFor(args.rows * uint64_t{2} * args.rowLength);
     const bool joinsRows = args.srcStride == args.rowLength && args.dstStride == args.rowLength;
-    ConvertInBands(
-        pool, args.rows, args.rowLength, joinsRows,
-        [&](const uint8_t* src, uint8_t* dst, size_t rows) { copy(src, dst, rows * args.rowLength); },
-        RowsOf<const uint8_t>{args.src, args.srcStride}, RowsOf<uint8_t>{args.dst, args.dstStride});
+    RunInBands(pool, args.rows, args.rowLength, [&](const Band& band) {
+        const uint8_t* src = args.src + band.firstRow * args.srcStride;
+        uint8_t* dst = args.dst + band.firstRow * args.dstStride;
+        const size_t together = joinsRows ? band.rows : 1;
+        for (size_t row = 0; row < band.rows; row += together) {
+            copy(src + row * args.srcStride, dst + row * args.dstStride, together * args.rowLength);
+        }
+    });
 }
 
 }  // namespace plenar

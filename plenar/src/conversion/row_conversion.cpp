@@ -113,6 +113,13 @@ void FloatToCaller(const RowShape& shape, const uint8_t* plane, const uint8_t* /
     convert(FindOrder(CbYCrY), plane + whole * sizeof(int16_t), 1, last + sizeof(float));
 }
 
+template <auto ConvertRow, class... Sides>
+void ConvertBand(const RowShape& shape, const Band& band, size_t together, const Sides&... sides) {
+    for (size_t row = 0; row < band.rows; row += together) {
+        ConvertRow(shape, sides.At(band.firstRow + row)..., together);
+    }
+}
+
 [[noreturn]] void RefuseType() {
     throw invalid_argument("component type is not supported");
 }
@@ -131,22 +138,22 @@ EncodeConversion EncodeConversionFor(const RowShape& shape, uint32_t componentTy
     if (NeedsPacking(componentType)) {
         switch (componentType) {
             case Uint10:
-                return {PackToPlane<&RowKernels::packRow10>, false};
+                return {ConvertBand<PackToPlane<&RowKernels::packRow10>>, false};
             case Uint12:
-                return {PackToPlane<&RowKernels::packRow12>, false};
+                return {ConvertBand<PackToPlane<&RowKernels::packRow12>>, false};
             case Packed10:
-                return {PackGroupsToPlane, false};
+                return {ConvertBand<PackGroupsToPlane>, false};
             default:
                 RefuseType();
         }
     }
     switch (shape.order.movement) {
         case Movement::SwapPairs:
-            return {SwapToPlane, true};
+            return {ConvertBand<SwapToPlane>, true};
         case Movement::ReverseTriples:
-            return {ReverseToPlane, true};
+            return {ConvertBand<ReverseToPlane>, true};
         case Movement::SplitAlpha:
-            return {SplitToPlane, true};
+            return {ConvertBand<SplitToPlane>, true};
         default:
             RefuseOrder();
     }
@@ -156,29 +163,29 @@ DecodeConversion DecodeConversionFor(const RowShape& shape, uint32_t componentTy
     if (NeedsPacking(componentType)) {
         switch (componentType) {
             case Uint10:
-                return {UnpackToCaller<&RowKernels::unpackRow10, 2>, false};
+                return {ConvertBand<UnpackToCaller<&RowKernels::unpackRow10, 2>>, false};
             case Uint12:
-                return {UnpackToCaller<&RowKernels::unpackRow12, 4>, false};
+                return {ConvertBand<UnpackToCaller<&RowKernels::unpackRow12, 4>>, false};
             case Packed10:
-                return {UnpackGroupsToCaller, false};
+                return {ConvertBand<UnpackGroupsToCaller>, false};
             default:
                 RefuseType();
         }
     }
     switch (shape.order.movement) {
         case Movement::SwapPairs:
-            return {SwapToCaller, !EndsInChroma(shape)};
+            return {ConvertBand<SwapToCaller>, !EndsInChroma(shape)};
         case Movement::ReverseTriples:
-            return {ReverseToCaller, true};
+            return {ConvertBand<ReverseToCaller>, true};
         case Movement::SplitAlpha:
-            return {MergeToCaller, !EndsInChroma(shape)};
+            return {ConvertBand<MergeToCaller>, !EndsInChroma(shape)};
         default:
             RefuseOrder();
     }
 }
 
 DecodeConversion FixedToFloatConversionFor(const RowShape& shape) {
-    return {FloatToCaller, !EndsInChroma(shape)};
+    return {ConvertBand<FloatToCaller>, !EndsInChroma(shape)};
 }
 
 }  // namespace plenar

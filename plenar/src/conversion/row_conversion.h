@@ -7,6 +7,7 @@
 
 #include "conversion/row_kernels.h"
 #include "format/order.h"
+#include "pool/bands.h"
 
 namespace plenar {
 
@@ -21,14 +22,28 @@ struct RowShape {
     const uint8_t* planeEnd;  // a decode's: the end of the readable bytes behind the plane
 };
 
-// Runs on one row, or on several rows without padding between them as if they were one.
+// The rows of one side of a conversion; a side that isn't there has no first row.
+template <class Byte>
+struct RowsOf {
+    Byte* first;
+    size_t stride;
+
+    Byte* At(size_t row) const { return first != nullptr ? first + row * stride : nullptr; }
+};
+using SourceRows = RowsOf<const uint8_t>;
+using TargetRows = RowsOf<uint8_t>;
+
+// What is done to the rows of a band, `together` at a time: 1, or, where no side has padding, all of them as one long
+// row.
 struct EncodeConversion {
-    void (*run)(const RowShape& shape, const uint8_t* caller, uint8_t* plane, uint8_t* alpha, size_t rows);
-    bool joinsRows;  // whether rows may be run as one where neither side pads them
+    void (*run)(const RowShape& shape, const Band& band, size_t together, const SourceRows& caller,
+                const TargetRows& plane, const TargetRows& alpha);
+    bool joinsRows;  // whether rows may be taken together
 };
 
 struct DecodeConversion {
-    void (*run)(const RowShape& shape, const uint8_t* plane, const uint8_t* alpha, uint8_t* caller, size_t rows);
+    void (*run)(const RowShape& shape, const Band& band, size_t together, const SourceRows& plane,
+                const SourceRows& alpha, const TargetRows& caller);
     bool joinsRows;
 };
 

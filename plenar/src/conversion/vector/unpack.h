@@ -50,9 +50,10 @@ size_t UnpackRounds(const uint8_t* high, const uint8_t* low, size_t samples, uin
     constexpr size_t kStep = StepOf(MovedTogether(Moved), LowBits);
     return CoverInRounds(samples, Tables::kSamples, kStep, true, false, [&](size_t at) {
         MakeAndStore<Tables::kVectors>(words + 2 * at, [&]<size_t I>() {
+            const Words tops = As<Words>(Gathered(high + at, Tables::kTops[I]));
             const Words lows = As<Words>(Gathered(low + at / Tables::kPerByte, Tables::kLows[I]));
             const Words bits = lows * Load<uint16_t>(Tables::kFactors[I % Tables::kPeriod].word);
-            return As<Words>(Gathered(high + at, Tables::kTops[I])) | (bits & mask);
+            return tops | (bits & mask);
         });
     });
 }
