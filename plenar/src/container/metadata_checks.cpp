@@ -74,8 +74,7 @@ void CheckMetadataAgainstParams(const PlaneRecordList& planes, const PlaneRoles&
         throw invalid_argument("bit depth in src metadata is different than bit depth in uncompressed params");
     }
     CheckPlanesAgainstFormat(planes, params);
-    if (FindOrder(params.colorComponentOrder).HasAlpha() && params.componentType != Uint8 &&
-        params.componentType != Uint16) {
+    if (FindOrder(params.colorComponentOrder).HasAlpha() && !FormatHasAlphaPlane(LookupFormatPlanes(params))) {
         throw invalid_argument("Only 8 and 16 bit alpha is supported");
     }
 }

@@ -23,6 +23,11 @@ void RunInBands(WorkPool& pool, uint32_t height, size_t rowBytes, const Run& run
     RunBatch(pool, bands.Count(), [&](uint32_t i) { run(bands[i]); });
 }
 
+// Whether rows are the same on both sides.
+bool IsCopied(const UncompressedParams& params) {
+    return !NeedsReorder(params.colorComponentOrder) && !NeedsPacking(params.componentType);
+}
+
 // The kernel for rows that are copied as part of so many bytes read and written. What outgrows the last cache is
 // written past it; a smaller result is kept for whoever reads it next.
 auto CopyKernelFor(uint64_t bytesMoved) {
@@ -35,7 +40,7 @@ auto CopyKernelFor(uint64_t bytesMoved) {
 void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
     const Order& order = FindOrder(params.colorComponentOrder);
-    if (IsCopied(order, params.componentType)) {
+    if (IsCopied(params)) {
         return CopyRows(pool, {.src = args.src,
                                .srcStride = args.srcStride,
                                .dst = args.dst,
@@ -61,7 +66,7 @@ void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
 void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
     const Order& order = FindOrder(params.colorComponentOrder);
-    if (IsCopied(order, params.componentType) && !args.fixedToFloat) {
+    if (IsCopied(params) && !args.fixedToFloat) {
         return CopyRows(pool, {.src = args.plane,
                                .srcStride = args.planeStride,
                                .dst = args.dst,

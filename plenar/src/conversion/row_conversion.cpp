@@ -130,10 +130,6 @@ void ConvertBand(const RowShape& shape, const Band& band, size_t together, const
 
 }  // namespace
 
-bool IsCopied(const Order& order, uint32_t componentType) {
-    return order.IsKnown() && order.movement == Movement::InOrder && !NeedsPacking(componentType);
-}
-
 EncodeConversion EncodeConversionFor(const RowShape& shape, uint32_t componentType) {
     if (NeedsPacking(componentType)) {
         switch (componentType) {

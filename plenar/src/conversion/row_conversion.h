@@ -47,10 +47,6 @@ struct DecodeConversion {
     bool joinsRows;
 };
 
-// Whether rows of this order and type are the same on both sides, so that they are copied. True for no order or type
-// outside the tables of formats.
-bool IsCopied(const Order& order, uint32_t componentType);
-
 // For rows that aren't copied. Throw invalid_argument for an order or a type that no conversion is made for.
 EncodeConversion EncodeConversionFor(const RowShape& shape, uint32_t componentType);
 DecodeConversion DecodeConversionFor(const RowShape& shape, uint32_t componentType);

@@ -1,9 +1,11 @@
 #include "format/picture_layout.h"
 
+#include <algorithm>
 #include <string>
 
 #include "base/exceptions.h"
 #include "format/packed10.h"
+#include "format/plane_type.h"
 
 namespace plenar {
 
@@ -14,6 +16,12 @@ namespace {
 uint64_t RowSamples(const Order& order, uint64_t width) {
     const bool endsInChroma = order.picture == PictureKind::YCbCr422 && width % 2 != 0;
     return order.samples * width + (endsInChroma ? (order.movement == Movement::SwapPairs ? 2U : 1U) : 0U);
+}
+
+bool HasCodedAlpha(uint32_t componentType) {
+    return std::ranges::any_of(kPlaneKinds, [componentType](const PlaneKind& kind) {
+        return kind.isCoded && kind.componentType == componentType;
+    });
 }
 
 uint64_t OrDefault(uint32_t stride, uint64_t tight) {
@@ -94,8 +102,7 @@ bool PictureFits(const UncompressedParams& params, const PictureLayout& layout, 
 void CheckEncodeParams(const UncompressedParams& params, const CompressedParams& compressedParams,
                        const PictureLayout& layout, uint32_t srcSize) {
     const Order& order = FindOrder(params.colorComponentOrder);
-    const uint32_t type = params.componentType;
-    if (compressedParams.alphaRle != 0 && order.HasAlpha() && type != Uint8 && type != Uint16) {
+    if (compressedParams.alphaRle != 0 && order.HasAlpha() && !HasCodedAlpha(params.componentType)) {
         throw invalid_argument("Only 8 and 16 bit alpha supported for RLE compression");
     }
     if (order.SharesChromaAcross() && params.width % 2 != 0) {

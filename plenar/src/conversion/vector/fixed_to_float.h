@@ -33,10 +33,8 @@ size_t FloatRounds(const uint8_t* fixed, size_t samples, uint8_t* floats) {
 }
 
 void FixedRowToFloat(const Order& order, const uint8_t* fixed, size_t samples, uint8_t* floats) {
-    const auto rounds = order.movement == Movement::SwapPairs        ? FloatRounds<Movement::SwapPairs>
-                        : order.movement == Movement::ReverseTriples ? FloatRounds<Movement::ReverseTriples>
-                                                                     : FloatRounds<Movement::InOrder>;
-    const size_t done = rounds(fixed, samples, floats);
+    const size_t done =
+        RoundsOfMovement(order, [&]<Movement Moved>() { return FloatRounds<Moved>(fixed, samples, floats); });
     if (done != samples) {
         narrower.fixedRowToFloat(order, fixed + 2 * done, samples - done, floats + 4 * done);
     }

@@ -158,22 +158,16 @@ inline size_t CallerBytesOf(const Order& order, size_t samples) {
 }
 
 template <size_t LowBits>
-auto PackRoundsFor(const Order& order) {
-    switch (order.movement) {
-        case Movement::SwapPairs:
-            return PackRounds<LowBits, PairWords>;
-        case Movement::ReverseTriples:
-            return PackRounds<LowBits, TripleWords>;
-        case Movement::SplitAlpha:
-            return order.colourSamples == 3 ? PackRounds<LowBits, ColourWords<3>> : PackRounds<LowBits, ColourWords<2>>;
-        default:
-            return PackRounds<LowBits, PlainWords>;
-    }
-}
-
-template <size_t LowBits>
 void PackRow(const Order& order, const uint8_t* words, size_t samples, uint8_t* high, uint8_t* low) {
-    const size_t done = PackRoundsFor<LowBits>(order)(order, words, samples, high, low);
+    const auto rounds = [&]<class Source>() { return PackRounds<LowBits, Source>(order, words, samples, high, low); };
+    size_t done = 0;
+    if (order.movement == Movement::SplitAlpha) {
+        done = order.colourSamples == 3 ? rounds.template operator()<ColourWords<3>>()
+                                        : rounds.template operator()<ColourWords<2>>();
+    } else {
+        done =
+            RoundsOfMovement(order, [&]<Movement Moved>() { return rounds.template operator()<MovedWords<Moved>>(); });
+    }
     if (done != samples) {
         const auto rest = LowBits == 2 ? narrower.packRow10 : narrower.packRow12;
         rest(order, words + CallerBytesOf(order, done), samples - done, high + done,

@@ -76,6 +76,22 @@ void Repeat(const Body& body) {
     (std::make_index_sequence<N>());
 }
 
+// Calls rounds<Movement>() for the movement of the order, and returns the samples that it covers: none of a movement
+// that isn't among those without alpha.
+template <class Rounds>
+size_t RoundsOfMovement(const Order& order, const Rounds& rounds) {
+    switch (order.movement) {
+        case Movement::InOrder:
+            return rounds.template operator()<Movement::InOrder>();
+        case Movement::SwapPairs:
+            return rounds.template operator()<Movement::SwapPairs>();
+        case Movement::ReverseTriples:
+            return rounds.template operator()<Movement::ReverseTriples>();
+        default:
+            return 0;
+    }
+}
+
 template <size_t N, class V>
 void StoreAll(uint8_t* dst, const Pieces<N, V>& vectors) {
     Repeat<N>([&]<size_t I>() { StoreVector(dst + I * kVectorBytes, vectors[I]); });

@@ -83,10 +83,8 @@ size_t UnpackMost(const uint8_t* high, const uint8_t* low, size_t samples, uint8
 
 template <size_t LowBits>
 void UnpackRow(const Order& order, const uint8_t* high, const uint8_t* low, size_t samples, uint8_t* words) {
-    const auto most = order.movement == Movement::SwapPairs        ? UnpackMost<LowBits, Movement::SwapPairs>
-                      : order.movement == Movement::ReverseTriples ? UnpackMost<LowBits, Movement::ReverseTriples>
-                                                                   : UnpackMost<LowBits, Movement::InOrder>;
-    const size_t done = most(high, low, samples, words);
+    const size_t done = RoundsOfMovement(
+        order, [&]<Movement Moved>() { return UnpackMost<LowBits, Moved>(high, low, samples, words); });
     if (done != samples) {
         const auto rest = LowBits == 2 ? narrower.unpackRow10 : narrower.unpackRow12;
         rest(order, high + done, low + done / SamplesInLowByte(LowBits), samples - done, words + 2 * done);

@@ -4,6 +4,8 @@
 // are moved together. `kShufflesMuch` tells that a source keeps the processor's shuffles busy.
 #pragma once
 
+#include <type_traits>
+
 #include "conversion/vector/alpha_shuffles.h"
 #include "conversion/vector/exchange.h"
 #include "conversion/vector/gather.h"
@@ -58,6 +60,10 @@ struct TripleWords {
         return As<Words>(Gathered(src + I / 3 * 3 * kVectorBytes, kTripleGathers<2>[I % 3]));
     }
 };
+
+template <Movement Moved>
+using MovedWords = std::conditional_t<Moved == Movement::SwapPairs, PairWords,
+                                      std::conditional_t<Moved == Movement::ReverseTriples, TripleWords, PlainWords>>;
 
 // The colour of pixels with alpha; alpha is dropped.
 template <size_t ColourSamples>
