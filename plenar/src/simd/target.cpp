@@ -20,15 +20,20 @@ constexpr std::array<Target, kTargetCount> kAllTargets = [] {
     return targets;
 }();
 
-const Target kBestTarget = DetectBestTarget();
+// Known as soon as it is asked for: the tables of kernels, which are made when the library is loaded, depend on it.
+Target BestTarget() {
+    static const Target best = DetectBestTarget();
+    return best;
+}
+
 const size_t kDetectedCacheBytes = DetectLastLevelCacheBytes();
 
-std::atomic<Target> activeTarget{kBestTarget};
+std::atomic<Target> activeTarget{BestTarget()};
 
 }  // namespace
 
 std::span<const Target> RunnableTargets() {
-    return std::span(kAllTargets).first(static_cast<size_t>(kBestTarget) + 1);
+    return std::span(kAllTargets).first(static_cast<size_t>(BestTarget()) + 1);
 }
 
 Target ActiveTarget() {
