@@ -21,11 +21,11 @@ uint64_t CountTokensAs(const Frame& frame, const std::vector<uint8_t>& payload) 
     uint64_t start = table.bytes;
     for (uint32_t band = 0; band < table.count; ++band) {
         const uint64_t samples = uint64_t{frame.size.width} * table.rows[band];
-        std::vector<uint8_t> plain(samples * sizeof(Sample));
         plenar::RleDecodeState state =
-            plenar::RleStartBand<Sample>(coded + start, codedBytes - start, plain.data(), samples);
+            plenar::RleStartBand<Sample>(coded + start, codedBytes - start, nullptr, samples);
         for (; state.remaining != 0; ++tokens) {
-            if (plenar::RleDecodeTokenPlain<Sample>(state) != plenar::RleDefect::None) {
+            plenar::RleRun run = {};
+            if (plenar::RleReadTokenPlain<Sample>(state, run) != plenar::RleDefect::None) {
                 throw std::runtime_error("a coded plane that can't be decoded");
             }
         }

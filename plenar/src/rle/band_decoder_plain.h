@@ -40,15 +40,4 @@ RleDefect RleReadTokenPlain(RleDecodeState& state, RleRun& run);
 template <class Sample>
 void RleWriteRunPlain(RleDecodeState& state, const RleRun& run);
 
-// Reads a token and writes its run. On a defect no sample is written.
-template <class Sample>
-RleDefect RleDecodeTokenPlain(RleDecodeState& state) {
-    RleRun run = {};
-    const RleDefect defect = RleReadTokenPlain<Sample>(state, run);
-    if (defect == RleDefect::None) {
-        RleWriteRunPlain<Sample>(state, run);
-    }
-    return defect;
-}
-
 }  // namespace plenar

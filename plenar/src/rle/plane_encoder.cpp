@@ -11,13 +11,6 @@
 namespace plenar {
 namespace {
 
-RleParams BandOf(const RleParams& params, uint32_t band) {
-    RleParams bandParams = params;
-    bandParams.height = RleBands(params)[band].rows;
-    bandParams.band_limit = 1;
-    return bandParams;
-}
-
 void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t srcSize, const uint8_t* dst, uint64_t dstSize) {
     RleCheckParams(params);
     if (src == nullptr || dst == nullptr) {
@@ -27,18 +20,20 @@ void CheckBuffers(const RleParams& params, const uint8_t* src, uint64_t srcSize,
     if (srcSize < RlePlainSize(params) || srcSize < RlePlainExtent(params)) {
         throw invalid_argument("src buffer is too small according to metadata");
     }
-    if (dstSize < RleMaxCodedSize(params) || dstSize < RleMaxCodedExtent(params)) {
+    if (dstSize < RleMaxCodedExtent(params)) {
         throw invalid_argument("dst buffer is too small according to metadata");
     }
 }
 
-void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, RleBandJobs& jobs) {
+void PlaceJobs(const RleParams& params, const RowBands& bands, const uint8_t* src, uint8_t* dst, RleBandJobs& jobs) {
+    RleParams band = params;
+    band.band_limit = 1;
     dst += RleHeadReserve;
-    for (uint32_t band = 0; band < RleBands(params).Count(); ++band) {
-        const RleParams bandParams = BandOf(params, band);
-        jobs[band] = {bandParams, src, dst, 0, 0, RleDefect::None};
-        src += RleRowStride(params) * bandParams.height;
-        dst += RleMaxStreamSize(params, RleSampleCount(bandParams));
+    for (uint32_t i = 0; i < bands.Count(); ++i) {
+        band.height = bands[i].rows;
+        jobs[i] = {band, src, dst, 0, 0, RleDefect::None};
+        src += RleRowStride(band) * band.height;
+        dst += RleMaxStreamSize(band, RleSampleCount(band));
     }
 }
 
@@ -47,10 +42,11 @@ void PlaceJobs(const RleParams& params, const uint8_t* src, uint8_t* dst, RleBan
 uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
                         uint64_t dstSize) {
     CheckBuffers(params, src, srcSize, dst, dstSize);
-    RleBandTable table;
-    table.count = RleBands(params).Count();
+    const RowBands bands = RleBands(params);
     RleBandJobs jobs;
-    PlaceJobs(params, src, dst, jobs);
+    PlaceJobs(params, bands, src, dst, jobs);
+    RleBandTable table;
+    table.count = bands.Count();
     RunBatch(pool, table.count, [&jobs](uint32_t band) {
         RleBandJob& job = jobs[band];
         job.coded_size = static_cast<uint32_t>(RleEncodeBand(job.params, job.src, job.dst));

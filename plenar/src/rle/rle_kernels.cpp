@@ -31,9 +31,8 @@ KernelsByTarget KernelsOfRunnableTargets() {
 }  // namespace
 
 const RleKernels& RleKernelsFor(Target target) {
-    // Local, because the runnable targets aren't known before the initializers of simd/ have run.
-    static const KernelsByTarget byTarget = KernelsOfRunnableTargets();
-    return byTarget[static_cast<size_t>(target)];
+    static const KernelsByTarget kKernels = KernelsOfRunnableTargets();
+    return kKernels[static_cast<size_t>(target)];
 }
 
 const RleBandKernels& RleActiveKernels(uint32_t bitdepth) {

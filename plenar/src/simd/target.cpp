@@ -25,8 +25,9 @@ Target BestTarget() {
     return kBest;
 }
 
-std::atomic<Target> activeTarget{BestTarget()};
 const size_t kDetectedCacheBytes = DetectLastLevelCacheBytes();
+
+std::atomic<Target> activeTarget{BestTarget()};
 
 }  // namespace
 

@@ -1,5 +1,4 @@
 #include "conversion/vector/override_row_kernels.h"
-#include "conversion/x86/target_kernels.h"
 
 namespace plenar {
 

@@ -1,16 +1,21 @@
 #include "conversion/row_kernels.h"
-#include "conversion/x86/target_kernels.h"
 
 namespace plenar {
+
+// Each in a source of its own, which is compiled for the target.
+void OverrideWithSsse3(RowKernels& kernels);
+void OverrideWithAvx2(RowKernels& kernels);
 
 void OverrideRowKernels(Target target, RowKernels& kernels) {
     switch (target) {
         case Target::Plain:
-            return;
+            break;
         case Target::Ssse3:
-            return OverrideWithSsse3(kernels);
+            OverrideWithSsse3(kernels);
+            break;
         case Target::Avx2:
-            return OverrideWithAvx2(kernels);
+            OverrideWithAvx2(kernels);
+            break;
     }
 }
 

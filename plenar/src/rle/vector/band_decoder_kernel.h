@@ -36,21 +36,36 @@ public:
           roomEnd_(band.remaining < kRoom ? band.dst : dstEnd_ - (kRoom - 1) * sizeof(Sample)),
           difference_(band.prev1 - band.prev2) {}
 
-    // One token whose samples don't go on from others that the band has in `dst`.
+    // The first token of this call, for which the last sample isn't in `dst` yet.
     bool DecodeFirst() {
         return HasWindow() && dst_ != dstEnd_ &&
                DecodeAnyToken(Window(), kWindowBits, static_cast<Sample>(state_.prev1));
     }
 
-    // A few tokens. False if there isn't room for them, or a token has to be left. Call after DecodeFirst.
+    // A few tokens, up to the first that isn't in the table. False if there isn't room for them, or a token has to be
+    // left. Call after DecodeFirst.
     [[gnu::always_inline]] bool DecodeSome() {
         if (!HasWindow() || dst_ >= roomEnd_) {
             return false;
         }
-        return DecodeWindow();
+        uint64_t bits = Window();
+        uint64_t sum = 0;
+        for (uint32_t i = 0; i < kShortTokens; ++i) {
+            const TokenEntry entry = kTokenTable<Sample>.entries[bits >> (64 - kIndexBits)];
+            if (entry.packed == 0) {
+                const uint32_t consumed = sum & TokenEntry::kLengths;
+                position_ += consumed;
+                return DecodeAnyToken(bits, kWindowBits - consumed, LastSample());
+            }
+            sum += entry.packed;
+            DecodeShortToken(entry, bits);
+            bits <<= entry.Length();
+        }
+        position_ += sum & TokenEntry::kLengths;
+        return true;
     }
 
-    // Likewise, up to the band's end.
+    // One token, up to the band's end.
     bool DecodeOne() { return HasWindow() && dst_ != dstEnd_ && DecodeAnyToken(Window(), kWindowBits, LastSample()); }
 
     void SaveState() {
@@ -79,30 +94,10 @@ private:
 
     [[gnu::always_inline]] Sample LastSample() const { return LoadAs<Sample>(dst_ - sizeof(Sample)); }
 
-    // A few tokens, up to the first that isn't in the table.
-    [[gnu::always_inline]] bool DecodeWindow() {
-        uint64_t bits = Window();
-        uint64_t sum = 0;
-        for (uint32_t i = 0; i < kShortTokens; ++i) {
-            const TokenEntry entry = kTokenTable<Sample>.entries[bits >> (64 - kIndexBits)];
-            if (entry.packed == 0) {
-                const uint32_t consumed = sum & TokenEntry::kLengths;
-                position_ += consumed;
-                return DecodeAnyToken(bits, kWindowBits - consumed, LastSample());
-            }
-            sum += entry.packed;
-            DecodeShortToken(entry, bits);
-            bits <<= entry.Length();
-        }
-        position_ += sum & TokenEntry::kLengths;
-        return true;
-    }
-
     [[gnu::always_inline]] void DecodeShortToken(TokenEntry entry, uint64_t bits) {
         if constexpr (sizeof(Sample) == 1) {
             const uint32_t slope = difference_ & entry.SecondOrder();
-            const auto lanes = MultiplesOf(slope & 0xFF) + MultiplesOf(entry.Shape()) + LastSample();
-            std::memcpy(dst_, &lanes, sizeof lanes);
+            StoreVector(dst_, MultiplesOf(slope & 0xFF) + MultiplesOf(entry.Shape()) + LastSample());
             difference_ = slope + entry.ToDifference();
         } else {
             const uint32_t low = static_cast<uint32_t>(bits << entry.Known() >> entry.AboveLow());
@@ -118,12 +113,12 @@ private:
         return {last, static_cast<Sample>(slope), static_cast<Sample>(residual & secondOrder)};
     }
 
-    // One token of any kind; the first `known` of `bits` are what the stream has next. Leaves it, with false, if that
-    // is what the plain decoder must see to.
+    // One token of any kind; the first `known` of `bits` are what the stream has next. False if the plain decoder must
+    // see to it: if it may not be whole in a window, or has more samples than the band.
     [[gnu::always_inline]] bool DecodeAnyToken(uint64_t bits, uint32_t known, Sample last) {
         Token token;
         const uint64_t room = static_cast<uint64_t>(dstEnd_ - dst_) / sizeof(Sample);
-        // Most tokens lie within what is known, and loading it again would take longer than all the rest.
+        // Most tokens lie within the known bits, and a load in any case would delay the token behind this one.
         if (!Parse(bits, token) || token.length > known) {
             if (!Parse(Window(), token)) {
                 return false;
@@ -152,7 +147,8 @@ private:
 
     // False for a token that might not be whole in the window, a run of 0 among them.
     [[gnu::always_inline]] static bool Parse(uint64_t bits, Token& token) {
-        constexpr uint32_t kMostZeros = (kWindowBits - 3 - 16) / 2;
+        constexpr uint32_t kOtherBits = 3 + 16;  // mode, first bit of the run, flag, the longest value
+        constexpr uint32_t kMostZeros = (kWindowBits - kOtherBits) / 2;
         const uint64_t runBits = bits << 1;
         if (runBits >> (63 - kMostZeros) == 0) {
             return false;
@@ -181,8 +177,8 @@ private:
     uint64_t windowEnd_;  // of the positions at which there is a window
     uint8_t* dst_;
     uint8_t* dstEnd_;
-    uint8_t* roomEnd_;     // of the places from which a few runs can be stored with all their lanes
-    uint32_t difference_;  // of the last two samples; what stands above their width means nothing
+    uint8_t* roomEnd_;     // of the places from which DecodeSome can store its runs with all their lanes
+    uint32_t difference_;  // of the last two samples; the bits above their width mean nothing
 };
 
 template <class Sample>

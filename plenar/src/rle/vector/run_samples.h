@@ -17,11 +17,8 @@ template <class Sample>
 using RunVector = typename VectorType<Sample, kRunLanes * sizeof(Sample)>::Type;
 
 // What the samples of a run lie above the last one before it, for each unit of slope and of curve.
-struct RunSteps {
-    using Lanes = RunVector<uint16_t>;
-    static constexpr Lanes kLinear = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-    static constexpr Lanes kTriangular = {1, 3, 6, 10, 15, 21, 28, 36, 45, 55, 66, 78, 91, 105, 120, 136};
-};
+constexpr RunVector<uint16_t> kLinear = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+constexpr RunVector<uint16_t> kTriangular = {1, 3, 6, 10, 15, 21, 28, 36, 45, 55, 66, 78, 91, 105, 120, 136};
 
 // The same steps for bytes, multiplied by every slope and behind them by every curve: vectors have no product of bytes,
 // and a load takes less than the operations that would make up for one.
@@ -64,7 +61,7 @@ struct Run {
         if constexpr (sizeof(Sample) == 1) {
             lanes = MultiplesOf(slope) + MultiplesOf(kCurves + curve) + last;
         } else {
-            lanes = last + slope * RunSteps::kLinear + curve * RunSteps::kTriangular;
+            lanes = last + slope * kLinear + curve * kTriangular;
         }
     }
 

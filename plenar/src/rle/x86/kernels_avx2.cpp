@@ -1,5 +1,4 @@
 #include "rle/vector/vector_kernels.h"
-#include "rle/x86/target_kernels.h"
 
 namespace plenar {
 

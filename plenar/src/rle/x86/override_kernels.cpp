@@ -1,6 +1,10 @@
-#include "rle/x86/target_kernels.h"
+#include "rle/rle_kernels.h"
 
 namespace plenar {
+
+// Each in a source of its own, which is compiled for the target.
+void RleOverrideSsse3(RleKernels& kernels);
+void RleOverrideAvx2(RleKernels& kernels);
 
 void RleOverrideKernels(Target target, RleKernels& kernels) {
     switch (target) {
