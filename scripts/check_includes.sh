@@ -7,8 +7,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../plenar/src"
 # From the top down; modules on one line don't know one another.
 steps=("api" "frame" "container conversion rle" "format simd pool" "base")
 
-for room in */; do
-    [[ " ${steps[*]} " == *" ${room%/} "* ]] || { echo "check_includes.sh: unknown module ${room%/}"; exit 1; }
+for module in */; do
+    [[ " ${steps[*]} " == *" ${module%/} "* ]] || { echo "check_includes.sh: unknown module ${module%/}"; exit 1; }
 done
 
 failed=0

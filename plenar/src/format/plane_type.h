@@ -73,7 +73,7 @@ inline constexpr PlaneRow kPlaneRows[] = {
 
 inline constexpr size_t kMaxPlaneKinds = 1 + std::size(kPlaneRows) * std::size(kPlaneColumns);
 
-// All kinds, row by row. The first stands for codes that nobody knows.
+// All kinds, row by row. The first stands for unknown codes.
 inline constexpr auto kPlaneKinds = [] {
     FixedList<PlaneKind, kMaxPlaneKinds> kinds;
     kinds.push_back({});

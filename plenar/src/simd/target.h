@@ -1,4 +1,4 @@
-// Which instructions the kernels of all rooms use: one enumeration, detected when the library is loaded, and forced in
+// Which instructions the kernels of all modules use: one enumeration, detected when the library is loaded, and forced in
 // one place by tests and benchmarks.
 #pragma once
 

@@ -139,6 +139,11 @@ constexpr GatherTwo MakeGatherTwo(size_t index, size_t inputBytes, const Source&
     return Gathered(src, gather.lower) | Gathered(src, gather.upper);
 }
 
+// What the words of a vector are multiplied by.
+struct Factors {
+    uint16_t word[kLanes<uint16_t>];
+};
+
 // N tables, the one for vector i being make(i).
 template <class Table, size_t N>
 struct Tables {

@@ -22,10 +22,6 @@ struct UnpackTables {
     // Vectors that differ in their factors.
     static constexpr size_t kPeriod = Moved == Movement::ReverseTriples ? 3 : 1;
 
-    struct Factors {
-        uint16_t word[kLanes<uint16_t>];
-    };
-
     static constexpr Tables<Gather, kVectors> kTops{[](size_t index) {
         return MakeGather(index, kSamples, [](size_t i) { return i % 2 == 1 ? MovedSample(Moved, i / 2) : kNowhere; });
     }};

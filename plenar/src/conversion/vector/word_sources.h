@@ -128,9 +128,6 @@ struct PackedWords {
     }
 
 private:
-    struct Factors {
-        uint16_t word[kLanes<uint16_t>];
-    };
     static constexpr Tables<Gather, kVectors> kFields{[](size_t index) {
         return MakeGather(index, kCallerBytes,
                           [](size_t i) { return i / 2 / kPackedWordFields * 4 + i / 2 % kPackedWordFields + i % 2; });
