@@ -2,16 +2,15 @@
 #pragma once
 
 #include <array>
-#include <string>
+#include <tuple>
 
-#include "codec_fixture.h"
-#include "exact_buffer.h"
-#include "simd/target.h"
+#include "require.h"
+#include "testing/codecs.h"
+#include "testing/exact_buffer.h"
+#include "testing/sample_model.h"
+#include "testing/targets.h"
 
 namespace plenar_fuzz {
-
-using plenar_test::TestDecoder;
-using plenar_test::TestEncoder;
 
 // Where a record asks for more, buffers are smaller than it says, and must be refused.
 constexpr uint32_t kMostBytes = 1U << 19;
@@ -21,7 +20,7 @@ inline uint32_t RoomFor(uint32_t needed, bool isShort) {
 }
 
 inline std::pair<uint32_t, uint32_t> TakePair(FuzzInput& input) {
-    static const auto kPairs = plenar_test::AllPairs();
+    static const auto kPairs = AllPairs();
     const uint32_t choice = input.Number(static_cast<uint32_t>(kPairs.size()));
     const uint32_t type = choice / 18 % 10;
     return choice < kPairs.size() ? kPairs[choice] : std::pair(choice % 18, type == 9 ? 214 : type);
@@ -31,7 +30,7 @@ inline UncompressedParams TakePicture(FuzzInput& input) {
     const auto [order, type] = TakePair(input);
     const uint32_t width = input.Number(80);
     const uint32_t height = input.Number(20);
-    return plenar_test::MakeParams(order, type, width, height, 0, 0, input.Byte() % 3);
+    return MakeParams(order, type, width, height, 0, 0, input.Byte() % 3);
 }
 
 inline uint32_t TakeStride(FuzzInput& input, uint64_t tight) {
@@ -40,25 +39,25 @@ inline uint32_t TakeStride(FuzzInput& input, uint64_t tight) {
 }
 
 inline void TakeStrides(FuzzInput& input, UncompressedParams& params) {
-    params.rowBytes = TakeStride(input, plenar_test::TightRowBytes(params));
-    params.rowBytes2 = TakeStride(input, plenar_test::TightRowBytes2(params));
+    params.rowBytes = TakeStride(input, TightRowBytes(params));
+    params.rowBytes2 = TakeStride(input, TightRowBytes2(params));
 }
 
 inline CompressedParams TakeOptions(FuzzInput& input) {
     const uint8_t codesAlpha = input.Byte() % 2;
-    return plenar_test::MakeCompressed(codesAlpha, input.Byte());
+    return MakeCompressed(codesAlpha, input.Byte());
 }
 
 // The targets from the best one down, over and over.
-inline void UseTarget(uint32_t choice) {
+inline plenar::Target TargetOf(uint32_t choice) {
     const auto targets = plenar::RunnableTargets();
-    plenar::ForceTarget(targets[targets.size() - 1 - choice % targets.size()]);
+    return targets[targets.size() - 1 - choice % targets.size()];
 }
 
 // How a call is made that must give the same as any other way.
 struct Way {
     uint32_t codec = 0;
-    uint32_t target = 0;  // see UseTarget
+    uint32_t target = 0;  // see TargetOf
     uint32_t places = 0;  // of the source and of the target
     uint8_t fill = 0;     // of an encode's target, and of a decode's by choice
 };
@@ -87,12 +86,11 @@ Outcome CallOn(Codec& codec, const Way& way, const Bytes& source, const Bytes& b
     const ExactBuffer dst(before, way.places / 3);
     Outcome outcome;
     const uint32_t notWritten = outcome.written;
-    UseTarget(way.target);
-    outcome.message = codec.Outcome(call(src.data(), static_cast<uint32_t>(src.size()), dst.data(),
-                                         static_cast<uint32_t>(dst.size()), &outcome.written));
-    UseTarget(0);
+    const ForcedTarget forced(TargetOf(way.target));
+    outcome.message = codec.Outcome(call(src.data(), src.size(), dst.data(), dst.size(), &outcome.written));
     outcome.target = dst.Content();
-    Require(src.Content() == source, "a source stays as it is");
+    Require(src.Content() == source && src.IsIntact(), "a source stays as it is");
+    Require(dst.IsIntact(), "nothing is written beyond a target");
     Require(!outcome.message.starts_with("code "), "a failure has one message, told on its own thread");
     Require(outcome.message.empty() ? outcome.written <= before.size() : outcome.written == notWritten,
             "bytes written are told on success only");
@@ -117,7 +115,7 @@ inline Outcome Decode(TestDecoder& decoder, const Way& way, const UncompressedPa
 inline std::string ReadMetadata(TestDecoder& decoder, const Bytes& payload, uint32_t place,
                                 UncompressedParams& params) {
     const ExactBuffer src(payload, place);
-    return decoder.Outcome(Plenar_ReadMetadata(decoder.get(), src.data(), static_cast<uint32_t>(src.size()), &params));
+    return decoder.Outcome(Plenar_ReadMetadata(decoder.get(), src.data(), src.size(), &params));
 }
 
 }  // namespace plenar_fuzz

@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const Outcome b = Decode(CodecFor<TestDecoder>(second), second, params, payload, Bytes(room, second.fill));
     Require(a.message == b.message, "a failure follows from the payload alone");
     if (a.message.empty()) {
-        Require(a.written == needed && plenar_test::PictureSize(params) <= room, "a picture fits its buffer");
+        Require(a.written == needed && PictureSize(params) <= room, "a picture fits its buffer");
         RequireSamePicture(params, a, first, b, second);
     }
     return 0;

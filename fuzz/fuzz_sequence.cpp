@@ -10,8 +10,8 @@ public:
     explicit Sequence(uint32_t threads)
         : encoder_(threads),
           decoder_(threads),
-          params_(plenar_test::MakeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 13, 9)),
-          picture_(plenar_test::Noise(Plenar_GetUncompressedBufSize(&params_), 1)),
+          params_(MakeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 13, 9)),
+          picture_(Noise(Plenar_GetUncompressedBufSize(&params_), 1)),
           payload_(Good()) {}
 
     void Step(FuzzInput& input) {
@@ -34,7 +34,7 @@ public:
 
 private:
     Bytes Good() {
-        const CompressedParams options = plenar_test::MakeCompressed(1, 3);
+        const CompressedParams options = MakeCompressed(1, 3);
         Outcome good =
             Encode(encoder_, {}, params_, options, picture_, Plenar_GetCompressedBufSize(&params_, &options));
         Require(good.message.empty(), "a good frame is taken");
@@ -55,7 +55,7 @@ private:
         const CompressedParams options = TakeOptions(input);
         const uint32_t room = RoomFor(Plenar_GetCompressedBufSize(&other, &options), input.Byte() % 4 == 3);
         const uint32_t size = RoomFor(Plenar_GetUncompressedBufSize(&other), false);
-        Encode(encoder_, {}, other, options, plenar_test::Noise(size, 2), room);
+        Encode(encoder_, {}, other, options, Noise(size, 2), room);
     }
 
     void DecodeAnything(FuzzInput& input, const UncompressedParams& other) {
@@ -63,7 +63,7 @@ private:
         held.width %= 64;
         held.height %= 64;
         const uint32_t room = RoomFor(Plenar_GetUncompressedBufSize(&other), input.Byte() % 4 == 3);
-        Decode(decoder_, {}, other, plenar_test::PayloadOf(plenar_test::NoisePlanes(held, 3)), Bytes(room));
+        Decode(decoder_, {}, other, PayloadOf(NoisePlanes(held, 3)), Bytes(room));
     }
 
     // Each bit takes one pointer away, and the highest makes a record's size wrong.

@@ -293,7 +293,7 @@ TEST(EmptyFrames, PassForAnyWidthAndWorkerCount) {
             for (const uint32_t width : {0U, 6U, kMax - 1}) {
                 const UncompressedParams params = MakeParams(order, type, width, 0);
                 const Bytes expected = PayloadOf(NoisePlanes(params, 0));
-                SCOPED_TRACE(::testing::Message() << "order " << order << " type " << type << " width " << width);
+                SCOPED_TRACE(::testing::Message() << PairName({order, type}) << " width " << width);
                 const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, {});
                 EXPECT_EQ(payload.message, "");
                 EXPECT_EQ(Difference(payload.bytes, expected), "");

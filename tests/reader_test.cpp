@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "codec_fixture.h"
-#include "fault_injection.h"
+#include "testing/allocations.h"
 
 namespace plenar_test {
 namespace {
@@ -304,7 +304,7 @@ TEST(Reader, BelievesNoStatedNumber) {
         addWith(0, size, size);
     }
     TestDecoder& decoder = WithWorkers<TestDecoder>(1);
-    largestBlock = 0;
+    const AllocationWatch watch;
     for (const Bytes& payload : payloads) {
         SCOPED_TRACE(&payload - &payloads[0]);
         UncompressedParams read = MakeParams(0, 0, 0, 0);
@@ -316,7 +316,7 @@ TEST(Reader, BelievesNoStatedNumber) {
             EXPECT_EQ(Difference(frame.bytes, picture), "");
         }
     }
-    EXPECT_LT(largestBlock, 4096U);
+    EXPECT_LT(watch.LargestBlock(), 4096U);
     EXPECT_EQ(Decode(decoder, params, whole, Bytes(256)).bytes, picture);
 }
 
@@ -329,14 +329,14 @@ TEST(Reader, ReportsPlanesBeyondAllMemoryAndDecodesNone) {
                             {" y2f", kHalf / 2, kHalf},
                             {"rl08", kMax, kMax, 0, Bytes(23)},
                             {"rl16", kHalf, 2, 0, Bytes(23)}};
-    largestBlock = 0;
+    const AllocationWatch watch;
     for (const Plane& plane : planes) {
         UncompressedParams read = MakeParams(0, 0, 0, 0);
         EXPECT_EQ(ReadMetadata(decoder, PayloadOf({plane}), read).message, "");
         EXPECT_EQ((std::pair<uint32_t, uint32_t>{read.width, read.height}), (std::pair{plane.width, plane.height}));
         EXPECT_EQ(Decode(decoder, read, PayloadOf({plane}), Bytes(64)).message, "dst size is too small");
     }
-    EXPECT_LT(largestBlock, 4096U);
+    EXPECT_LT(watch.LargestBlock(), 4096U);
 }
 
 }  // namespace

@@ -94,12 +94,13 @@ TEST_P(ReferenceFrames, HaveTheirChecksums) {
     const std::vector<ReferenceFrame> all = Frames();
     ASSERT_EQ(all.size(), 312U);
     for (const ReferenceFrame& f : all) {
-        SCOPED_TRACE(f.number);
+        SCOPED_TRACE("frame " + std::to_string(f.number) + ", " + PairName({f.order, f.type}));
         Check(f, GetParam());
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Workers, ReferenceFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()));
+INSTANTIATE_TEST_SUITE_P(With, ReferenceFrames, ::testing::Range(size_t{0}, kWorkerCounts.size()),
+                         [](const auto& test) { return std::to_string(kWorkerCounts.at(test.param)) + "Workers"; });
 
 }  // namespace
 }  // namespace plenar_test

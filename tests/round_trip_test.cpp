@@ -22,7 +22,7 @@ void CheckDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t w
             continue;
         }
         for (const uint32_t padding : {0U, 1 + seed % 4}) {
-            SCOPED_TRACE(::testing::Message() << "into order " << order << " type " << type << " padding " << padding);
+            SCOPED_TRACE(::testing::Message() << "into " << PairName({order, type}) << " padding " << padding);
             UncompressedParams params = Shaped(order, type, width, height, padding);
             params.frameLayout = seed;
             const Bytes before = Noise(PictureSize(params), ++seed);
@@ -57,10 +57,6 @@ void CheckRoundTrip(UncompressedParams params, uint32_t seed) {
 }
 
 class EveryPair : public ::testing::TestWithParam<std::pair<uint32_t, uint32_t>> {};
-
-std::string PairName(const ::testing::TestParamInfo<std::pair<uint32_t, uint32_t>>& info) {
-    return "order" + std::to_string(info.param.first) + "type" + std::to_string(info.param.second);
-}
 
 // Rows of 0 to 40 pixels and some longer have all the tails that blocks of 16, 32 and 64 bytes can leave.
 TEST_P(EveryPair, EncodesAndDecodesAsTheModelDoes) {
@@ -106,12 +102,13 @@ TEST_P(EveryPair, IsRefusedByEveryOtherRequestWithTheRightMessage) {
         for (const uint32_t wantedType : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 214U}) {
             EXPECT_EQ(Decode(decoder, MakeParams(wantedOrder, wantedType, 4, 2), PayloadOf(planes), Bytes(256)).message,
                       DecodeRefusal(planes, wantedOrder, wantedType))
-                << "order " << wantedOrder << " type " << wantedType;
+                << "as " << PairName({wantedOrder, wantedType});
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()), PairName);
+INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()),
+                         [](const auto& test) { return PairName(test.param); });
 
 TEST(Formats, AreOneHundredAndSix) {
     EXPECT_EQ(AllPairs().size(), 106U);

@@ -9,13 +9,14 @@
 #include <utility>
 #include <vector>
 
-#include "payload_builder.h"
+#include "testing/payload_builder.h"
 
 namespace plenar_test {
 
 UncompressedParams MakeParams(uint32_t order, uint32_t type, uint32_t width, uint32_t height, uint32_t rowBytes = 0,
                               uint32_t rowBytes2 = 0, uint32_t frameLayout = 0);
 CompressedParams MakeCompressed(uint8_t alphaRle = 0, uint8_t alphaBandLimit = 0);
+Bytes RecordBytes(const UncompressedParams& params);
 
 // Whether two pixels share chroma samples, in one row or in two.
 bool Is422(uint32_t order);
@@ -48,8 +49,5 @@ void DecodeInto(const UncompressedParams& params, const std::vector<Plane>& plan
 
 // The message that refuses to decode planes of the right width and height into this order and type, "" for none.
 std::string DecodeRefusal(const std::vector<Plane>& planes, uint32_t order, uint32_t type);
-
-// Bytes without a pattern, the same for the same seed.
-Bytes Noise(size_t size, uint32_t seed);
 
 }  // namespace plenar_test

@@ -1,4 +1,4 @@
-#include "sample_model.h"
+#include "testing/sample_model.h"
 
 #include <algorithm>
 #include <array>
@@ -227,6 +227,11 @@ CompressedParams MakeCompressed(uint8_t alphaRle, uint8_t alphaBandLimit) {
     return {sizeof(CompressedParams), alphaRle, alphaBandLimit};
 }
 
+Bytes RecordBytes(const UncompressedParams& params) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(&params);
+    return {bytes, bytes + sizeof(params)};
+}
+
 bool Is422(uint32_t order) {
     return ArrangementOf(order).family == "y2";
 }
@@ -356,16 +361,6 @@ std::string DecodeRefusal(const std::vector<Plane>& planes, uint32_t order, uint
         }
     }
     return HasAlpha(order) && !StoresAlpha(type) ? "Only 8 and 16 bit alpha is supported" : "";
-}
-
-Bytes Noise(size_t size, uint32_t seed) {
-    Bytes bytes(size);
-    uint32_t state = seed * 2654435761U + 1;
-    for (uint8_t& byte : bytes) {
-        state = state * 1664525 + 1013904223;
-        byte = static_cast<uint8_t>(state >> 24);
-    }
-    return bytes;
 }
 
 }  // namespace plenar_test

@@ -1,26 +1,12 @@
-// The bytes of a fuzz input, taken from the front. An input that has run out gives zeros, so that every input is one.
+// Bytes that decide something, taken from the front: a fuzz input, or noise. Where they have run out they are zeros, so
+// that every input is one.
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
-#include "sample_model.h"
+#include "testing/bytes.h"
 
-namespace plenar_fuzz {
-
-using plenar_test::Bytes;
-
-// What a target states to be always so: ends the process otherwise, as a finding.
-inline void Require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "not so: %s\n", what);
-        std::abort();
-    }
-}
+namespace plenar_test {
 
 class FuzzInput {
 public:
@@ -55,7 +41,7 @@ public:
     // What is left, over and over; noise if nothing is.
     Bytes Fill(size_t size) {
         const Bytes pattern = Rest();
-        Bytes bytes = plenar_test::Noise(size, 1);
+        Bytes bytes = Noise(size, 1);
         for (size_t i = 0; i < size && !pattern.empty(); ++i) {
             bytes[i] = pattern[i % pattern.size()];
         }
@@ -67,4 +53,4 @@ private:
     const uint8_t* end_;
 };
 
-}  // namespace plenar_fuzz
+}  // namespace plenar_test

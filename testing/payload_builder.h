@@ -1,23 +1,11 @@
 // Builds payloads by hand, box by box, right ones and wrong ones.
 #pragma once
 
-#include <cstdint>
-#include <initializer_list>
 #include <optional>
-#include <string>
-#include <vector>
+
+#include "testing/bytes.h"
 
 namespace plenar_test {
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes Join(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const Bytes& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
 
 inline Bytes LittleEndian(uint32_t value) {
     return {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value >> 16),
@@ -31,6 +19,12 @@ inline Bytes Letters(const std::string& code) {
 // A box with its true size, or with the one that is stated for it.
 inline Bytes Box(const std::string& kind, const Bytes& content, std::optional<uint32_t> size = {}) {
     return Join({LittleEndian(size.value_or(static_cast<uint32_t>(content.size()) + 8)), Letters(kind), content});
+}
+
+// Changes what the box at that place states as its size.
+inline void StateSize(Bytes& bytes, size_t place, size_t size) {
+    const Bytes stated = LittleEndian(static_cast<uint32_t>(size));
+    std::copy(stated.begin(), stated.end(), bytes.begin() + static_cast<ptrdiff_t>(place));
 }
 
 struct Plane {

@@ -1,0 +1,153 @@
+#include "testing/band_kernel_cases.h"
+
+#include <cstdio>
+
+#include "testing/exact_buffer.h"
+
+namespace plenar_test {
+namespace {
+
+using plenar::RleDecodeState;
+using plenar::RleDefect;
+using plenar::RleKernels;
+using plenar::RleParams;
+using plenar::RleRun;
+
+template <auto Kernel>
+void Take(RleKernels& to, const RleKernels& from) {
+    to.*Kernel = from.*Kernel;
+}
+
+// The kernels for a sample's width.
+template <class Sample>
+struct Coders {
+    explicit Coders(const RleKernels& kernels)
+        : encode(sizeof(Sample) == 1 ? kernels.encode_band8 : kernels.encode_band16),
+          decode(sizeof(Sample) == 1 ? kernels.decode_tokens8 : kernels.decode_tokens16),
+          decodeTwo(sizeof(Sample) == 1 ? kernels.decode_tokens_of_two8 : kernels.decode_tokens_of_two16),
+          writeRun(sizeof(Sample) == 1 ? kernels.write_run8 : kernels.write_run16) {}
+
+    decltype(RleKernels::encode_band8) encode;
+    decltype(RleKernels::decode_tokens8) decode;
+    decltype(RleKernels::decode_tokens_of_two8) decodeTwo;
+    decltype(RleKernels::write_run8) writeRun;
+};
+
+// A band on its way from a stream to samples, in memory of just their size.
+template <class Sample>
+class Decoding {
+public:
+    Decoding(const Coders<Sample>& coders, const Band& band, uint32_t place)
+        : coders_(coders),
+          stream_(band.stream, place),
+          target_(Bytes(uint64_t{band.width} * band.height * sizeof(Sample), 0xCD), place),
+          state_(plenar::RleStartBand<Sample>(stream_.data(), stream_.size(), target_.data(),
+                                              uint64_t{band.width} * band.height)) {}
+
+    RleDecodeState& State() { return state_; }
+
+    // A token that the fast decoders leave. False for the band's end and for a defect.
+    bool Step() {
+        RleRun run = {};
+        if (state_.remaining == 0 || defect_ != RleDefect::None) {
+            return false;
+        }
+        defect_ = plenar::RleReadTokenPlain<Sample>(state_, run);
+        if (defect_ == RleDefect::None) {
+            coders_.writeRun(state_, run);
+        }
+        return defect_ == RleDefect::None;
+    }
+
+    void Finish() {
+        do {
+            if (defect_ == RleDefect::None) {
+                coders_.decode(state_);
+            }
+        } while (Step());
+    }
+
+    // What was decoded and how that ended. Behind the samples anything may stand in the target.
+    Bytes Result() const {
+        const auto last = static_cast<Sample>(state_.prev1);
+        const auto change = static_cast<Sample>(state_.prev1 - state_.prev2);
+        const uint64_t numbers[] = {
+            static_cast<uint64_t>(defect_), state_.position, state_.remaining, last, change, target_.IsIntact()};
+        const auto* bytes = reinterpret_cast<const uint8_t*>(numbers);
+        return Join({Bytes(target_.data(), state_.dst), Bytes(bytes, bytes + sizeof numbers)});
+    }
+
+private:
+    Coders<Sample> coders_;
+    ExactBuffer stream_;
+    ExactBuffer target_;
+    RleDecodeState state_;
+    RleDefect defect_ = RleDefect::None;
+};
+
+template <class Sample>
+Bytes Encoded(const Coders<Sample>& coders, const Band& band, uint32_t place) {
+    const uint32_t tight = band.width * sizeof(Sample);
+    const uint32_t stride = tight + band.padding;
+    const RleParams params = {band.width, band.height, 8 * sizeof(Sample), 1, stride};
+    Bytes rows(plenar::RlePlainExtent(params), 0x5A);
+    for (uint32_t row = 0; row < band.height; ++row) {
+        std::copy_n(band.plain.begin() + row * tight, tight, rows.begin() + row * stride);
+    }
+    const ExactBuffer src(rows, place);
+    const ExactBuffer dst(Bytes(plenar::RleMaxStreamSize(params, uint64_t{band.width} * band.height)), place);
+    const uint64_t size = coders.encode(params, src.data(), dst.data());
+    return dst.IsIntact() && size <= dst.size() ? Bytes(dst.data(), dst.data() + size) : Bytes();
+}
+
+template <class Sample>
+Bytes Run(const RleKernels& kernels, const Band& band, const Band& other, uint32_t place) {
+    const Coders<Sample> coders(kernels);
+    Decoding<Sample> alone(coders, band, place);
+    alone.Finish();
+    Decoding<Sample> first(coders, band, place);
+    Decoding<Sample> second(coders, other, place);
+    for (bool goesOn = true; goesOn;) {
+        goesOn = (&coders.decodeTwo(first.State(), second.State()) == &first.State() ? first : second).Step();
+    }
+    first.Finish();
+    second.Finish();
+    return Join({Encoded(coders, band, place), alone.Result(), first.Result(), second.Result()});
+}
+
+}  // namespace
+
+const std::vector<BandKernelCase>& BandKernelCases() {
+    static const std::vector<BandKernelCase> kCases = {
+        {"encode_band8", 8, Take<&RleKernels::encode_band8>},
+        {"encode_band16", 16, Take<&RleKernels::encode_band16>},
+        {"decode_tokens8", 8, Take<&RleKernels::decode_tokens8>},
+        {"decode_tokens16", 16, Take<&RleKernels::decode_tokens16>},
+        {"decode_tokens_of_two8", 8, Take<&RleKernels::decode_tokens_of_two8>},
+        {"decode_tokens_of_two16", 16, Take<&RleKernels::decode_tokens_of_two16>},
+        {"write_run8", 8, Take<&RleKernels::write_run8>},
+        {"write_run16", 16, Take<&RleKernels::write_run16>},
+    };
+    return kCases;
+}
+
+std::string BandKernelFailure(const BandKernelCase& kernelCase, const Band& band, const Band& other, uint32_t place) {
+    const auto run = kernelCase.depth == 8 ? Run<uint8_t> : Run<uint16_t>;
+    const RleKernels& plain = plenar::RleKernelsFor(plenar::Target::Plain);
+    const Bytes expected = run(plain, band, other, place);
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        static char what[128];
+        std::snprintf(what, sizeof what, "%s of %s, %u x %u samples, place %u: ", kernelCase.kernel, NameOf(target),
+                      band.width, band.height, place);
+        NoteForFaults(what);
+        RleKernels kernels = plain;
+        kernelCase.take(kernels, plenar::RleKernelsFor(target));
+        const Bytes result = run(kernels, band, other, place);
+        if (result != expected) {
+            return what + Difference(result, expected);
+        }
+    }
+    return "";
+}
+
+}  // namespace plenar_test
