@@ -79,7 +79,7 @@ const char* NameOf(Direction direction) {
 }
 
 std::string Format::Name() const {
-    return std::string(plenar_test::OrderName(order)) + "-" + plenar_test::TypeName(type);
+    return plenar_test::OrderName(order) + "-" + plenar_test::TypeName(type);
 }
 
 UncompressedParams Frame::Picture(Direction direction) const {

@@ -3,14 +3,17 @@
 // fast kernels meet their plain twins.
 #include <optional>
 
-#include "require.h"
 #include "testing/coded_planes.h"
 #include "testing/message_of.h"
 #include "testing/plane_bits.h"
+#include "testing/require.h"
 #include "testing/targets.h"
 #include "testing/token_stream.h"
 
 namespace plenar_fuzz {
+
+using namespace plenar_test;
+
 namespace {
 
 using plenar::RleParams;
@@ -87,7 +90,7 @@ Bytes SameOnEachTarget(const char* what, const Make& make) {
     std::optional<Bytes> made;
     OnEachTarget([&](const char* target) {
         const Bytes other = make();
-        Require(!made || *made == other, (std::string(what) + ", also those of " + target).c_str());
+        Require(!made || *made == other, std::string(what) + ", also those of " + target);
         made = other;
     });
     return *made;

@@ -1,5 +1,5 @@
 // Arbitrary payloads, of which no more is read than their boxes' heads.
-#include "frame_calls.h"
+#include "ways.h"
 
 namespace plenar_fuzz {
 namespace {
@@ -7,7 +7,7 @@ namespace {
 UncompressedParams Read(const Bytes& payload, uint32_t place) {
     const UncompressedParams before = MakeParams(77, 78, 79, 80, 81, 82, 83);
     UncompressedParams read = before;
-    const std::string message = ReadMetadata(CodecFor<TestDecoder>({}), payload, place, read);
+    const std::string message = ReadMetadata(CodecFor<TestDecoder>({}), payload, read, place);
     Require(message.empty() != (RecordBytes(read) == RecordBytes(before)), "success alone changes the record");
     return read;
 }

@@ -1,7 +1,7 @@
 // Arbitrary pictures and records: encodes in two ways, compares the payload with the plain model's, and decodes it into
 // any order and type that the input asks for. Likewise decodes planes that no encoder writes, as their width is odd or
 // bits are set that are always clear.
-#include "frame_calls.h"
+#include "ways.h"
 
 namespace plenar_fuzz {
 namespace {
@@ -39,7 +39,7 @@ void RequireDecodes(const UncompressedParams& request, const Way& way, const std
                     const Bytes& payload) {
     const uint32_t room = RoomFor(Plenar_GetUncompressedBufSize(&request), false);
     Bytes expected = Noise(room, request.width);
-    const Outcome decoded = Decode(CodecFor<TestDecoder>(way), way, request, payload, expected);
+    const Frame decoded = Decode(way, request, payload, expected);
     const bool fits = Fits(request, room);
     const std::string refusal = request.frameLayout > 1
                                     ? "Undefined value of frame layout: 2"
@@ -47,7 +47,7 @@ void RequireDecodes(const UncompressedParams& request, const Way& way, const std
     Require(fits ? decoded.message == refusal : !decoded.message.empty(), "what the model refuses is refused");
     if (decoded.message.empty()) {
         DecodeInto(request, planes, PayloadOf(planes), expected);
-        Require(decoded.target == expected, "a picture is as the model has it");
+        Require(decoded.bytes == expected, "a picture is as the model has it");
     }
 }
 
@@ -83,19 +83,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         RequireDecodes(narrow, decodingWay, planes, PayloadOf(planes));
     }
 
-    const Outcome a = Encode(CodecFor<TestEncoder>(first), first, params, options, picture, room);
-    const Outcome b = Encode(CodecFor<TestEncoder>(second), second, params, options, picture, room);
+    const Frame a = Encode(first, params, options, picture, room);
+    const Frame b = Encode(second, params, options, picture, room);
     Require(a.message == b.message, "a failure follows from the record alone");
     const bool isSound = isSupported && IsEncodable(params, codesAlpha, picture.size()) && room >= needed;
     Require(!isModelled || a.message.empty() == isSound, "just what is sound is encoded");
     if (!a.message.empty() || !isModelled) {
         return 0;
     }
-    const Bytes payload(a.target.begin(), a.target.begin() + a.written);
-    Require(a.written == b.written && std::equal(payload.begin(), payload.end(), b.target.begin()),
-            "a payload follows from the picture alone");
+    Require(a.bytes == b.bytes, "a payload follows from the picture alone");
     const std::vector<Plane> planes = EncodedPlanes(params, picture);
-    Require(codesAlpha || payload == PayloadOf(planes), "a payload is as the model has it");
-    RequireDecodes(request, decodingWay, planes, payload);
+    Require(codesAlpha || a.bytes == PayloadOf(planes), "a payload is as the model has it");
+    RequireDecodes(request, decodingWay, planes, a.bytes);
     return 0;
 }

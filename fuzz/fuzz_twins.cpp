@@ -1,11 +1,18 @@
 // Any kernel against its plain twin, at any length and place, on any content.
-#include "require.h"
 #include "testing/band_kernel_cases.h"
+#include "testing/require.h"
 #include "testing/row_kernel_cases.h"
 #include "testing/token_stream.h"
 
 namespace plenar_fuzz {
+
+using namespace plenar_test;
+
 namespace {
+
+void RequireNone(const std::string& failure) {
+    Require(failure.empty(), failure);
+}
 
 void CompareRows(FuzzInput& input) {
     const auto& cases = RowKernelCases();

@@ -167,14 +167,9 @@ def twins_seeds(rng):
         yield bytes([0, i, i, 4 + i]) + shape + rng.randbytes(i) + shape[::-1] + rng.randbytes(8 * i)
 
 
-def sequence_seeds(rng):
-    for i in range(12):
-        yield bytes([0xE2 if i < 2 else 0]) + rng.randbytes(30 * i + 30)
-
-
 def main():
     directory = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else "fuzz/corpus")
-    for make in (decode_seeds, metadata_seeds, round_trip_seeds, coded_planes_seeds, twins_seeds, sequence_seeds):
+    for make in (decode_seeds, metadata_seeds, round_trip_seeds, coded_planes_seeds, twins_seeds):
         target = directory / make.__name__.removesuffix("_seeds")
         target.mkdir(parents=True, exist_ok=True)
         for i, seed in enumerate(make(random.Random(target.name))):

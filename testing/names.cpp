@@ -2,39 +2,36 @@
 
 #include <plenar_sdk.h>
 
-#include <iterator>
+#include <sstream>
 
 namespace plenar_test {
+namespace {
 
-const char* OrderName(uint32_t order) {
-    static constexpr const char* kNames[] = {"NoOrder",
-                                             "YCbYCr",
-                                             "CbYCrY",
-                                             "ARGB",
-                                             "BGRA",
-                                             "RGB",
-                                             "BGR",
-                                             "RGBA",
-                                             "ABGR",
-                                             "CbYCr",
-                                             "YCbCr420Planar",
-                                             "CbYACrYA",
-                                             "YCbCrA",
-                                             "YCbCrA420Planar",
-                                             "AlphaOnly",
-                                             "YCbYCrPlusAlpha",
-                                             "CbYCrYPlusAlpha"};
-    return order < std::size(kNames) ? kNames[order] : "UnknownOrder";
+std::string WordAt(uint32_t place, const std::string& words) {
+    std::istringstream rest(words);
+    std::string word;
+    for (uint32_t i = 0; i <= place && rest; ++i) {
+        word = "Unknown";
+        rest >> word;
+    }
+    return word;
 }
 
-const char* TypeName(uint32_t type) {
-    static constexpr const char* kNames[] = {"NoType", "Uint8",    "Uint16", "Uint10",
-                                             "Uint12", "Packed10", "Half16", "Float32"};
-    return type < std::size(kNames) ? kNames[type] : type == PLENAR_TYPE_FIXED2P14 ? "Fixed2p14" : "UnknownType";
+}  // namespace
+
+std::string OrderName(uint32_t order) {
+    return WordAt(order,
+                  "NoOrder YCbYCr CbYCrY ARGB BGRA RGB BGR RGBA ABGR CbYCr YCbCr420Planar CbYACrYA YCbCrA "
+                  "YCbCrA420Planar AlphaOnly YCbYCrPlusAlpha CbYCrYPlusAlpha");
+}
+
+std::string TypeName(uint32_t type) {
+    return type == PLENAR_TYPE_FIXED2P14 ? "Fixed2p14"
+                                         : WordAt(type, "NoType Uint8 Uint16 Uint10 Uint12 Packed10 Half16 Float32");
 }
 
 std::string PairName(const std::pair<uint32_t, uint32_t>& orderAndType) {
-    return std::string(OrderName(orderAndType.first)) + "_" + TypeName(orderAndType.second);
+    return OrderName(orderAndType.first) + "_" + TypeName(orderAndType.second);
 }
 
 }  // namespace plenar_test

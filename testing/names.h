@@ -9,8 +9,8 @@ namespace plenar_test {
 
 inline constexpr uint32_t kOrderCount = 16;
 
-const char* OrderName(uint32_t order);
-const char* TypeName(uint32_t type);
+std::string OrderName(uint32_t order);
+std::string TypeName(uint32_t type);
 
 // "RGBA_Uint16", which may stand in the name of a test.
 std::string PairName(const std::pair<uint32_t, uint32_t>& orderAndType);

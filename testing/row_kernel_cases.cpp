@@ -37,7 +37,7 @@ void AddExchange(const char* name, size_t group, Cases& cases) {
     }
 }
 
-void AddAlpha(const char* name, const Order& order, Cases& cases) {
+void AddAlpha(const std::string& name, const Order& order, Cases& cases) {
     for (const size_t size : kSampleSizes) {
         const size_t sample = 8 * size;
         const size_t pixel = sample * order.samples;
@@ -63,8 +63,8 @@ size_t SamplesMovedTogether(const Order& order) {
 }
 
 template <auto Pack, auto Unpack>
-void AddPacking(const char* packName, const char* unpackName, size_t lowBits, const char* name, const Order& order,
-                Cases& cases) {
+void AddPacking(const char* packName, const char* unpackName, size_t lowBits, const std::string& name,
+                const Order& order, Cases& cases) {
     const size_t unit = SamplesMovedTogether(order);
     const size_t words = 16 * (order.movement == Movement::SplitAlpha ? order.samples : unit);
     const size_t high = 8 * unit;
@@ -81,7 +81,7 @@ void AddPacking(const char* packName, const char* unpackName, size_t lowBits, co
     }
 }
 
-void AddFixedToFloat(const char* name, const Order& order, Cases& cases) {
+void AddFixedToFloat(const std::string& name, const Order& order, Cases& cases) {
     const size_t unit = SamplesMovedTogether(order);
     const auto run = [&order, unit](const RowKernels& kernels, const RowParts& row, size_t units) {
         kernels.fixedRowToFloat(order, row.src[0], unit * units, row.dst[0]);
@@ -109,7 +109,7 @@ Cases MakeCases() {
     AddPackedGroups(cases);
     for (uint32_t number = 1; number <= kOrderCount; ++number) {
         const Order& order = FindOrder(number);
-        const char* name = OrderName(number);
+        const std::string name = OrderName(number);
         AddPacking<&RowKernels::packRow10, &RowKernels::unpackRow10>("packRow10", "unpackRow10", 2, name, order, cases);
         AddPacking<&RowKernels::packRow12, &RowKernels::unpackRow12>("packRow12", "unpackRow12", 4, name, order, cases);
         if (order.alpha == AlphaPlace::Interleaved) {

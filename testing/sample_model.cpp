@@ -4,6 +4,8 @@
 #include <array>
 #include <bit>
 
+#include "testing/names.h"
+
 namespace plenar_test {
 namespace {
 
@@ -230,6 +232,12 @@ CompressedParams MakeCompressed(uint8_t alphaRle, uint8_t alphaBandLimit) {
 Bytes RecordBytes(const UncompressedParams& params) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(&params);
     return {bytes, bytes + sizeof(params)};
+}
+
+std::string Describe(const UncompressedParams& params) {
+    const auto text = [](uint32_t number) { return std::to_string(number); };
+    return PairName({params.colorComponentOrder, params.componentType}) + ", " + text(params.width) + " x " +
+           text(params.height) + ", rowBytes " + text(params.rowBytes) + ", " + text(params.rowBytes2);
 }
 
 bool Is422(uint32_t order) {

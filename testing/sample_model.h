@@ -17,6 +17,8 @@ UncompressedParams MakeParams(uint32_t order, uint32_t type, uint32_t width, uin
                               uint32_t rowBytes2 = 0, uint32_t frameLayout = 0);
 CompressedParams MakeCompressed(uint8_t alphaRle = 0, uint8_t alphaBandLimit = 0);
 Bytes RecordBytes(const UncompressedParams& params);
+// "RGBA_Uint16, 4 x 2, rowBytes 64, 0"
+std::string Describe(const UncompressedParams& params);
 
 // Whether two pixels share chroma samples, in one row or in two.
 bool Is422(uint32_t order);

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <system_error>
 
-#include "codec_fixture.h"
 #include "testing/allocations.h"
+#include "worker_counts.h"
 
 namespace plenar_test {
 namespace {

@@ -2,12 +2,15 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <map>
 
-#include "codec_fixture.h"
 #include "testing/allocations.h"
+#include "worker_counts.h"
 
 namespace plenar_test {
 namespace {
+
+using namespace plenar;  // orders and types
 
 constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
 constexpr uint32_t kHalf = 0x80000000;
@@ -32,13 +35,13 @@ Plane SomePlane(const std::string& code, uint32_t width = 4, uint32_t height = 2
 
 // Both readers refuse the payload with these words, and the object reads a good one after it.
 void ExpectRefused(TestDecoder& decoder, const Bytes& payload, const std::string& message) {
-    const UncompressedParams wanted = MakeParams(plenar::CbYCrY, plenar::Uint8, 4, 2);
+    const UncompressedParams wanted = MakeParams(CbYCrY, Uint8, 4, 2);
     const Bytes good = PayloadOf(NoisePlanes(wanted, 3));
     UncompressedParams read = MakeParams(9, 9, 9, 9, 9, 9, 9);
-    EXPECT_EQ(ReadMetadata(decoder, payload, read).message, message);
+    EXPECT_EQ(ReadMetadata(decoder, payload, read), message);
     EXPECT_EQ(RecordBytes(read), RecordBytes(MakeParams(9, 9, 9, 9, 9, 9, 9)));
     EXPECT_EQ(Decode(decoder, wanted, payload, Bytes(64)).message, message);
-    EXPECT_EQ(ReadMetadata(decoder, good, read).message, "");
+    EXPECT_EQ(ReadMetadata(decoder, good, read), "");
     EXPECT_EQ(Decode(decoder, wanted, good, Bytes(16)).message, "");
 }
 
@@ -51,12 +54,11 @@ TEST(Reader, RefusesWithTheExactMessage) {
     const Bytes twelve(fields.begin(), fields.begin() + 12);
     Plane shortData = y208;
     shortData.data.pop_back();
-    struct Case {
-        std::string name;
+    const struct {
+        const char* name;
         Bytes payload;
         std::string message;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"nothing", {}, "buffer size should be at least 8"},
         {"another box first", pair, "'pack' box expected at offset 4"},
         {"pack beyond the buffer", Box("pack", pair, 54), "pack box size(54) is greater than buffer size(53)"},
@@ -125,9 +127,9 @@ TEST(Reader, RefusesWithTheExactMessage) {
          kAlphaSize},
     };
     TestDecoder decoder(2);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        ExpectRefused(decoder, c.payload, c.message);
+    for (const auto& [name, payload, message] : cases) {
+        SCOPED_TRACE(name);
+        ExpectRefused(decoder, payload, message);
     }
 }
 
@@ -138,28 +140,28 @@ TEST(Reader, TakesAlphaOfThePicturesOwnDepthAlone) {
         if (HasAlpha(order)) {
             continue;
         }
-        const bool integer = type != plenar::Half16 && type != plenar::Float32 && type != plenar::Fixed2p14;
+        const bool integer = type != Half16 && type != Float32 && type != Fixed2p14;
         for (const std::string code : {" a08", " a16", "rl08", "rl16"}) {
             std::vector<Plane> planes = NoisePlanes(MakeParams(order, type, 4, 2), 1);
             planes.push_back(SomePlane(code));
             UncompressedParams read = MakeParams(0, 0, 0, 0);
             const bool sameDepth = TypeBits(type) == (code[3] == '8' ? 8 : 16);
-            EXPECT_EQ(ReadMetadata(decoder, PayloadOf(planes), read).message, !integer    ? kBadSet
-                                                                              : sameDepth ? ""
-                                                                                          : kDepths)
+            EXPECT_EQ(ReadMetadata(decoder, PayloadOf(planes), read), !integer    ? kBadSet
+                                                                      : sameDepth ? ""
+                                                                                  : kDepths)
                 << planes[0].code << " with " << code;
         }
     }
     for (const std::string code : {"rl08", "rl16"}) {
         UncompressedParams read = MakeParams(0, 0, 0, 0);
-        EXPECT_EQ(ReadMetadata(decoder, PayloadOf({SomePlane(code)}), read).message, "");
-        EXPECT_EQ(RecordBytes(read), RecordBytes(MakeParams(plenar::AlphaOnly, code == "rl08" ? 1 : 2, 4, 2)));
+        EXPECT_EQ(ReadMetadata(decoder, PayloadOf({SomePlane(code)}), read), "");
+        EXPECT_EQ(RecordBytes(read), RecordBytes(MakeParams(AlphaOnly, code == "rl08" ? 1 : 2, 4, 2)));
     }
 }
 
 class TolerantReader : public ::testing::Test {
 protected:
-    UncompressedParams params_ = MakeParams(plenar::YCbCrA420Planar, plenar::Uint8, 6, 4);
+    UncompressedParams params_ = MakeParams(YCbCrA420Planar, Uint8, 6, 4);
     std::vector<Plane> planes_ = NoisePlanes(params_, 11);
     TestDecoder decoder_{3};
 
@@ -168,7 +170,7 @@ protected:
         Bytes expected(PictureSize(params));
         DecodeInto(params, planes, PayloadOf(planes), expected);
         UncompressedParams read = MakeParams(0, 0, 0, 0);
-        EXPECT_EQ(ReadMetadata(decoder_, payload, read).message, "");
+        EXPECT_EQ(ReadMetadata(decoder_, payload, read), "");
         EXPECT_EQ(RecordBytes(read), RecordBytes(params));
         const Frame picture = Decode(decoder_, params, payload, Bytes(expected.size()));
         EXPECT_EQ(picture.message, "");
@@ -191,14 +193,14 @@ TEST_F(TolerantReader, TakesTheAlternativeSpellings) {
         std::vector<std::string> codes;
     };
     const Spelling spellings[] = {
-        {plenar::CbYCrY, plenar::Half16, {"  h2"}},
-        {plenar::CbYCrY, plenar::Float32, {"  f2"}},
-        {plenar::CbYCr, plenar::Half16, {"  h4"}},
-        {plenar::CbYCr, plenar::Float32, {"  f4"}},
-        {plenar::RGB, plenar::Half16, {"rg h"}},
-        {plenar::RGB, plenar::Float32, {"rg f"}},
-        {plenar::YCbCr420Planar, plenar::Half16, {"  yh", "cb h", "cr h"}},
-        {plenar::YCbCr420Planar, plenar::Float32, {"  yf", "cb f", "cr f"}},
+        {CbYCrY, Half16, {"  h2"}},
+        {CbYCrY, Float32, {"  f2"}},
+        {CbYCr, Half16, {"  h4"}},
+        {CbYCr, Float32, {"  f4"}},
+        {RGB, Half16, {"rg h"}},
+        {RGB, Float32, {"rg f"}},
+        {YCbCr420Planar, Half16, {"  yh", "cb h", "cr h"}},
+        {YCbCr420Planar, Float32, {"  yf", "cb f", "cr f"}},
     };
     for (const Spelling& spelling : spellings) {
         const UncompressedParams params = MakeParams(spelling.order, spelling.type, 6, 4);
@@ -223,11 +225,7 @@ TEST_F(TolerantReader, TakesBoxesThatNoEncoderWrites) {
     Plane longer = planes_[1];
     longer.data.resize(longer.data.size() + 5, 0xEE);
     const Bytes whole = PayloadOf(planes_);
-    struct Case {
-        std::string name;
-        Bytes payload;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, Bytes> cases[] = {
         {"unknown boxes all around", Pack({junk, y, stopped, cb, junk, junk, cr, a, junk})},
         {"planes in a second pack are none", Pack({y, cb, cr, a, Box("pack", a)})},
         {"sdat without sinf", Pack({Sdat(planes_[2]), y, cb, cr, a})},
@@ -245,17 +243,17 @@ TEST_F(TolerantReader, TakesBoxesThatNoEncoderWrites) {
         {"last icmp below 8", Pack({y, cb, cr, Box("icmp", alphaPair, 0)})},
         {"bytes behind the payload", Join({whole, whole, {1, 2, 3}})},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        ExpectSame(c.payload);
+    for (const auto& [name, payload] : cases) {
+        SCOPED_TRACE(name);
+        ExpectSame(payload);
     }
 }
 
 TEST(CodedAlpha, GivesNothingButItsOwnBytes) {
     TestEncoder& encoder = WithWorkers<TestEncoder>(1);
     TestDecoder& decoder = WithWorkers<TestDecoder>(1);
-    const UncompressedParams rgba = MakeParams(plenar::RGBA, plenar::Uint8, 64, 8);
-    const UncompressedParams rgb = MakeParams(plenar::RGB, plenar::Uint8, 64, 8);
+    const UncompressedParams rgba = MakeParams(RGBA, Uint8, 64, 8);
+    const UncompressedParams rgb = MakeParams(RGB, Uint8, 64, 8);
     const Bytes picture = Noise(2048, 1);
     const Bytes whole = Encode(encoder, rgba, picture, MakeCompressed(1)).bytes;
     EXPECT_EQ(Decode(decoder, rgba, whole, Bytes(2048)).bytes, picture);
@@ -283,13 +281,14 @@ TEST(CodedAlpha, GivesNothingButItsOwnBytes) {
 // Whatever a payload states about what it doesn't hold, and wherever it is cut off: both readers say the same of it,
 // what still passes for the true frame is that, and nothing is as large as what was stated.
 TEST(Reader, BelievesNoStatedNumber) {
-    const UncompressedParams params = MakeParams(plenar::ARGB, plenar::Uint8, 16, 4);
+    const UncompressedParams params = MakeParams(ARGB, Uint8, 16, 4);
     const Bytes picture = Noise(256, 1);
     const Bytes whole = Encode(WithWorkers<TestEncoder>(0), params, picture, MakeCompressed(1)).bytes;
-    std::vector<Bytes> payloads;
+    std::map<std::string, Bytes> payloads;
     const auto addWith = [&](uint32_t field, uint32_t stated, size_t size) {
-        payloads.emplace_back(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
-        std::memcpy(payloads.back().data() + field, &stated, std::min<size_t>(size, 4));
+        const std::string name = std::to_string(stated) + " at " + std::to_string(field);
+        Bytes& payload = payloads[name] = Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
+        std::memcpy(payload.data() + field, &stated, std::min<size_t>(size, 4));
     };
     // The sizes of boxes, widths and heights of the first plane, then of the second.
     for (const uint32_t field : {0U, 8U, 16U, 24U, 28U, 37U, 237U, 245U, 253U, 257U, 266U}) {
@@ -305,10 +304,10 @@ TEST(Reader, BelievesNoStatedNumber) {
     }
     TestDecoder& decoder = WithWorkers<TestDecoder>(1);
     const AllocationWatch watch;
-    for (const Bytes& payload : payloads) {
-        SCOPED_TRACE(&payload - &payloads[0]);
+    for (const auto& [name, payload] : payloads) {
+        SCOPED_TRACE(name);
         UncompressedParams read = MakeParams(0, 0, 0, 0);
-        const std::string refusal = ReadMetadata(decoder, payload, read).message;
+        const std::string refusal = ReadMetadata(decoder, payload, read);
         const Frame frame = Decode(decoder, params, payload, Bytes(256));
         EXPECT_TRUE(refusal.empty() || frame.message == refusal) << refusal << " but " << frame.message;
         if (frame.message.empty()) {
@@ -332,7 +331,7 @@ TEST(Reader, ReportsPlanesBeyondAllMemoryAndDecodesNone) {
     const AllocationWatch watch;
     for (const Plane& plane : planes) {
         UncompressedParams read = MakeParams(0, 0, 0, 0);
-        EXPECT_EQ(ReadMetadata(decoder, PayloadOf({plane}), read).message, "");
+        EXPECT_EQ(ReadMetadata(decoder, PayloadOf({plane}), read), "");
         EXPECT_EQ((std::pair<uint32_t, uint32_t>{read.width, read.height}), (std::pair{plane.width, plane.height}));
         EXPECT_EQ(Decode(decoder, read, PayloadOf({plane}), Bytes(64)).message, "dst size is too small");
     }

@@ -1,5 +1,5 @@
 // Every pair of order and type against the plain model: payloads, and decodes into everything that takes them.
-#include "codec_fixture.h"
+#include "worker_counts.h"
 
 namespace plenar_test {
 namespace {
@@ -22,8 +22,8 @@ void CheckDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t w
             continue;
         }
         for (const uint32_t padding : {0U, 1 + seed % 4}) {
-            SCOPED_TRACE(::testing::Message() << "into " << PairName({order, type}) << " padding " << padding);
             UncompressedParams params = Shaped(order, type, width, height, padding);
+            SCOPED_TRACE("into " + Describe(params));
             params.frameLayout = seed;
             const Bytes before = Noise(PictureSize(params), ++seed);
             Bytes expected = before;
@@ -37,7 +37,7 @@ void CheckDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t w
 }
 
 void CheckRoundTrip(UncompressedParams params, uint32_t seed) {
-    SCOPED_TRACE(::testing::Message() << params.width << " x " << params.height << " rowBytes " << params.rowBytes);
+    SCOPED_TRACE(Describe(params));
     params.frameLayout = 0xABCDEF00 + seed % 2;
     const Bytes picture = Noise(PictureSize(params), seed);
     const std::vector<Plane> planes = EncodedPlanes(params, picture);

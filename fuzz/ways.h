@@ -1,16 +1,16 @@
-// What targets share: records from the input, the choice of kernels, and calls on exact buffers.
+// What targets share: records from the input, and the ways of calls.
 #pragma once
 
 #include <array>
 #include <tuple>
 
-#include "require.h"
-#include "testing/codecs.h"
-#include "testing/exact_buffer.h"
-#include "testing/sample_model.h"
+#include "testing/frame_calls.h"
+#include "testing/fuzz_input.h"
 #include "testing/targets.h"
 
 namespace plenar_fuzz {
+
+using namespace plenar_test;
 
 // Where a record asks for more, buffers are smaller than it says, and must be refused.
 constexpr uint32_t kMostBytes = 1U << 19;
@@ -74,48 +74,15 @@ Codec& CodecFor(const Way& way) {
     return codecs[way.codec < 7 ? way.codec % 2 : 2 + way.codec % 2];
 }
 
-struct Outcome {
-    std::string message;
-    Bytes target = {};
-    uint32_t written = 0xFEDCBA98;
-};
-
-template <class Codec, class Call>
-Outcome CallOn(Codec& codec, const Way& way, const Bytes& source, const Bytes& before, const Call& call) {
-    const ExactBuffer src(source, way.places);
-    const ExactBuffer dst(before, way.places / 3);
-    Outcome outcome;
-    const uint32_t notWritten = outcome.written;
+inline Frame Encode(const Way& way, const UncompressedParams& params, const CompressedParams& options,
+                    const Bytes& picture, size_t room) {
     const ForcedTarget forced(TargetOf(way.target));
-    outcome.message = codec.Outcome(call(src.data(), src.size(), dst.data(), dst.size(), &outcome.written));
-    outcome.target = dst.Content();
-    Require(src.Content() == source && src.IsIntact(), "a source stays as it is");
-    Require(dst.IsIntact(), "nothing is written beyond a target");
-    Require(!outcome.message.starts_with("code "), "a failure has one message, told on its own thread");
-    Require(outcome.message.empty() ? outcome.written <= before.size() : outcome.written == notWritten,
-            "bytes written are told on success only");
-    return outcome;
+    return Encode(CodecFor<TestEncoder>(way), params, picture, options, Bytes(room, way.fill), way.places);
 }
 
-inline Outcome Encode(TestEncoder& encoder, const Way& way, const UncompressedParams& params,
-                      const CompressedParams& options, const Bytes& picture, size_t room) {
-    const Bytes before(room, way.fill);
-    return CallOn(encoder, way, picture, before, [&](auto* src, auto srcSize, auto* dst, auto dstSize, auto* written) {
-        return Plenar_EncodeFrame(encoder.get(), &params, &options, src, srcSize, dst, dstSize, written);
-    });
-}
-
-inline Outcome Decode(TestDecoder& decoder, const Way& way, const UncompressedParams& params, const Bytes& payload,
-                      const Bytes& before) {
-    return CallOn(decoder, way, payload, before, [&](auto* src, auto srcSize, auto* dst, auto dstSize, auto* written) {
-        return Plenar_DecodeFrame(decoder.get(), &params, src, srcSize, dst, dstSize, written);
-    });
-}
-
-inline std::string ReadMetadata(TestDecoder& decoder, const Bytes& payload, uint32_t place,
-                                UncompressedParams& params) {
-    const ExactBuffer src(payload, place);
-    return decoder.Outcome(Plenar_ReadMetadata(decoder.get(), src.data(), src.size(), &params));
+inline Frame Decode(const Way& way, const UncompressedParams& params, const Bytes& payload, const Bytes& before) {
+    const ForcedTarget forced(TargetOf(way.target));
+    return Decode(CodecFor<TestDecoder>(way), params, payload, before, way.places);
 }
 
 }  // namespace plenar_fuzz
