@@ -5,6 +5,7 @@
 #include <future>
 #include <limits>
 
+#include "table.h"
 #include "worker_counts.h"
 
 namespace plenar_test {
@@ -14,19 +15,6 @@ using namespace plenar;  // orders and types
 using namespace std::string_literals;
 
 constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
-constexpr uint32_t kHalf = 0x80000000;
-
-constexpr char kOddWidth[] = "Width must be multiple of 2 for 422 and 420 subsampling";
-constexpr char kOddHeight[] = "Height must be multiple of 2 for 420 subsampling";
-constexpr char kAlphaDepth[] = "Only 8 and 16 bit alpha supported for RLE compression";
-constexpr char kSmallSrc[] = "src size is too small";
-constexpr char kSmallDst[] = "dst size is too small";
-constexpr char kUnsupported[] = "combination of color component order and component type is not supported";
-
-std::string SmallStride(const std::string& field, uint64_t minimum) {
-    return field + " is too small, it should be at least " + std::to_string(minimum) +
-           " according to uncompressed params";
-}
 
 ptrdiff_t ThreadCount() {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
@@ -146,101 +134,42 @@ TEST(Arguments, ParamsCallbackAndByteCountMayBeLeftOut) {
     Plenar_DestroyDecoder(decoder);
 }
 
-// Sizes beside those of the supported frames that others encode: odd widths, no such pair, coded alpha, wraps.
+UncompressedParams ParamsOf(const TableRow& row) {
+    return MakeParams(row.Order(), row.Type(), row.Number("width"), row.Number("height"), row.Number("rowBytes"),
+                      row.Number("rowBytes2"));
+}
+
+CompressedParams OptionsOf(const TableRow& row) {
+    return MakeCompressed(row.Byte("alphaRle"), row.Byte("alphaBandLimit"));
+}
+
+// Sizes beside those of the supported frames that others encode. What isn't supported has no payload, but a picture of
+// some size. Coded alpha takes its bound. Sums and products that don't fit are cut to 32 bits.
 TEST(Sizes, OfPicturesAndPayloads) {
-    const struct {
-        UncompressedParams params;
-        uint32_t uncompressed, compressed;
-        CompressedParams wish = MakeCompressed();
-    } cases[] = {
-        {MakeParams(YCbYCr, Uint8, 3, 1), 8, 44},
-        {MakeParams(CbYCrY, Uint8, 3, 1), 7, 44},
-        {MakeParams(CbYACrYA, Uint8, 3, 1), 10, 45 + 7 + 37 + 3},
-        {MakeParams(CbYCrY, Packed10, 1921, 1), 5136, 37 + 4804},
-        {MakeParams(AlphaOnly, Uint8, 4, 2, 0, 3), 8, 45},
-        // What isn't supported has no payload, but a picture of some size.
-        {MakeParams(YCbYCr, Packed10, 6, 2), 32, 0},
-        {MakeParams(YCbYCrPlusAlpha, Packed10, 6, 2), 56, 0},
-        {MakeParams(YCbCr420Planar, Fixed2p14, 6, 2), 36, 0},
-        {MakeParams(0, 1, 6, 2), 0, 0},
-        {MakeParams(17, 1, 6, 2, 5), 10, 0},
-        {MakeParams(5, 99, 6, 2), 72, 0},
-        {MakeParams(kHalf + 5, 1, 6, 2), 0, 0},
-        // Coded alpha takes its bound; other planes aren't affected.
-        {MakeParams(AlphaOnly, Uint8, 4, 4, 7), 28, 37 + 4 * 6 + 1659, MakeCompressed(1)},
-        {MakeParams(AlphaOnly, Uint16, 3, 5), 30, 37 + 22 + 15 + 1659, MakeCompressed(255, 2)},
-        {MakeParams(AlphaOnly, Uint8, 4, 0), 0, 37 + 1659, MakeCompressed(1)},
-        {MakeParams(ARGB, Uint16, 4, 0), 0, 45 + 37 + 1659, MakeCompressed(1, 255)},
-        {MakeParams(RGBA, Uint10, 4, 1), 32, 37 + 15, MakeCompressed(1)},
-        {MakeParams(AlphaOnly, Uint8, kHalf, 2), 0, 37 + 1659, MakeCompressed(1, 1)},
-        // Sums and products that don't fit are cut to 32 bits.
-        {MakeParams(CbYCrY, Packed10, 1U << 28, 1), 5, 671088677},
-        {MakeParams(CbYCrY, Packed10, kMax - 1, 7), 0, 37 + 7 * 1073741819U},
-        {MakeParams(AlphaOnly, Uint8, kMax, kMax), 1, 38},
-        {MakeParams(AlphaOnly, Uint8, kMax - 20, 1), kMax - 20, 16},
-        {MakeParams(RGBA, Float32, 1U << 30, 1U << 30), 0, 37},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(Describe(c.params));
-        EXPECT_EQ(Plenar_GetUncompressedBufSize(&c.params), c.uncompressed);
-        EXPECT_EQ(Plenar_GetCompressedBufSize(&c.params, &c.wish), c.compressed);
+    for (const TableRow& row : ReadTable("sizes.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        const UncompressedParams params = ParamsOf(row);
+        const CompressedParams options = OptionsOf(row);
+        EXPECT_EQ(Plenar_GetUncompressedBufSize(&params), row.Number("uncompressed"));
+        EXPECT_EQ(Plenar_GetCompressedBufSize(&params, &options), row.Number("compressed"));
     }
 }
 
-// The checks come in this order: each case breaks the named rule and others that come later.
+// The checks come in the table's order: each row breaks the named rule and others that come later. The last ones have
+// pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
 TEST(Encode, RefusesWithTheFirstBrokenRule) {
-    const CompressedParams coded = MakeCompressed(1);
-    const struct {
-        std::string message;
-        UncompressedParams params;
-        uint32_t srcSize, dstSize;
-        CompressedParams wish = MakeCompressed();
-    } cases[] = {
-        {kAlphaDepth, MakeParams(CbYACrYA, Uint10, 3, 2), 0, 0, coded},
-        {kAlphaDepth, MakeParams(CbYCrYPlusAlpha, Fixed2p14, 3, 2), 0, 0, MakeCompressed(128)},
-        {kOddWidth, MakeParams(CbYCrY, Uint8, 3, 2, 1), 0, 0, coded},
-        {kOddWidth, MakeParams(YCbCr420Planar, Uint8, 3, 3, 1), 0, 0},
-        {kOddWidth, MakeParams(YCbYCr, Uint8, 3, 2, 1), 0, 0},
-        {kOddWidth, MakeParams(CbYACrYA, Uint8, 3, 2), 0, 0},
-        {kOddWidth, MakeParams(CbYCrYPlusAlpha, Uint10, 3, 2), 0, 0},
-        {kOddWidth, MakeParams(YCbYCrPlusAlpha, Uint8, 3, 2), 0, 0},
-        {kOddHeight, MakeParams(13, 99, 4, 3, 1), 0, 0},
-        {SmallStride("rowBytes", 48), MakeParams(RGBA, Float32, 3, 3, 47), 0, 0},
-        {SmallStride("rowBytes", 32), MakeParams(CbYCrY, Packed10, 8, 2, 31), 0, 0},
-        {SmallStride("rowBytes", 8), MakeParams(YCbCrA420Planar, Uint16, 4, 2, 7, 3), 0, 0},
-        {SmallStride("rowBytes2", 4), MakeParams(YCbCrA420Planar, Uint16, 4, 2, 8, 3), 0, 0},
-        {SmallStride("rowBytes", 8), MakeParams(14, 99, 4, 2, 7), 0, 0},
-        {SmallStride("rowBytes2", 8), MakeParams(YCbYCrPlusAlpha, Uint16, 4, 2, 0, 7), 0, 0},
-        {SmallStride("rowBytes", uint64_t{16} * kMax), MakeParams(RGBA, Float32, kMax, 1, kMax), 0, 0},
-        {kSmallSrc, MakeParams(AlphaOnly, Uint8, 4, 2, 9, 1), 17, 0},
-        {kSmallSrc, MakeParams(17, 1, 4, 2, 9), 17, 0},
-        {kUnsupported, MakeParams(0, 1, 4, 2), 0, 0},
-        {kUnsupported, MakeParams(YCbYCr, Packed10, 4, 2), 64, 0},
-        {kUnsupported, MakeParams(YCbCr420Planar, Fixed2p14, 4, 2), 64, 0},
-        {kUnsupported, MakeParams(AlphaOnly, Uint10, 4, 2), 64, 0},
-        {kSmallDst, MakeParams(CbYCrY, Uint8, 4, 2), 16, 52},
-        {kSmallDst, MakeParams(AlphaOnly, Uint8, 4, 4), 16, 37 + 22 + 1658, MakeCompressed(1, 1)},
-        // Pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
-        {kSmallSrc, MakeParams(CbYCrY, Packed10, 1U << 28, 1), 64, 64},
-        {kSmallSrc, MakeParams(CbYCrY, Packed10, 1U << 28, 1, 64), 64, 64},
-        {kSmallSrc, MakeParams(AlphaOnly, Uint8, kMax, kMax), 64, 64},
-        {kSmallSrc, MakeParams(RGBA, Float32, 1U << 30, 1U << 30), 64, 64},
-        {kSmallSrc, MakeParams(YCbCrA420Planar, Float32, kMax - 1, kMax - 1), kMax, kMax},
-        {kSmallSrc, MakeParams(YCbCr420Planar, Uint8, 2, kMax - 1, kHalf, kHalf + 3), kMax,
-         kMax},  // only the planes' sum wraps
-        {kSmallDst, MakeParams(AlphaOnly, Uint8, kMax - 20, 1), kMax, kMax},
-        {kSmallDst, MakeParams(RGBA, Uint8, 1073741804, 1), kMax, kMax},
-        {kSmallDst, MakeParams(RGBA, Uint8, 32768, 32767), kMax, kMax, coded},
-    };
     TestEncoder encoder(2);
     Bytes memory(4096, 0x77);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(Describe(c.params));
+    for (const TableRow& row : ReadTable("encode_refusals.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        const UncompressedParams params = ParamsOf(row);
+        const CompressedParams options = OptionsOf(row);
         uint32_t written = 7;
         // The largest sizes are claims: a refused frame's memory isn't touched.
-        EXPECT_EQ(encoder.Outcome(Plenar_EncodeFrame(encoder.get(), &c.params, &c.wish, memory.data(), c.srcSize,
-                                                     memory.data() + 2048, c.dstSize, &written)),
-                  c.message);
+        EXPECT_EQ(
+            encoder.Outcome(Plenar_EncodeFrame(encoder.get(), &params, &options, memory.data(), row.Number("srcSize"),
+                                               memory.data() + 2048, row.Number("dstSize"), &written)),
+            row.Text("message"));
         EXPECT_EQ(written, 7U);
         EXPECT_EQ(memory, Bytes(4096, 0x77));
         EXPECT_EQ(Encode(encoder, MakeParams(YCbYCr, Uint8, 4, 2), Noise(16, 1)).message, "");
@@ -255,34 +184,14 @@ TEST(Encode, StoresAnyFrameLayoutThoughDecodersRefuseIt) {
 }
 
 TEST(Decode, RefusesWithTheFirstBrokenRule) {
-    const struct {
-        UncompressedParams params;
-        uint32_t dstSize;
-        std::string message;
-        bool badPayload = false;
-    } cases[] = {
-        {MakeParams(CbYCrY, Uint8, 4, 2, 7), 0, SmallStride("rowBytes", 8), true},
-        {MakeParams(YCbYCr, Uint8, 3, 2, 7), 0, SmallStride("rowBytes", 8), true},
-        {MakeParams(YCbCr420Planar, Uint8, kMax, kMax, 0, 1), 0, SmallStride("rowBytes2", 0x80000000), true},
-        {MakeParams(CbYCrYPlusAlpha, Uint8, 4, 2, 0, 3), 0, SmallStride("rowBytes2", 4), true},
-        {MakeParams(CbYCrY, Uint8, 4, 2), 15, kSmallDst, true},
-        {MakeParams(YCbCrA420Planar, Uint8, 5, 3), 41, kSmallDst, true},
-        {MakeParams(CbYCrY, Packed10, 1U << 28, 1), 64, kSmallDst, true},
-        {MakeParams(AlphaOnly, Uint8, kMax, kMax), 64, kSmallDst, true},
-        {MakeParams(RGBA, Float32, 1U << 30, 1U << 30), 64, kSmallDst, true},
-        {MakeParams(CbYCrY, Uint10, 5, 3), 128, "buffer size should be at least 8", true},
-        {MakeParams(CbYCrY, Uint10, 5, 3), 128, "width in src metadata is different than width in uncompressed params"},
-        {MakeParams(AlphaOnly, Uint8, 4, 3), 64,
-         "height in src metadata is different than height in uncompressed params"},
-        {MakeParams(17, 3, 4, 2), 64, "bit depth in src metadata is different than bit depth in uncompressed params"},
-        {MakeParams(CbYCrY, Uint8, 4, 2), 16, ""},
-    };
     TestDecoder decoder(2);
-    const Bytes payload = PayloadOf(NoisePlanes(MakeParams(CbYACrYA, Uint8, 4, 2), 1));
-    for (const auto& c : cases) {
-        SCOPED_TRACE(Describe(c.params));
-        EXPECT_EQ(Decode(decoder, c.params, c.badPayload ? Bytes(7) : payload, Bytes(c.dstSize)).message, c.message);
-        EXPECT_EQ(Decode(decoder, MakeParams(CbYCrY, Uint8, 4, 2), payload, Bytes(16)).message, "");
+    const Bytes sound = PayloadOf(NoisePlanes(MakeParams(CbYACrYA, Uint8, 4, 2), 1));
+    for (const TableRow& row : ReadTable("decode_refusals.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        const Bytes payload = row.Text("payload") == "sound" ? sound : Bytes(7);
+        const Frame frame = Decode(decoder, ParamsOf(row), payload, Bytes(row.Number("dstSize")));
+        EXPECT_EQ(frame.message.empty() ? "-" : frame.message, row.Text("message"));
+        EXPECT_EQ(Decode(decoder, MakeParams(CbYCrY, Uint8, 4, 2), sound, Bytes(16)).message, "");
     }
 }
 

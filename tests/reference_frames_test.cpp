@@ -1,41 +1,16 @@
 // Frames with known checksums of their payloads and decodes, from a table.
 #include <zlib.h>
 
-#include <fstream>
-#include <map>
 #include <sstream>
 
+#include "table.h"
 #include "worker_counts.h"
 
 namespace plenar_test {
 namespace {
 
-// By the names of the table's columns.
-class ReferenceFrame : public std::map<std::string, std::string> {
-public:
-    uint32_t Number(const std::string& column) const { return static_cast<uint32_t>(std::stoul(at(column))); }
-    uint8_t Byte(const std::string& column) const { return static_cast<uint8_t>(Number(column)); }
-};
-
-std::vector<ReferenceFrame> Frames() {
-    std::ifstream file(PLENAR_TEST_DATA "/frames.tsv");
-    std::vector<ReferenceFrame> all;
-    std::string head;
-    std::string line;
-    std::getline(file, head);
-    while (std::getline(file, line)) {
-        std::istringstream columns(head);
-        std::istringstream fields(line);
-        ReferenceFrame& frame = all.emplace_back();
-        for (std::string column; columns >> column;) {
-            fields >> frame[column];
-        }
-    }
-    return all;
-}
-
-Bytes PictureOf(const ReferenceFrame& f) {
-    const std::string& content = f.at("content");
+Bytes PictureOf(const TableRow& f) {
+    const std::string& content = f.Text("content");
     const uint32_t seed = f.Number("seed");
     Bytes picture(f.Number("srcBytes"));
     uint32_t state = seed;
@@ -67,26 +42,26 @@ std::string CrcOf(const Bytes& bytes) {
     return text.str();
 }
 
-void Check(const ReferenceFrame& f, size_t workers) {
+void Check(const TableRow& f, size_t workers) {
     UncompressedParams params = MakeParams(f.Number("order"), f.Number("type"), f.Number("width"), f.Number("height"),
                                            f.Number("rowBytes"), f.Number("rowBytes2"), f.Number("frameLayout"));
-    SCOPED_TRACE("frame " + f.at("case") + ", " + Describe(params));
+    SCOPED_TRACE("frame " + f.Text("case") + ", " + Describe(params));
     const CompressedParams compressed = MakeCompressed(f.Byte("alphaRle"), f.Byte("alphaBandLimit"));
     EXPECT_EQ(Plenar_GetUncompressedBufSize(&params), f.Number("srcBytes"));
     EXPECT_EQ(Plenar_GetCompressedBufSize(&params, &compressed), f.Number("compressedBufSize"));
     const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, PictureOf(f), compressed, f.Number("case"));
     ASSERT_EQ(payload.message, "");
     EXPECT_EQ(payload.bytes.size(), f.Number("payloadBytes"));
-    EXPECT_EQ(CrcOf(payload.bytes), f.at("payloadCrc32"));
+    EXPECT_EQ(CrcOf(payload.bytes), f.Text("payloadCrc32"));
 
     const Bytes before(f.Number("srcBytes"), 0xCD);
     const Frame decoded = Decode(WithWorkers<TestDecoder>(workers), params, payload.bytes, before);
-    EXPECT_EQ(decoded.message.empty() ? "0" : "1", f.at("decodeCode"));
-    EXPECT_EQ(decoded.message.empty() ? CrcOf(decoded.bytes) : "-", f.at("decodedCrc32"));
+    EXPECT_EQ(decoded.message.empty() ? "0" : "1", f.Text("decodeCode"));
+    EXPECT_EQ(decoded.message.empty() ? CrcOf(decoded.bytes) : "-", f.Text("decodedCrc32"));
 
     const UncompressedParams found = MakeParams(f.Number("metadataOrder"), f.Number("metadataType"), params.width,
                                                 params.height, 0, 0, params.frameLayout);
-    EXPECT_EQ(f.at("metadataCode"), "0");
+    EXPECT_EQ(f.Text("metadataCode"), "0");
     EXPECT_EQ(ReadMetadata(WithWorkers<TestDecoder>(workers), payload.bytes, params), "");
     EXPECT_EQ(RecordBytes(params), RecordBytes(found));
 }
@@ -94,9 +69,9 @@ void Check(const ReferenceFrame& f, size_t workers) {
 class ReferenceFrames : public ::testing::TestWithParam<size_t> {};
 
 TEST_P(ReferenceFrames, HaveTheirChecksums) {
-    const std::vector<ReferenceFrame> all = Frames();
+    const std::vector<TableRow> all = ReadTable("frames.tsv");
     ASSERT_EQ(all.size(), 312U);
-    for (const ReferenceFrame& f : all) {
+    for (const TableRow& f : all) {
         Check(f, GetParam());
     }
 }
