@@ -26,7 +26,7 @@ void CompareRows(FuzzInput& input) {
 Band TakeBand(FuzzInput& input, uint32_t depth) {
     Band band = {{}, {}, 1 + input.Number(200) % 4096, 1 + input.Byte() % 8U, input.Byte() % 16U};
     const bool isSound = input.Flag();
-    band.stream = TakeStream(input, depth, uint64_t{band.width} * band.height, band.plain);
+    band.stream = TakeStream(input, depth, band.Samples(), band.plain);
     band.stream = isSound ? band.stream : input.Rest();
     return band;
 }

@@ -18,57 +18,39 @@ void Take(RleKernels& to, const RleKernels& from) {
     to.*Kernel = from.*Kernel;
 }
 
-// The kernels for a sample's width.
-template <class Sample>
-struct Coders {
-    explicit Coders(const RleKernels& kernels)
-        : encode(sizeof(Sample) == 1 ? kernels.encode_band8 : kernels.encode_band16),
-          decode(sizeof(Sample) == 1 ? kernels.decode_tokens8 : kernels.decode_tokens16),
-          decodeTwo(sizeof(Sample) == 1 ? kernels.decode_tokens_of_two8 : kernels.decode_tokens_of_two16),
-          writeRun(sizeof(Sample) == 1 ? kernels.write_run8 : kernels.write_run16) {}
-
-    decltype(RleKernels::encode_band8) encode;
-    decltype(RleKernels::decode_tokens8) decode;
-    decltype(RleKernels::decode_tokens_of_two8) decodeTwo;
-    decltype(RleKernels::write_run8) writeRun;
-};
-
 // A band on its way from a stream to samples, in memory of just their size.
 template <class Sample>
 class Decoding {
 public:
-    Decoding(const Coders<Sample>& coders, const Band& band, uint32_t place)
-        : coders_(coders),
+    Decoding(const RleKernels& kernels, const Band& band, uint32_t place)
+        : kernels_(kernels),
           stream_(band.stream, place),
-          target_(Bytes(uint64_t{band.width} * band.height * sizeof(Sample), 0xCD), place),
-          state_(plenar::RleStartBand<Sample>(stream_.data(), stream_.size(), target_.data(),
-                                              uint64_t{band.width} * band.height)) {}
+          target_(Bytes(band.Samples() * sizeof(Sample), 0xCD), place),
+          state_(plenar::RleStartBand<Sample>(stream_.data(), stream_.size(), target_.data(), band.Samples())) {}
 
     RleDecodeState& State() { return state_; }
 
     // A token that the fast decoders leave. False for the band's end and for a defect.
     bool Step() {
         RleRun run = {};
-        if (state_.remaining == 0 || defect_ != RleDefect::None) {
-            return false;
-        }
-        defect_ = plenar::RleReadTokenPlain<Sample>(state_, run);
-        if (defect_ == RleDefect::None) {
-            coders_.writeRun(state_, run);
-        }
-        return defect_ == RleDefect::None;
-    }
-
-    void Finish() {
-        do {
+        if (state_.remaining != 0 && defect_ == RleDefect::None) {
+            defect_ = plenar::RleReadTokenPlain<Sample>(state_, run);
             if (defect_ == RleDefect::None) {
-                coders_.decode(state_);
+                (sizeof(Sample) == 1 ? kernels_.write_run8 : kernels_.write_run16)(state_, run);
+                return true;
             }
-        } while (Step());
+        }
+        return false;
     }
 
-    // What was decoded and how that ended. Behind the samples anything may stand in the target.
-    Bytes Result() const {
+    // What is decoded in the end, and how that ends. Behind the samples anything may stand in the target.
+    Bytes Finish() {
+        while (defect_ == RleDefect::None) {
+            (sizeof(Sample) == 1 ? kernels_.decode_tokens8 : kernels_.decode_tokens16)(state_);
+            if (!Step()) {
+                break;
+            }
+        }
         const auto last = static_cast<Sample>(state_.prev1);
         const auto change = static_cast<Sample>(state_.prev1 - state_.prev2);
         const uint64_t numbers[] = {
@@ -78,41 +60,36 @@ public:
     }
 
 private:
-    Coders<Sample> coders_;
+    const RleKernels& kernels_;
     ExactBuffer stream_;
     ExactBuffer target_;
     RleDecodeState state_;
     RleDefect defect_ = RleDefect::None;
 };
 
-template <class Sample>
-Bytes Encoded(const Coders<Sample>& coders, const Band& band, uint32_t place) {
-    const uint32_t tight = band.width * sizeof(Sample);
-    const uint32_t stride = tight + band.padding;
-    const RleParams params = {band.width, band.height, 8 * sizeof(Sample), 1, stride};
+Bytes Encoded(const RleKernels& kernels, const Band& band, uint32_t depth, uint32_t place) {
+    const uint32_t tight = band.width * depth / 8;
+    const RleParams params = {band.width, band.height, depth, 1, tight + band.padding};
     Bytes rows(plenar::RlePlainExtent(params), 0x5A);
     for (uint32_t row = 0; row < band.height; ++row) {
-        std::copy_n(band.plain.begin() + row * tight, tight, rows.begin() + row * stride);
+        std::copy_n(band.plain.begin() + row * tight, tight, rows.begin() + row * params.row_bytes);
     }
     const ExactBuffer src(rows, place);
-    const ExactBuffer dst(Bytes(plenar::RleMaxStreamSize(params, uint64_t{band.width} * band.height)), place);
-    const uint64_t size = coders.encode(params, src.data(), dst.data());
+    const ExactBuffer dst(Bytes(plenar::RleMaxStreamSize(params, band.Samples())), place);
+    const auto encode = depth == 8 ? kernels.encode_band8 : kernels.encode_band16;
+    const uint64_t size = encode(params, src.data(), dst.data());
     return dst.IsIntact() && size <= dst.size() ? Bytes(dst.data(), dst.data() + size) : Bytes();
 }
 
 template <class Sample>
 Bytes Run(const RleKernels& kernels, const Band& band, const Band& other, uint32_t place) {
-    const Coders<Sample> coders(kernels);
-    Decoding<Sample> alone(coders, band, place);
-    alone.Finish();
-    Decoding<Sample> first(coders, band, place);
-    Decoding<Sample> second(coders, other, place);
-    for (bool goesOn = true; goesOn;) {
-        goesOn = (&coders.decodeTwo(first.State(), second.State()) == &first.State() ? first : second).Step();
+    const auto decodeTwo = sizeof(Sample) == 1 ? kernels.decode_tokens_of_two8 : kernels.decode_tokens_of_two16;
+    Decoding<Sample> alone(kernels, band, place);
+    Decoding<Sample> first(kernels, band, place);
+    Decoding<Sample> second(kernels, other, place);
+    while ((&decodeTwo(first.State(), second.State()) == &first.State() ? first : second).Step()) {
     }
-    first.Finish();
-    second.Finish();
-    return Join({Encoded(coders, band, place), alone.Result(), first.Result(), second.Result()});
+    return Join({Encoded(kernels, band, 8 * sizeof(Sample), place), alone.Finish(), first.Finish(), second.Finish()});
 }
 
 }  // namespace

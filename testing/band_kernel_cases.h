@@ -24,6 +24,8 @@ struct Band {
     uint32_t width;
     uint32_t height;
     uint32_t padding;  // of the rows that are coded
+
+    uint64_t Samples() const { return uint64_t{width} * height; }
 };
 
 // Codes the first band and decodes both, alone and together, on the plain kernels but for the one of the case, which is

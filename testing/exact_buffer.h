@@ -16,7 +16,7 @@ inline constexpr uint32_t kBehindGuard = 2;
 class ExactBuffer {
 public:
     // `shift` moves the content away from the inaccessible page, to any alignment.
-    explicit ExactBuffer(const Bytes& content, uint32_t place = kBeforeGuard, size_t shift = 0);
+    ExactBuffer(const Bytes& content, uint32_t place = kBeforeGuard, size_t shift = 0);
     ~ExactBuffer();
     ExactBuffer(const ExactBuffer&) = delete;
     ExactBuffer& operator=(const ExactBuffer&) = delete;

@@ -1,6 +1,7 @@
 #include "testing/row_kernel_cases.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "testing/exact_buffer.h"
 #include "testing/names.h"
@@ -14,120 +15,109 @@ using plenar::Movement;
 using plenar::Order;
 using plenar::RowKernels;
 
-using Cases = std::vector<RowKernelCase>;
-
 constexpr size_t kSampleSizes[] = {1, 2, 4};
 
-template <auto Kernel>
-void AddCopy(const char* name, Cases& cases) {
-    cases.push_back({name, "", 0, {8}, {8}, [](const RowKernels& kernels, const RowParts& row, size_t bytes) {
-                         (kernels.*Kernel)(row.src[0], row.dst[0], bytes);
-                     }});
-}
-
-template <auto Kernel>
-void AddExchange(const char* name, size_t group, Cases& cases) {
-    for (const size_t sampleBytes : kSampleSizes) {
-        const size_t bits = 8 * group * sampleBytes;
-        const auto run = [sampleBytes](const RowKernels& kernels, const RowParts& row, size_t groups) {
-            (kernels.*Kernel)(sampleBytes, row.src[0], row.dst[0], groups);
-        };
-        cases.push_back({name, "", sampleBytes, {bits}, {bits}, run});
-        cases.push_back({name, "", sampleBytes, {bits}, {}, run, " in place"});
+// Makes the cases; the parts of a row stand in the order in which the kernels take them.
+class CaseTable {
+public:
+    std::vector<RowKernelCase> Make() {
+        AddCopy<&RowKernels::copy>("copy");
+        AddCopy<&RowKernels::streamCopy>("streamCopy");
+        for (const size_t bytes : kSampleSizes) {
+            AddExchange<&RowKernels::swapPairs>("swapPairs", bytes, 16 * bytes);
+            AddExchange<&RowKernels::reverseTriples>("reverseTriples", bytes, 24 * bytes);
+        }
+        Add("packedGroupsToPlane", "", 0, {128}, {96, 24},
+            [](const RowKernels& kernels, const RowParts& row, size_t n) {
+                kernels.packedGroupsToPlane(row.src[0], n, row.dst[0], row.dst[1]);
+            });
+        Add("planeToPackedGroups", "", 0, {96, 24}, {128},
+            [](const RowKernels& kernels, const RowParts& row, size_t n) {
+                kernels.planeToPackedGroups(row.src[0], row.src[1], n, row.dst[0]);
+            });
+        for (uint32_t number = 1; number <= kOrderCount; ++number) {
+            AddOrder(OrderName(number), FindOrder(number));
+        }
+        return cases_;
     }
-}
 
-void AddAlpha(const std::string& name, const Order& order, Cases& cases) {
-    for (const size_t size : kSampleSizes) {
-        const size_t sample = 8 * size;
-        const size_t pixel = sample * order.samples;
-        const size_t colour = sample * order.colourSamples;
-        const auto split = [&order, size](const RowKernels& kernels, const RowParts& row, size_t pixels) {
-            kernels.splitRow(order, size, row.src[0], row.dst[0], row.dst[1], pixels);
-        };
-        const auto drop = [&order, size](const RowKernels& kernels, const RowParts& row, size_t pixels) {
-            kernels.splitRow(order, size, row.src[0], row.dst[0], nullptr, pixels);
-        };
-        const auto merge = [&order, size](const RowKernels& kernels, const RowParts& row, size_t pixels) {
-            kernels.mergeRow(order, size, row.src[0], row.src[1], row.dst[0], pixels);
-        };
-        cases.push_back({"splitRow", name, size, {pixel}, {colour, sample}, split});
-        cases.push_back({"splitRow", name, size, {pixel}, {colour}, drop, " without alpha"});
-        cases.push_back({"mergeRow", name, size, {colour, sample}, {pixel}, merge});
+private:
+    using Bits = std::array<size_t, 2>;
+
+    template <class Run>
+    void Add(const char* kernel, const std::string& order, size_t bytes, Bits source, Bits target, const Run& run,
+             const char* variant = "") {
+        cases_.push_back({kernel, order, bytes, source, target, run, variant});
     }
-}
 
-// Units of these are what the order moves together.
-size_t SamplesMovedTogether(const Order& order) {
-    return order.movement == Movement::InOrder ? 1 : order.colourSamples;
-}
-
-template <auto Pack, auto Unpack>
-void AddPacking(const char* packName, const char* unpackName, size_t lowBits, const std::string& name,
-                const Order& order, Cases& cases) {
-    const size_t unit = SamplesMovedTogether(order);
-    const size_t words = 16 * (order.movement == Movement::SplitAlpha ? order.samples : unit);
-    const size_t high = 8 * unit;
-    const size_t low = lowBits * unit;
-    const auto pack = [&order, unit](const RowKernels& kernels, const RowParts& row, size_t units) {
-        (kernels.*Pack)(order, row.src[0], unit * units, row.dst[0], row.dst[1]);
-    };
-    const auto unpack = [&order, unit](const RowKernels& kernels, const RowParts& row, size_t units) {
-        (kernels.*Unpack)(order, row.src[0], row.src[1], unit * units, row.dst[0]);
-    };
-    cases.push_back({packName, name, 0, {words}, {high, low}, pack});
-    if (order.alpha != AlphaPlace::Interleaved) {
-        cases.push_back({unpackName, name, 0, {high, low}, {words}, unpack});
+    template <auto Kernel>
+    void AddCopy(const char* name) {
+        Add(name, "", 0, {8}, {8}, [](const RowKernels& kernels, const RowParts& row, size_t n) {
+            (kernels.*Kernel)(row.src[0], row.dst[0], n);
+        });
     }
-}
 
-void AddFixedToFloat(const std::string& name, const Order& order, Cases& cases) {
-    const size_t unit = SamplesMovedTogether(order);
-    const auto run = [&order, unit](const RowKernels& kernels, const RowParts& row, size_t units) {
-        kernels.fixedRowToFloat(order, row.src[0], unit * units, row.dst[0]);
-    };
-    cases.push_back({"fixedRowToFloat", name, 0, {16 * unit}, {32 * unit}, run});
-}
+    template <auto Kernel>
+    void AddExchange(const char* name, size_t bytes, size_t bits) {
+        const auto run = [bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
+            (kernels.*Kernel)(bytes, row.src[0], row.dst[0], n);
+        };
+        Add(name, "", bytes, {bits}, {bits}, run);
+        Add(name, "", bytes, {bits}, {}, run, " in place");
+    }
 
-void AddPackedGroups(Cases& cases) {
-    const auto toPlane = [](const RowKernels& kernels, const RowParts& row, size_t groups) {
-        kernels.packedGroupsToPlane(row.src[0], groups, row.dst[0], row.dst[1]);
-    };
-    const auto toGroups = [](const RowKernels& kernels, const RowParts& row, size_t groups) {
-        kernels.planeToPackedGroups(row.src[0], row.src[1], groups, row.dst[0]);
-    };
-    cases.push_back({"packedGroupsToPlane", "", 0, {128}, {96, 24}, toPlane});
-    cases.push_back({"planeToPackedGroups", "", 0, {96, 24}, {128}, toGroups});
-}
-
-Cases MakeCases() {
-    Cases cases;
-    AddCopy<&RowKernels::copy>("copy", cases);
-    AddCopy<&RowKernels::streamCopy>("streamCopy", cases);
-    AddExchange<&RowKernels::swapPairs>("swapPairs", 2, cases);
-    AddExchange<&RowKernels::reverseTriples>("reverseTriples", 3, cases);
-    AddPackedGroups(cases);
-    for (uint32_t number = 1; number <= kOrderCount; ++number) {
-        const Order& order = FindOrder(number);
-        const std::string name = OrderName(number);
-        AddPacking<&RowKernels::packRow10, &RowKernels::unpackRow10>("packRow10", "unpackRow10", 2, name, order, cases);
-        AddPacking<&RowKernels::packRow12, &RowKernels::unpackRow12>("packRow12", "unpackRow12", 4, name, order, cases);
-        if (order.alpha == AlphaPlace::Interleaved) {
-            AddAlpha(name, order, cases);
-        } else {
-            AddFixedToFloat(name, order, cases);
+    void AddOrder(const std::string& name, const Order& order) {
+        const size_t unit = order.movement == Movement::InOrder ? 1 : order.colourSamples;
+        const size_t callers = order.movement == Movement::SplitAlpha ? order.samples : unit;
+        AddPacking<&RowKernels::packRow10, &RowKernels::unpackRow10>("packRow10", "unpackRow10", name, order, unit,
+                                                                     {16 * callers}, {8 * unit, 2 * unit});
+        AddPacking<&RowKernels::packRow12, &RowKernels::unpackRow12>("packRow12", "unpackRow12", name, order, unit,
+                                                                     {16 * callers}, {8 * unit, 4 * unit});
+        if (order.alpha != AlphaPlace::Interleaved) {
+            Add("fixedRowToFloat", name, 0, {16 * unit}, {32 * unit},
+                [&order, unit](const RowKernels& kernels, const RowParts& row, size_t n) {
+                    kernels.fixedRowToFloat(order, row.src[0], unit * n, row.dst[0]);
+                });
+            return;
+        }
+        for (const size_t bytes : kSampleSizes) {
+            AddAlpha(name, order, bytes);
         }
     }
-    return cases;
-}
 
-Bytes PartOf(const Bytes& content, size_t bytes) {
-    Bytes part(bytes);
-    for (size_t i = 0; i < bytes && !content.empty(); ++i) {
-        part[i] = content[i % content.size()];
+    template <auto Pack, auto Unpack>
+    void AddPacking(const char* packName, const char* unpackName, const std::string& name, const Order& order,
+                    size_t unit, Bits words, Bits parts) {
+        Add(packName, name, 0, words, parts, [&order, unit](const RowKernels& kernels, const RowParts& row, size_t n) {
+            (kernels.*Pack)(order, row.src[0], unit * n, row.dst[0], row.dst[1]);
+        });
+        if (order.alpha != AlphaPlace::Interleaved) {
+            Add(unpackName, name, 0, parts, words,
+                [&order, unit](const RowKernels& kernels, const RowParts& row, size_t n) {
+                    (kernels.*Unpack)(order, row.src[0], row.src[1], unit * n, row.dst[0]);
+                });
+        }
     }
-    return part;
-}
+
+    void AddAlpha(const std::string& name, const Order& order, size_t bytes) {
+        const Bits pixel = {8 * bytes * order.samples};
+        const Bits parts = {8 * bytes * order.colourSamples, 8 * bytes};
+        const auto split = [&order, bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
+            kernels.splitRow(order, bytes, row.src[0], row.dst[0], row.dst[1], n);
+        };
+        const auto drop = [&order, bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
+            kernels.splitRow(order, bytes, row.src[0], row.dst[0], nullptr, n);
+        };
+        Add("splitRow", name, bytes, pixel, parts, split);
+        Add("splitRow", name, bytes, pixel, {parts[0]}, drop, " without alpha");
+        Add("mergeRow", name, bytes, parts, pixel,
+            [&order, bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
+                kernels.mergeRow(order, bytes, row.src[0], row.src[1], row.dst[0], n);
+            });
+    }
+
+    std::vector<RowKernelCase> cases_;
+};
 
 struct Result {
     Bytes bytes;  // of all parts
@@ -137,22 +127,34 @@ struct Result {
 Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t units, const RowPlaces& places,
            const Bytes& content) {
     const auto bytesOf = [units](size_t bits) { return (bits * units + 7) / 8; };
-    const auto source = [&](size_t bits) { return PartOf(content, bytesOf(bits)); };
-    const auto target = [&](size_t bits) { return Bytes(bytesOf(bits), 0xCD); };
-    const ExactBuffer src0(source(kernelCase.sourceBits[0]), places.source, places.sourceShift);
-    const ExactBuffer src1(source(kernelCase.sourceBits[1]), places.source, places.sourceShift);
-    const ExactBuffer dst0(target(kernelCase.targetBits[0]), places.target, places.targetShift);
-    const ExactBuffer dst1(target(kernelCase.targetBits[1]), places.target, places.targetShift);
-    uint8_t* const first = kernelCase.targetBits[0] == 0 ? src0.data() : dst0.data();
-    kernelCase.run(kernels, {{src0.data(), src1.data()}, {first, dst1.data()}}, units);
-    return {Join({dst0.Content(), dst1.Content(), src0.Content(), src1.Content()}),
-            src0.IsIntact() && src1.IsIntact() && dst0.IsIntact() && dst1.IsIntact()};
+    const auto source = [&](size_t bits) {
+        Bytes bytes(bytesOf(bits));
+        for (size_t i = 0; i < bytes.size() && !content.empty(); ++i) {
+            bytes[i] = content[i % content.size()];
+        }
+        return bytes;
+    };
+    const auto [srcBits, dstBits] = std::pair(kernelCase.sourceBits, kernelCase.targetBits);
+    const ExactBuffer buffers[] = {{source(srcBits[0]), places.source, places.sourceShift},
+                                   {source(srcBits[1]), places.source, places.sourceShift},
+                                   {Bytes(bytesOf(dstBits[0]), 0xCD), places.target, places.targetShift},
+                                   {Bytes(bytesOf(dstBits[1]), 0xCD), places.target, places.targetShift}};
+    const bool isInPlace = dstBits[0] == 0;
+    kernelCase.run(kernels,
+                   {{buffers[0].data(), buffers[1].data()}, {buffers[isInPlace ? 0 : 2].data(), buffers[3].data()}},
+                   units);
+    Result result = {{}, true};
+    for (const ExactBuffer& buffer : buffers) {
+        result.bytes.insert(result.bytes.end(), buffer.data(), buffer.data() + buffer.size());
+        result.staysInside = result.staysInside && buffer.IsIntact();
+    }
+    return result;
 }
 
 }  // namespace
 
 const std::vector<RowKernelCase>& RowKernelCases() {
-    static const Cases kCases = MakeCases();
+    static const std::vector<RowKernelCase> kCases = CaseTable().Make();
     return kCases;
 }
 

@@ -2,6 +2,7 @@
 // them with their plain twins, benchmarks time them.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,8 +24,8 @@ struct RowKernelCase {
     std::string order;
     size_t sampleBytes;
     // What a unit, the least that the kernel moves, takes of each part. Without a target the source is the target.
-    size_t sourceBits[2];
-    size_t targetBits[2];
+    std::array<size_t, 2> sourceBits;
+    std::array<size_t, 2> targetBits;
     std::function<void(const plenar::RowKernels&, const RowParts&, size_t units)> run;
     std::string variant = "";  // what is special about the call
 };
