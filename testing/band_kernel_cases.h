@@ -1,6 +1,7 @@
 // The kernels of coded planes as one table.
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,10 @@ struct BandKernelCase {
     uint32_t depth;  // of its samples
     void (*take)(plenar::RleKernels& to, const plenar::RleKernels& from);
 };
+
+inline std::ostream& operator<<(std::ostream& stream, const BandKernelCase& kernelCase) {
+    return stream << kernelCase.kernel;
+}
 
 const std::vector<BandKernelCase>& BandKernelCases();
 

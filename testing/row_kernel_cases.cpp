@@ -1,6 +1,5 @@
 #include "testing/row_kernel_cases.h"
 
-#include <cstdio>
 #include <utility>
 
 #include "testing/exact_buffer.h"
@@ -153,6 +152,14 @@ Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t un
 
 }  // namespace
 
+std::string RowPlaces::Name() const {
+    const auto name = [](uint32_t place, size_t shift) {
+        constexpr const char* kNames[] = {"a heap block", " bytes before the end", " bytes behind the start"};
+        return (place % 3 == kHeapBlock ? "" : std::to_string(shift)) + kNames[place % 3];
+    };
+    return name(source, sourceShift) + " to " + name(target, targetShift);
+}
+
 const std::vector<RowKernelCase>& RowKernelCases() {
     static const std::vector<RowKernelCase> kCases = CaseTable().Make();
     return kCases;
@@ -160,18 +167,18 @@ const std::vector<RowKernelCase>& RowKernelCases() {
 
 std::string RowKernelFailure(const RowKernelCase& kernelCase, size_t units, const RowPlaces& places,
                              const Bytes& content) {
-    const Bytes expected = Run(kernelCase, plenar::kPlainRowKernels, units, places, content).bytes;
+    Bytes expected;
     for (const plenar::Target target : plenar::RunnableTargets()) {
-        static char what[256];
-        std::snprintf(
-            what, sizeof what,
-            "%s%s of %s, order %s, %zu bytes a sample, %zu units, places %u+%zu to %u+%zu: ", kernelCase.kernel.c_str(),
-            kernelCase.variant.c_str(), NameOf(target), kernelCase.order.empty() ? "any" : kernelCase.order.c_str(),
-            kernelCase.sampleBytes, units, places.source, places.sourceShift, places.target, places.targetShift);
-        NoteForFaults(what);
+        static std::string what;
+        what = kernelCase.kernel + kernelCase.variant + " of " + NameOf(target) +
+               (kernelCase.order.empty() ? "" : ", order " + kernelCase.order) +
+               (kernelCase.sampleBytes == 0 ? "" : ", " + std::to_string(kernelCase.sampleBytes) + " bytes a sample") +
+               ", " + std::to_string(units) + " units, from " + places.Name() + ": ";
+        NoteForFaults(what.c_str());
         const Result result = Run(kernelCase, plenar::RowKernelsFor(target), units, places, content);
+        expected = target == plenar::Target::Plain ? result.bytes : expected;
         if (!result.staysInside) {
-            return std::string(what) + "writes outside its target";
+            return what + "writes outside its target";
         }
         if (result.bytes != expected) {
             return what + Difference(result.bytes, expected);

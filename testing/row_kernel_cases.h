@@ -38,6 +38,8 @@ struct RowPlaces {
     size_t sourceShift;
     uint32_t target;
     size_t targetShift;
+
+    std::string Name() const;
 };
 
 // Runs the kernel of every target that this processor has on the same units, whose bytes are those of `content`, and
