@@ -8,7 +8,7 @@
 
 #include "reference_work.h"
 #include "testing/codecs.h"
-#include "testing/names.h"
+#include "testing/sample_model.h"
 
 namespace plenar_bench {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "testing/exact_buffer.h"
-#include "testing/names.h"
+#include "testing/sample_model.h"
 
 namespace plenar_test {
 namespace {

@@ -1,123 +1,112 @@
 #include "testing/sample_model.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
-
-#include "testing/names.h"
 
 namespace plenar_test {
 namespace {
 
-constexpr uint32_t kNoAlpha = 98;
-constexpr uint32_t kApart = 99;
-
-// How an order arranges the samples of a pixel (in 4:2:2: of a luma sample and the chroma sample beside it).
+// How an order arranges the samples of a pixel; in 4:2:2 of a luma sample and the chroma sample beside it.
 struct Arrangement {
-    std::string family;                 // the plane's code without the depth
-    uint32_t samples;                   // samples a pixel in the caller's row
-    uint32_t components;                // samples a pixel in the plane's row
-    std::array<uint32_t, 3> positions;  // where each of those stands in the caller's pixel
-    uint32_t alpha;                     // where alpha stands there
+    std::string name;
+    std::string family;       // the plane's code without the depth
+    std::string caller;       // the samples in the caller's row, a letter each
+    bool alphaApart = false;  // in a plane of its own
+
+    bool Is420() const { return family == "y"; }
+    bool Is422() const { return family == "y2"; }
+    bool HasAlphaAmong() const { return caller.size() > Plane().size(); }
+    bool SwapsPairs() const { return Is422() && caller[0] == 'Y'; }
+    std::string Plane() const { return Is422() ? "CY" : family == "rg" ? "RGB" : family == "y4" ? "BYR" : caller; }
 };
 
 const Arrangement& ArrangementOf(uint32_t order) {
-    static const Arrangement kOrders[] = {
-        {"", 0, 1, {0, 0, 0}, kNoAlpha},   {"y2", 2, 2, {1, 0, 0}, kNoAlpha},  // YCbYCr
-        {"y2", 2, 2, {0, 1, 0}, kNoAlpha},                                     // CbYCrY
-        {"rg", 4, 3, {1, 2, 3}, 0},                                            // ARGB
-        {"rg", 4, 3, {2, 1, 0}, 3},                                            // BGRA
-        {"rg", 3, 3, {0, 1, 2}, kNoAlpha},                                     // RGB
-        {"rg", 3, 3, {2, 1, 0}, kNoAlpha},                                     // BGR
-        {"rg", 4, 3, {0, 1, 2}, 3},                                            // RGBA
-        {"rg", 4, 3, {3, 2, 1}, 0},                                            // ABGR
-        {"y4", 3, 3, {0, 1, 2}, kNoAlpha},                                     // CbYCr
-        {"y", 1, 1, {0, 0, 0}, kNoAlpha},                                      // YCbCr420Planar
-        {"y2", 3, 2, {0, 1, 0}, 2},                                            // CbYACrYA
-        {"y4", 4, 3, {1, 0, 2}, 3},                                            // YCbCrA
-        {"y", 1, 1, {0, 0, 0}, kApart},                                        // YCbCrA420Planar
-        {"a", 1, 1, {0, 0, 0}, kApart},                                        // AlphaOnly
-        {"y2", 2, 2, {1, 0, 0}, kApart},                                       // YCbYCrPlusAlpha
-        {"y2", 2, 2, {0, 1, 0}, kApart},                                       // CbYCrYPlusAlpha
-    };
+    static const Arrangement kOrders[] = {{"NoOrder", "", ""},
+                                          {"YCbYCr", "y2", "YC"},
+                                          {"CbYCrY", "y2", "CY"},
+                                          {"ARGB", "rg", "ARGB"},
+                                          {"BGRA", "rg", "BGRA"},
+                                          {"RGB", "rg", "RGB"},
+                                          {"BGR", "rg", "BGR"},
+                                          {"RGBA", "rg", "RGBA"},
+                                          {"ABGR", "rg", "ABGR"},
+                                          {"CbYCr", "y4", "BYR"},
+                                          {"YCbCr420Planar", "y", "Y"},
+                                          {"CbYACrYA", "y2", "CYA"},
+                                          {"YCbCrA", "y4", "YBRA"},
+                                          {"YCbCrA420Planar", "y", "Y", true},
+                                          {"AlphaOnly", "a", "A", true},
+                                          {"YCbYCrPlusAlpha", "y2", "YC", true},
+                                          {"CbYCrYPlusAlpha", "y2", "CY", true}};
     return kOrders[order < std::size(kOrders) ? order : 0];
 }
 
-// Whether an alpha plane of its own follows an interleaved picture.
-bool HasAlphaBehind(uint32_t order) {
-    return Is422(order) && ArrangementOf(order).alpha == kApart;
-}
+struct SampleType {
+    const char* name;
+    uint32_t bits;
+    const char* code;
+    uint32_t callerBytes = 2;
+};
 
-bool SwapsPairs(uint32_t order) {
-    return Is422(order) && ArrangementOf(order).positions[0] == 1;
-}
-
-uint32_t SampleBytes(uint32_t type) {
-    return type == plenar::Uint8 ? 1 : type == plenar::Float32 ? 4 : 2;
+const SampleType& SampleTypeOf(uint32_t type) {
+    static const SampleType kTypes[] = {{"NoType", 0, ""},    {"Uint8", 8, "08", 1},   {"Uint16", 16, "16"},
+                                        {"Uint10", 10, "10"}, {"Uint12", 12, "12"},    {"Packed10", 10, "10"},
+                                        {"Half16", 16, "h"},  {"Float32", 32, "f", 4}, {"Fixed2p14", 16, "S1"}};
+    return kTypes[type < 8 ? type : type == plenar::Fixed2p14 ? 8 : 0];
 }
 
 uint64_t Half(uint64_t size) {
     return (size + 1) / 2;
 }
 
-enum class Role { Primary, Cb, Cr, Alpha };
+// What a plane's code says.
+struct Code {
+    std::string text;
 
-Role RoleOf(const std::string& code) {
-    const auto has = [&code](const char* family) { return code.find(family) != std::string::npos; };
-    return has("cb") ? Role::Cb : has("cr") ? Role::Cr : has("a") ? Role::Alpha : Role::Primary;
-}
-
-bool IsFixed(const std::string& code) {
-    return code.substr(2) == "S1";
-}
-
-uint32_t PlaneBits(const std::string& code) {
-    const char last = code.back();
-    return last == '8' ? 8 : last == '0' ? 10 : last == '2' ? 12 : last == 'f' ? 32 : 16;
-}
-
-uint64_t RowSamples(const std::string& code, uint64_t width) {
-    if (code.find("y2") != std::string::npos) {
-        return 2 * width + (width & 1);
+    bool Has(const char* family) const { return text.find(family) != std::string::npos; }
+    bool IsChroma() const { return Has("cb") || Has("cr"); }
+    bool IsAlpha() const { return Has("a"); }
+    bool IsFixed() const { return text.substr(2) == "S1"; }
+    bool IsSplit() const { return Bits() == 10 || Bits() == 12; }
+    bool HasRoleOf(const Code& other) const {
+        return Has("cb") == other.Has("cb") && Has("cr") == other.Has("cr") && IsAlpha() == other.IsAlpha();
     }
-    return code.find("y4") != std::string::npos || code.find("rg") != std::string::npos ? 3 * width : width;
-}
-
-uint64_t PlaneRowBytes(const std::string& code, uint64_t width) {
-    return (PlaneBits(code) * RowSamples(code, width) + 7) / 8;
-}
-
-uint64_t Stride(const UncompressedParams& params) {
-    return params.rowBytes != 0 ? params.rowBytes : TightRowBytes(params);
-}
-
-uint64_t Stride2(const UncompressedParams& params) {
-    return params.rowBytes2 != 0 ? params.rowBytes2 : TightRowBytes2(params);
-}
-
-// The first byte of row `y` of the caller's plane that holds the samples of this role.
-uint64_t RowOffset(const UncompressedParams& params, Role role, uint64_t y) {
-    const uint64_t first = params.height * Stride(params);
-    const uint64_t chroma = Half(params.height) * Stride2(params);
-    const bool planar = Is420(params.colorComponentOrder);
-    if (role == Role::Cb || role == Role::Cr) {
-        return first + (role == Role::Cr ? chroma : 0) + y * Stride2(params);
+    uint32_t Bits() const {
+        const char last = text.back();
+        return last == '8' ? 8 : last == '0' ? 10 : last == '2' ? 12 : last == 'f' ? 32 : 16;
     }
-    if (role == Role::Alpha && HasAlphaBehind(params.colorComponentOrder)) {
-        return first + y * Stride2(params);
+    uint64_t RowSamples(uint64_t width) const {
+        return Has("y2") ? 2 * width + (width & 1) : Has("y4") || Has("rg") ? 3 * width : width;
     }
-    return (role == Role::Alpha && planar ? first + 2 * chroma : 0) + y * Stride(params);
-}
+    uint64_t RowBytes(uint64_t width) const { return (Bits() * RowSamples(width) + 7) / 8; }
+};
 
-// Where sample `i` of row `y` of a plane lies in the caller's picture.
-uint64_t SampleOffset(const UncompressedParams& params, Role role, uint64_t y, uint64_t i) {
+// Where the samples of a plane lie in the caller's picture.
+struct Layout {
+    const UncompressedParams& params;
     const Arrangement& order = ArrangementOf(params.colorComponentOrder);
-    uint64_t position = order.samples * (i / order.components) + order.positions.at(i % order.components);
-    if (role == Role::Alpha) {
-        position = order.alpha == kApart ? i : order.samples * i + order.alpha;
+    uint32_t sampleBytes = SampleTypeOf(params.componentType).callerBytes;
+    uint64_t stride = params.rowBytes != 0 ? params.rowBytes : TightRowBytes(params);
+    uint64_t stride2 = params.rowBytes2 != 0 ? params.rowBytes2 : TightRowBytes2(params);
+
+    // The first byte of row `y` of the caller's plane that holds the samples.
+    uint64_t Row(const Code& code, uint64_t y) const {
+        const uint64_t first = params.height * stride;
+        const uint64_t chroma = Half(params.height) * stride2;
+        if (code.IsChroma() || (code.IsAlpha() && order.Is422() && order.alphaApart)) {
+            return first + (code.Has("cr") ? chroma : 0) + y * stride2;
+        }
+        return (code.IsAlpha() && order.Is420() ? first + 2 * chroma : 0) + y * stride;
     }
-    return RowOffset(params, role, y) + position * SampleBytes(params.componentType);
-}
+    uint64_t Sample(const Code& code, uint64_t y, uint64_t i) const {
+        const std::string plane = order.Plane();
+        uint64_t position = order.caller.size() * (i / plane.size()) + order.caller.find(plane[i % plane.size()]);
+        if (code.IsAlpha()) {
+            position = order.alphaApart ? i : order.caller.size() * i + order.caller.find('A');
+        }
+        return Row(code, y) + position * sampleBytes;
+    }
+};
 
 uint32_t ReadWord(const Bytes& bytes, uint64_t offset, uint32_t count) {
     uint32_t word = 0;
@@ -134,11 +123,11 @@ void WriteWord(Bytes& bytes, uint64_t offset, uint32_t count, uint32_t word) {
 }
 
 // A sample as it stands in the caller's word.
-uint32_t CallerWord(const UncompressedParams& params, Role role, uint64_t y, uint64_t i, const Bytes& picture) {
-    if (params.componentType == plenar::Packed10) {
-        return ((ReadWord(picture, RowOffset(params, role, y) + 4 * (i / 3), 4) >> (10 * (i % 3))) & 0x3FF) << 6;
+uint32_t CallerWord(const Layout& layout, const Code& code, uint64_t y, uint64_t i, const Bytes& picture) {
+    if (layout.params.componentType == plenar::Packed10) {
+        return ((ReadWord(picture, layout.Row(code, y) + 4 * (i / 3), 4) >> (10 * (i % 3))) & 0x3FF) << 6;
     }
-    return ReadWord(picture, SampleOffset(params, role, y, i), SampleBytes(params.componentType));
+    return ReadWord(picture, layout.Sample(code, y, i), layout.sampleBytes);
 }
 
 // Rows of 10 and 12 bits hold the high bytes of all samples, then the low bits of all samples, lowest bits first. A
@@ -151,14 +140,16 @@ uint32_t SplitSample(const Bytes& src, uint64_t row, uint64_t rowLength, uint32_
 }
 
 Bytes EncodedPlane(const UncompressedParams& params, const Plane& plane, const Bytes& picture) {
-    const uint32_t bits = PlaneBits(plane.code);
-    const uint64_t samples = RowSamples(plane.code, plane.width);
-    const uint64_t rowBytes = PlaneRowBytes(plane.code, plane.width);
+    const Code code = {plane.code};
+    const Layout layout = {params};
+    const uint32_t bits = code.Bits();
+    const uint64_t samples = code.RowSamples(plane.width);
+    const uint64_t rowBytes = code.RowBytes(plane.width);
     Bytes data(plane.height * rowBytes);
     for (uint64_t y = 0; y < plane.height; ++y) {
         for (uint64_t i = 0; i < samples; ++i) {
-            const uint32_t word = CallerWord(params, RoleOf(plane.code), y, i, picture);
-            if (bits == 10 || bits == 12) {
+            const uint32_t word = CallerWord(layout, code, y, i, picture);
+            if (code.IsSplit()) {
                 const uint64_t bit = 8 * samples + i * (bits - 8);
                 const uint32_t low = (word >> (16 - bits)) & ((1U << (bits - 8)) - 1);
                 data.at(y * rowBytes + i) = static_cast<uint8_t>(word >> 8);
@@ -187,38 +178,50 @@ void DecodePackedRow(uint64_t width, const Bytes& src, uint64_t row, Bytes& pict
 
 void DecodePlane(const UncompressedParams& params, const Plane& plane, uint64_t offset, const Bytes& src,
                  Bytes& picture) {
-    const Role role = RoleOf(plane.code);
-    const uint32_t bits = PlaneBits(plane.code);
-    const bool split = bits == 10 || bits == 12;
-    const bool fixedToFloat = IsFixed(plane.code) && params.componentType == plenar::Float32;
-    const uint32_t bytes = SampleBytes(params.componentType);
-    const uint64_t samples = RowSamples(plane.code, plane.width);
+    const Code code = {plane.code};
+    const Layout layout = {params};
+    const uint32_t bits = code.Bits();
+    const uint32_t bytes = layout.sampleBytes;
+    const bool fixedToFloat = code.IsFixed() && params.componentType == plenar::Float32;
+    const uint64_t samples = code.RowSamples(plane.width);
     // With an odd width the swapped rows have a luma sample that the plane lacks; a split row is read as if it had it.
-    const bool lacksOne = SwapsPairs(params.colorComponentOrder) && role == Role::Primary && samples % 2 == 1;
-    const uint64_t readSamples = samples + (lacksOne && split ? 1 : 0);
+    const bool lacksOne = layout.order.SwapsPairs() && !code.IsAlpha() && samples % 2 == 1;
+    const uint64_t readSamples = samples + (lacksOne && code.IsSplit() ? 1 : 0);
     for (uint64_t y = 0; y < plane.height; ++y) {
-        const uint64_t row = offset + y * PlaneRowBytes(plane.code, plane.width);
-        const uint64_t target = RowOffset(params, role, y);
+        const uint64_t row = offset + y * code.RowBytes(plane.width);
+        const uint64_t target = layout.Row(code, y);
         if (params.componentType == plenar::Packed10) {
             DecodePackedRow(plane.width, src, row, picture, target);
             continue;
         }
-        if (lacksOne && !split) {
+        if (lacksOne && !code.IsSplit()) {
             const uint32_t old = fixedToFloat ? ReadWord(picture, target + samples * bytes, bytes) : 0;
             WriteWord(picture, target + (samples - 1) * bytes, bytes, old);
         }
         for (uint64_t i = 0; i < readSamples; ++i) {
-            uint32_t word =
-                split ? SplitSample(src, row, readSamples, bits - 8, i) : ReadWord(src, row + i * bits / 8, bits / 8);
+            uint32_t word = code.IsSplit() ? SplitSample(src, row, readSamples, bits - 8, i)
+                                           : ReadWord(src, row + i * bits / 8, bits / 8);
             if (fixedToFloat) {
                 word = std::bit_cast<uint32_t>(static_cast<float>(static_cast<int16_t>(word)) / 16384.0F);
             }
-            WriteWord(picture, SampleOffset(params, role, y, i), bytes, word);
+            WriteWord(picture, layout.Sample(code, y, i), bytes, word);
         }
     }
 }
 
 }  // namespace
+
+std::string PairName(uint32_t order, uint32_t type) {
+    return OrderName(order) + "_" + SampleTypeOf(type).name;
+}
+
+std::string OrderName(uint32_t order) {
+    return ArrangementOf(order).name;
+}
+
+std::string TypeName(uint32_t type) {
+    return SampleTypeOf(type).name;
+}
 
 UncompressedParams MakeParams(uint32_t order, uint32_t type, uint32_t width, uint32_t height, uint32_t rowBytes,
                               uint32_t rowBytes2, uint32_t frameLayout) {
@@ -236,25 +239,24 @@ Bytes RecordBytes(const UncompressedParams& params) {
 
 std::string Describe(const UncompressedParams& params) {
     const auto text = [](uint32_t number) { return std::to_string(number); };
-    return PairName({params.colorComponentOrder, params.componentType}) + ", " + text(params.width) + " x " +
+    return PairName(params.colorComponentOrder, params.componentType) + ", " + text(params.width) + " x " +
            text(params.height) + ", rowBytes " + text(params.rowBytes) + ", " + text(params.rowBytes2);
 }
 
 bool Is422(uint32_t order) {
-    return ArrangementOf(order).family == "y2";
+    return ArrangementOf(order).Is422();
 }
 
 bool Is420(uint32_t order) {
-    return ArrangementOf(order).family == "y";
+    return ArrangementOf(order).Is420();
 }
 
 bool HasAlpha(uint32_t order) {
-    return ArrangementOf(order).alpha != kNoAlpha;
+    return ArrangementOf(order).alphaApart || ArrangementOf(order).HasAlphaAmong();
 }
 
 uint32_t TypeBits(uint32_t type) {
-    constexpr std::array<uint32_t, 8> kBits{0, 8, 16, 10, 12, 10, 16, 32};
-    return type == plenar::Fixed2p14 ? 16 : type < kBits.size() ? kBits[type] : 0;
+    return SampleTypeOf(type).bits;
 }
 
 bool StoresAlpha(uint32_t type) {
@@ -263,7 +265,7 @@ bool StoresAlpha(uint32_t type) {
 
 std::vector<std::string> PlaneCodes(uint32_t order, uint32_t type) {
     const bool alphaOnly = order == plenar::AlphaOnly;
-    if (ArrangementOf(order).samples == 0 || TypeBits(type) == 0 || (alphaOnly && !StoresAlpha(type)) ||
+    if (ArrangementOf(order).family.empty() || TypeBits(type) == 0 || (alphaOnly && !StoresAlpha(type)) ||
         (type == plenar::Packed10 && order != plenar::CbYCrY) || (type == plenar::Fixed2p14 && Is420(order))) {
         return {};
     }
@@ -274,9 +276,8 @@ std::vector<std::string> PlaneCodes(uint32_t order, uint32_t type) {
     if (HasAlpha(order) && StoresAlpha(type) && !alphaOnly) {
         codes.emplace_back("a");
     }
-    const std::string depth = TypeBits(type) == 8 ? "08" : std::to_string(TypeBits(type));
     for (std::string& code : codes) {
-        code += type == plenar::Half16 ? "h" : type == plenar::Float32 ? "f" : type == plenar::Fixed2p14 ? "S1" : depth;
+        code += SampleTypeOf(type).code;
         code.insert(0, 4 - code.size(), ' ');
     }
     return codes;
@@ -300,34 +301,38 @@ uint64_t TightRowBytes(const UncompressedParams& params) {
     if (params.componentType == plenar::Packed10) {
         return (width + 5) / 6 * 16;
     }
-    const uint64_t shared = Is422(order) && width % 2 == 1 ? (SwapsPairs(order) ? 2 : 1) : 0;
-    return (ArrangementOf(order).samples * width + shared) * SampleBytes(params.componentType);
+    const Arrangement& arrangement = ArrangementOf(order);
+    const uint64_t shared = Is422(order) && width % 2 == 1 ? (arrangement.SwapsPairs() ? 2 : 1) : 0;
+    return (arrangement.caller.size() * width + shared) * SampleTypeOf(params.componentType).callerBytes;
 }
 
 uint64_t TightRowBytes2(const UncompressedParams& params) {
     const uint32_t order = params.colorComponentOrder;
-    const uint64_t samples = Is420(order) ? Half(params.width) : HasAlphaBehind(order) ? params.width : 0;
-    return samples * SampleBytes(params.componentType);
+    const bool hasAlphaBehind = Is422(order) && ArrangementOf(order).alphaApart;
+    const uint64_t samples = Is420(order) ? Half(params.width) : hasAlphaBehind ? params.width : 0;
+    return samples * SampleTypeOf(params.componentType).callerBytes;
 }
 
 uint64_t PictureSize(const UncompressedParams& params) {
     const uint32_t order = params.colorComponentOrder;
-    const uint64_t first = params.height * Stride(params);
+    const Layout layout = {params};
+    const uint64_t first = params.height * layout.stride;
     if (Is420(order)) {
-        return (HasAlpha(order) ? 2 : 1) * first + 2 * Half(params.height) * Stride2(params);
+        return (HasAlpha(order) ? 2 : 1) * first + 2 * Half(params.height) * layout.stride2;
     }
-    return first + (HasAlphaBehind(order) ? params.height * Stride2(params) : 0);
+    return first + (Is422(order) && layout.order.alphaApart ? params.height * layout.stride2 : 0);
 }
 
 std::vector<Plane> NoisePlanes(const UncompressedParams& params, uint32_t seed) {
     std::vector<Plane> planes;
-    for (const std::string& code : PlaneCodes(params.colorComponentOrder, params.componentType)) {
-        Plane plane{code, params.width, params.height, static_cast<uint8_t>(params.frameLayout)};
-        if (RoleOf(code) == Role::Cb || RoleOf(code) == Role::Cr) {
+    for (const std::string& text : PlaneCodes(params.colorComponentOrder, params.componentType)) {
+        const Code code = {text};
+        Plane plane{text, params.width, params.height, static_cast<uint8_t>(params.frameLayout)};
+        if (code.IsChroma()) {
             plane.width = static_cast<uint32_t>(Half(params.width));
             plane.height = static_cast<uint32_t>(Half(params.height));
         }
-        plane.data = Noise(plane.height * PlaneRowBytes(code, plane.width), seed++);
+        plane.data = Noise(plane.height * code.RowBytes(plane.width), seed++);
         planes.push_back(plane);
     }
     return planes;
@@ -344,7 +349,7 @@ std::vector<Plane> EncodedPlanes(const UncompressedParams& params, const Bytes& 
 void DecodeInto(const UncompressedParams& params, const std::vector<Plane>& planes, const Bytes& src, Bytes& picture) {
     for (const std::string& wanted : PlaneCodes(params.colorComponentOrder, params.componentType)) {
         for (size_t k = 0; k < planes.size(); ++k) {
-            if (RoleOf(planes[k].code) == RoleOf(wanted)) {
+            if (Code{planes[k].code}.HasRoleOf({wanted})) {
                 DecodePlane(params, planes[k], DataOffset(planes, k), src, picture);
             }
         }
@@ -352,8 +357,8 @@ void DecodeInto(const UncompressedParams& params, const std::vector<Plane>& plan
 }
 
 std::string DecodeRefusal(const std::vector<Plane>& planes, uint32_t order, uint32_t type) {
-    const bool fixedToFloat = IsFixed(planes[0].code) && type == plenar::Float32;
-    if (!fixedToFloat && PlaneBits(planes[0].code) != TypeBits(type)) {
+    const bool fixedToFloat = Code{planes[0].code}.IsFixed() && type == plenar::Float32;
+    if (!fixedToFloat && Code{planes[0].code}.Bits() != TypeBits(type)) {
         return "bit depth in src metadata is different than bit depth in uncompressed params";
     }
     const std::vector<std::string> wanted = PlaneCodes(order, type);
@@ -362,7 +367,7 @@ std::string DecodeRefusal(const std::vector<Plane>& planes, uint32_t order, uint
     }
     for (const std::string& code : wanted) {
         const bool held = std::any_of(planes.begin(), planes.end(), [&](const Plane& plane) {
-            return plane.code == code || (IsFixed(plane.code) && code == " " + plane.code.substr(0, 2) + "f");
+            return plane.code == code || (Code{plane.code}.IsFixed() && code == " " + plane.code.substr(0, 2) + "f");
         });
         if (!held) {
             return "src metadata type is incompatible with color component order or component type";

@@ -13,6 +13,13 @@
 
 namespace plenar_test {
 
+inline constexpr uint32_t kOrderCount = 16;
+
+// By name; a pair as "RGBA_Uint16", which may stand in the name of a test.
+std::string OrderName(uint32_t order);
+std::string TypeName(uint32_t type);
+std::string PairName(uint32_t order, uint32_t type);
+
 UncompressedParams MakeParams(uint32_t order, uint32_t type, uint32_t width, uint32_t height, uint32_t rowBytes = 0,
                               uint32_t rowBytes2 = 0, uint32_t frameLayout = 0);
 CompressedParams MakeCompressed(uint8_t alphaRle = 0, uint8_t alphaBandLimit = 0);

@@ -226,7 +226,7 @@ TEST(SteadyState, AllocatesAtMostTheListsOfItsBatches) {
                 allocations.Arm(0);
                 if (host.RunFrame().empty() && counted) {
                     EXPECT_LE(allocations.Calls(), threads == 1 ? 0U : 16U)
-                        << PairName({order, type}) << ", " << threads << " threads";
+                        << PairName(order, type) << ", " << threads << " threads";
                 }
             }
         }

@@ -102,13 +102,13 @@ TEST_P(EveryPair, IsRefusedByEveryOtherRequestWithTheRightMessage) {
         for (const uint32_t wantedType : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 214U}) {
             EXPECT_EQ(Decode(decoder, MakeParams(wantedOrder, wantedType, 4, 2), PayloadOf(planes), Bytes(256)).message,
                       DecodeRefusal(planes, wantedOrder, wantedType))
-                << "as " << PairName({wantedOrder, wantedType});
+                << "as " << PairName(wantedOrder, wantedType);
         }
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()),
-                         [](const auto& test) { return PairName(test.param); });
+                         [](const auto& test) { return PairName(test.param.first, test.param.second); });
 
 TEST(Formats, AreOneHundredAndSix) {
     EXPECT_EQ(AllPairs().size(), 106U);

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/names.h"
+#include "testing/sample_model.h"
 
 namespace plenar_test {
 

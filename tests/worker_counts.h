@@ -7,7 +7,6 @@
 #include <memory>
 
 #include "testing/frame_calls.h"
-#include "testing/names.h"
 
 namespace plenar_test {
 
