@@ -26,7 +26,7 @@ bool MovesAlpha(const RowKernelCase& kernelCase) {
 
 // One order stands for those whose kernels do the same.
 bool IsMeasured(const RowKernelCase& kernelCase) {
-    const std::string& order = kernelCase.order;
+    const std::string& order = kernelCase.orderName;
     const bool isOneOfMany = MovesAlpha(kernelCase) ? order == "BGRA" || order == "CbYACrYA" : order == "RGB";
     return kernelCase.variant.empty() && (order.empty() || isOneOfMany);
 }
@@ -36,7 +36,7 @@ std::string NameOf(const RowKernelCase& kernelCase) {
     if (const size_t row = name.find("Row"); row != std::string::npos) {
         name.erase(row, 3);
     }
-    return name + (kernelCase.order.empty() || kernelCase.order == "RGB" ? "" : "-" + kernelCase.order) +
+    return name + (kernelCase.orderName.empty() || kernelCase.orderName == "RGB" ? "" : "-" + kernelCase.orderName) +
            (kernelCase.sampleBytes == 0 ? "" : "-" + std::to_string(kernelCase.sampleBytes));
 }
 
@@ -52,15 +52,14 @@ void AddRowKernel(const RowKernelCase& kernelCase) {
     for (const plenar::Target target : plenar::RunnableTargets()) {
         const plenar::RowKernels* kernels = &plenar::RowKernelsFor(target);
         Measure(
-            prefix + NameOf(target),
-            [=, &run = kernelCase.run, firstSource = firstSource, firstTarget = firstTarget]() -> Work {
+            prefix + NameOf(target), [=, &kernelCase, firstSource = firstSource, firstTarget = firstTarget]() -> Work {
                 const uint8_t* src = PictureMemory(2 * kRowBytes);
                 uint8_t* dst = PayloadMemory(2 * kRowBytes);
                 // Low parts of samples follow their high parts, alpha has a plane of its own.
                 const auto second = [=](size_t firstBits) { return hasAlpha ? kFarPart : units * firstBits / 8; };
                 const plenar_test::RowParts row = {{src, src + second(firstSource)}, {dst, dst + second(firstTarget)}};
-                return {[=, &run] {
-                            run(*kernels, row, units);
+                return {[=, &kernelCase] {
+                            kernelCase.run(*kernels, kernelCase, row, units);
                             return true;
                         },
                         moved};

@@ -1,6 +1,7 @@
 #include "testing/row_kernel_cases.h"
 
-#include <utility>
+#include <tuple>
+#include <type_traits>
 
 #include "testing/exact_buffer.h"
 #include "testing/sample_model.h"
@@ -16,107 +17,89 @@ using plenar::RowKernels;
 
 constexpr size_t kSampleSizes[] = {1, 2, 4};
 
-// Makes the cases; the parts of a row stand in the order in which the kernels take them.
-class CaseTable {
+// What a kernel is called with, handed out in the order of its parameters.
+class Arguments {
 public:
-    std::vector<RowKernelCase> Make() {
-        AddCopy<&RowKernels::copy>("copy");
-        AddCopy<&RowKernels::streamCopy>("streamCopy");
-        for (const size_t bytes : kSampleSizes) {
-            AddExchange<&RowKernels::swapPairs>("swapPairs", bytes, 16 * bytes);
-            AddExchange<&RowKernels::reverseTriples>("reverseTriples", bytes, 24 * bytes);
+    Arguments(const RowKernelCase& kernelCase, const RowParts& row, size_t units)
+        : kernelCase_(kernelCase), row_(row), count_(units * kernelCase.unit) {}
+
+    template <class Argument>
+    Argument Next() {
+        if constexpr (std::is_same_v<Argument, const Order&>) {
+            return *kernelCase_.order;
+        } else if constexpr (std::is_same_v<Argument, const uint8_t*>) {
+            return row_.src[sources_++];
+        } else if constexpr (std::is_same_v<Argument, uint8_t*>) {
+            return row_.dst[targets_++];
+        } else {  // the size of a sample stands ahead of all rows, the count behind some
+            return sources_ == 0 ? kernelCase_.sampleBytes : count_;
         }
-        Add("packedGroupsToPlane", "", 0, {128}, {96, 24},
-            [](const RowKernels& kernels, const RowParts& row, size_t n) {
-                kernels.packedGroupsToPlane(row.src[0], n, row.dst[0], row.dst[1]);
-            });
-        Add("planeToPackedGroups", "", 0, {96, 24}, {128},
-            [](const RowKernels& kernels, const RowParts& row, size_t n) {
-                kernels.planeToPackedGroups(row.src[0], row.src[1], n, row.dst[0]);
-            });
-        for (uint32_t number = 1; number <= kOrderCount; ++number) {
-            AddOrder(OrderName(number), FindOrder(number));
-        }
-        return cases_;
     }
 
 private:
-    using Bits = std::array<size_t, 2>;
+    const RowKernelCase& kernelCase_;
+    const RowParts& row_;
+    size_t count_;
+    size_t sources_ = 0;
+    size_t targets_ = 0;
+};
 
-    template <class Run>
-    void Add(const char* kernel, const std::string& order, size_t bytes, Bits source, Bits target, const Run& run,
-             const char* variant = "") {
-        cases_.push_back({kernel, order, bytes, source, target, run, variant});
+template <class... Parameters>
+auto CallOf(void (*RowKernels::*kernel)(Parameters...)) {
+    return [kernel](const RowKernels& kernels, const RowKernelCase& kernelCase, const RowParts& row, size_t units) {
+        Arguments arguments(kernelCase, row, units);
+        // Braces keep the order.
+        std::apply(kernels.*kernel, std::tuple<Parameters...>{arguments.Next<Parameters>()...});
+    };
+}
+
+using Bits = std::array<size_t, 2>;
+
+void AddCasesOf(const std::string& name, const Order& order, std::vector<RowKernelCase>& cases) {
+    const auto add = [&](const char* kernel, auto member, size_t bytes, Bits source, Bits target, size_t unit = 1,
+                         const char* variant = "") {
+        cases.push_back({kernel, name, &order, bytes, source, target, unit, CallOf(member), variant});
+    };
+    const size_t unit = order.movement == Movement::InOrder ? 1 : order.colourSamples;
+    const Bits words = {16 * (order.movement == Movement::SplitAlpha ? order.samples : unit)};
+    add("packRow10", &RowKernels::packRow10, 0, words, {8 * unit, 2 * unit}, unit);
+    add("packRow12", &RowKernels::packRow12, 0, words, {8 * unit, 4 * unit}, unit);
+    if (order.alpha != AlphaPlace::Interleaved) {
+        add("unpackRow10", &RowKernels::unpackRow10, 0, {8 * unit, 2 * unit}, words, unit);
+        add("unpackRow12", &RowKernels::unpackRow12, 0, {8 * unit, 4 * unit}, words, unit);
+        add("fixedRowToFloat", &RowKernels::fixedRowToFloat, 0, {16 * unit}, {32 * unit}, unit);
+        return;
     }
-
-    template <auto Kernel>
-    void AddCopy(const char* name) {
-        Add(name, "", 0, {8}, {8}, [](const RowKernels& kernels, const RowParts& row, size_t n) {
-            (kernels.*Kernel)(row.src[0], row.dst[0], n);
-        });
-    }
-
-    template <auto Kernel>
-    void AddExchange(const char* name, size_t bytes, size_t bits) {
-        const auto run = [bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
-            (kernels.*Kernel)(bytes, row.src[0], row.dst[0], n);
-        };
-        Add(name, "", bytes, {bits}, {bits}, run);
-        Add(name, "", bytes, {bits}, {}, run, " in place");
-    }
-
-    void AddOrder(const std::string& name, const Order& order) {
-        const size_t unit = order.movement == Movement::InOrder ? 1 : order.colourSamples;
-        const size_t callers = order.movement == Movement::SplitAlpha ? order.samples : unit;
-        AddPacking<&RowKernels::packRow10, &RowKernels::unpackRow10>("packRow10", "unpackRow10", name, order, unit,
-                                                                     {16 * callers}, {8 * unit, 2 * unit});
-        AddPacking<&RowKernels::packRow12, &RowKernels::unpackRow12>("packRow12", "unpackRow12", name, order, unit,
-                                                                     {16 * callers}, {8 * unit, 4 * unit});
-        if (order.alpha != AlphaPlace::Interleaved) {
-            Add("fixedRowToFloat", name, 0, {16 * unit}, {32 * unit},
-                [&order, unit](const RowKernels& kernels, const RowParts& row, size_t n) {
-                    kernels.fixedRowToFloat(order, row.src[0], unit * n, row.dst[0]);
-                });
-            return;
-        }
-        for (const size_t bytes : kSampleSizes) {
-            AddAlpha(name, order, bytes);
-        }
-    }
-
-    template <auto Pack, auto Unpack>
-    void AddPacking(const char* packName, const char* unpackName, const std::string& name, const Order& order,
-                    size_t unit, Bits words, Bits parts) {
-        Add(packName, name, 0, words, parts, [&order, unit](const RowKernels& kernels, const RowParts& row, size_t n) {
-            (kernels.*Pack)(order, row.src[0], unit * n, row.dst[0], row.dst[1]);
-        });
-        if (order.alpha != AlphaPlace::Interleaved) {
-            Add(unpackName, name, 0, parts, words,
-                [&order, unit](const RowKernels& kernels, const RowParts& row, size_t n) {
-                    (kernels.*Unpack)(order, row.src[0], row.src[1], unit * n, row.dst[0]);
-                });
-        }
-    }
-
-    void AddAlpha(const std::string& name, const Order& order, size_t bytes) {
+    for (const size_t bytes : kSampleSizes) {
         const Bits pixel = {8 * bytes * order.samples};
         const Bits parts = {8 * bytes * order.colourSamples, 8 * bytes};
-        const auto split = [&order, bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
-            kernels.splitRow(order, bytes, row.src[0], row.dst[0], row.dst[1], n);
-        };
-        const auto drop = [&order, bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
-            kernels.splitRow(order, bytes, row.src[0], row.dst[0], nullptr, n);
-        };
-        Add("splitRow", name, bytes, pixel, parts, split);
-        Add("splitRow", name, bytes, pixel, {parts[0]}, drop, " without alpha");
-        Add("mergeRow", name, bytes, parts, pixel,
-            [&order, bytes](const RowKernels& kernels, const RowParts& row, size_t n) {
-                kernels.mergeRow(order, bytes, row.src[0], row.src[1], row.dst[0], n);
-            });
+        add("splitRow", &RowKernels::splitRow, bytes, pixel, parts);
+        add("splitRow", &RowKernels::splitRow, bytes, pixel, {parts[0]}, 1, " without alpha");
+        add("mergeRow", &RowKernels::mergeRow, bytes, parts, pixel);
     }
+}
 
-    std::vector<RowKernelCase> cases_;
-};
+std::vector<RowKernelCase> MakeCases() {
+    std::vector<RowKernelCase> cases;
+    const auto add = [&](const char* kernel, auto member, size_t bytes, Bits source, Bits target,
+                         const char* variant = "") {
+        cases.push_back({kernel, "", nullptr, bytes, source, target, 1, CallOf(member), variant});
+    };
+    add("copy", &RowKernels::copy, 0, {8}, {8});
+    add("streamCopy", &RowKernels::streamCopy, 0, {8}, {8});
+    add("packedGroupsToPlane", &RowKernels::packedGroupsToPlane, 0, {128}, {96, 24});
+    add("planeToPackedGroups", &RowKernels::planeToPackedGroups, 0, {96, 24}, {128});
+    for (const size_t bytes : kSampleSizes) {
+        add("swapPairs", &RowKernels::swapPairs, bytes, {16 * bytes}, {16 * bytes});
+        add("swapPairs", &RowKernels::swapPairs, bytes, {16 * bytes}, {}, " in place");
+        add("reverseTriples", &RowKernels::reverseTriples, bytes, {24 * bytes}, {24 * bytes});
+        add("reverseTriples", &RowKernels::reverseTriples, bytes, {24 * bytes}, {}, " in place");
+    }
+    for (uint32_t number = 1; number <= kOrderCount; ++number) {
+        AddCasesOf(OrderName(number), FindOrder(number), cases);
+    }
+    return cases;
+}
 
 struct Result {
     Bytes bytes;  // of all parts
@@ -138,10 +121,9 @@ Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t un
                                    {source(srcBits[1]), places.source, places.sourceShift},
                                    {Bytes(bytesOf(dstBits[0]), 0xCD), places.target, places.targetShift},
                                    {Bytes(bytesOf(dstBits[1]), 0xCD), places.target, places.targetShift}};
-    const bool isInPlace = dstBits[0] == 0;
-    kernelCase.run(kernels,
-                   {{buffers[0].data(), buffers[1].data()}, {buffers[isInPlace ? 0 : 2].data(), buffers[3].data()}},
-                   units);
+    uint8_t* const first = buffers[dstBits[0] == 0 ? 0 : 2].data();
+    uint8_t* const second = dstBits[1] == 0 ? nullptr : buffers[3].data();
+    kernelCase.run(kernels, kernelCase, {{buffers[0].data(), buffers[1].data()}, {first, second}}, units);
     Result result = {{}, true};
     for (const ExactBuffer& buffer : buffers) {
         result.bytes.insert(result.bytes.end(), buffer.data(), buffer.data() + buffer.size());
@@ -152,16 +134,8 @@ Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t un
 
 }  // namespace
 
-std::string RowPlaces::Name() const {
-    const auto name = [](uint32_t place, size_t shift) {
-        constexpr const char* kNames[] = {"a heap block", " bytes before the end", " bytes behind the start"};
-        return (place % 3 == kHeapBlock ? "" : std::to_string(shift)) + kNames[place % 3];
-    };
-    return name(source, sourceShift) + " to " + name(target, targetShift);
-}
-
 const std::vector<RowKernelCase>& RowKernelCases() {
-    static const std::vector<RowKernelCase> kCases = CaseTable().Make();
+    static const std::vector<RowKernelCase> kCases = MakeCases();
     return kCases;
 }
 
@@ -171,9 +145,10 @@ std::string RowKernelFailure(const RowKernelCase& kernelCase, size_t units, cons
     for (const plenar::Target target : plenar::RunnableTargets()) {
         static std::string what;
         what = kernelCase.kernel + kernelCase.variant + " of " + NameOf(target) +
-               (kernelCase.order.empty() ? "" : ", order " + kernelCase.order) +
+               (kernelCase.orderName.empty() ? "" : ", order " + kernelCase.orderName) +
                (kernelCase.sampleBytes == 0 ? "" : ", " + std::to_string(kernelCase.sampleBytes) + " bytes a sample") +
-               ", " + std::to_string(units) + " units, from " + places.Name() + ": ";
+               ", " + std::to_string(units) + " units, places " + std::to_string(places.source) + " and " +
+               std::to_string(places.target) + ": ";
         NoteForFaults(what.c_str());
         const Result result = Run(kernelCase, plenar::RowKernelsFor(target), units, places, content);
         expected = target == plenar::Target::Plain ? result.bytes : expected;

@@ -18,16 +18,18 @@ struct RowParts {
     uint8_t* dst[2];
 };
 
-// A kernel with the order and the sample size that it takes; "" and 0 where it takes none.
+// A kernel with the order and the sample size that it takes; null and 0 where it takes none.
 struct RowKernelCase {
     std::string kernel;
-    std::string order;
+    std::string orderName;
+    const plenar::Order* order;
     size_t sampleBytes;
-    // What a unit, the least that the kernel moves, takes of each part. Without a target the source is the target.
+    // What a unit, the least that the kernel moves, takes of each part. Without a first target it is the source.
     std::array<size_t, 2> sourceBits;
     std::array<size_t, 2> targetBits;
-    std::function<void(const plenar::RowKernels&, const RowParts&, size_t units)> run;
-    std::string variant = "";  // what is special about the call
+    size_t unit;  // by the kernel's own count
+    std::function<void(const plenar::RowKernels&, const RowKernelCase&, const RowParts&, size_t units)> run;
+    std::string variant;  // what is special about the call
 };
 
 const std::vector<RowKernelCase>& RowKernelCases();
@@ -38,8 +40,6 @@ struct RowPlaces {
     size_t sourceShift;
     uint32_t target;
     size_t targetShift;
-
-    std::string Name() const;
 };
 
 // Runs the kernel of every target that this processor has on the same units, whose bytes are those of `content`, and
