@@ -122,9 +122,12 @@ TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
         for (uint32_t variant = 0; variant < 24; ++variant) {
             const bool later = (variant & 1) != 0, spoilt = (variant & 2) != 0, lasting = (variant & 4) != 0;
             const auto call = static_cast<Call>(variant / 8);
+            constexpr const char* kCalls[] = {"encode", "decode", "metadata"};
+            const std::string name = kCalls[variant / 8] + std::string(later ? ", a later frame" : "") +
+                                     (spoilt ? ", spoilt" : "") + (lasting ? ", lasting" : "");
             bool struck = true;
             for (uint64_t nth = 1; struck; ++nth) {
-                SCOPED_TRACE(::testing::Message() << threads << " threads, variant " << variant << ", nth " << nth);
+                SCOPED_TRACE(::testing::Message() << name << ", " << threads << " threads, failure " << nth);
                 const AllocationWatch watch;
                 host.Create();
                 EXPECT_EQ(later ? host.RunFrame() : "", "");

@@ -4,6 +4,7 @@
 #include <limits>
 #include <map>
 
+#include "table.h"
 #include "testing/allocations.h"
 #include "worker_counts.h"
 
@@ -15,22 +16,49 @@ using namespace plenar;  // orders and types
 constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
 constexpr uint32_t kHalf = 0x80000000;
 
-constexpr char kNoPlanes[] = "at least one 'sinf' and one 'sdat' box expected";
 constexpr char kBadSet[] = "Invalid combination of planes";
-constexpr char kSecondBare[] = "only single 'sinf' box allowed outside of 'icmp' box";
 constexpr char kDepths[] = "planes with different bitdepth is not supported by this decoder";
-constexpr char kLayouts[] = "planes with different frame layout is not supported by this decoder";
-constexpr char kAlphaSize[] = "Alpha plane with different width or height is not supported by this decoder";
-constexpr char kCbSize[] = "Cb plane width and hight should be half of luma";
-constexpr char kCrSize[] = "Cr plane width and hight should be half of luma";
-
-std::string NoHeaderAt(uint64_t offset) {
-    return "can't read box header(8 bytes) at offset " + std::to_string(offset);
-}
 
 // A plane with enough data for every code that stands for no more than 4 bytes a pixel.
 Plane SomePlane(const std::string& code, uint32_t width = 4, uint32_t height = 2, uint8_t layout = 0) {
     return {code, width, height, layout, Bytes(size_t{4} * width * height, 0x5C)};
+}
+
+// From text: boxes, and in them numbers of bytes, the fields of planes, single bytes, or planes with their data:
+//   pack{ sinf:20{ y208@4x2 =0 } sdat{ 16 } plane:_a08@4x2/8 }
+// A number behind a box's kind is what it states as its size. In codes _ stands for a space.
+Bytes ContentFrom(std::istringstream& words) {
+    Bytes content;
+    for (std::string word; words >> word && word != "}";) {
+        const auto numberBehind = [&word](char mark) {
+            return static_cast<uint32_t>(std::stoul(word.substr(word.find(mark) + 1)));
+        };
+        const bool isPlane = word.starts_with("plane:");
+        word = isPlane ? word.substr(6) : word;
+        Bytes item;
+        if (word.back() == '{') {
+            const Bytes inside = ContentFrom(words);
+            const auto trueSize = static_cast<uint32_t>(inside.size() + 8);
+            item = Box(word.substr(0, 4), inside, word[4] == ':' ? numberBehind(':') : trueSize);
+        } else if (word.find('@') != std::string::npos) {
+            std::string code = word.substr(0, 4);
+            std::replace(code.begin(), code.end(), '_', ' ');
+            Plane plane{code, numberBehind('@'), numberBehind('x')};
+            const bool hasSize = word.find('/') != std::string::npos;
+            plane.data.resize(!isPlane ? 0 : hasSize ? numberBehind('/') : size_t{4} * plane.width * plane.height);
+            item = isPlane ? Join({Sinf(plane), Sdat(plane)})
+                           : Join({LittleEndian(plane.width), LittleEndian(plane.height), Letters(code)});
+        } else {
+            item = word[0] == '=' ? Bytes{static_cast<uint8_t>(numberBehind('='))} : Bytes(std::stoul(word), 0x5C);
+        }
+        content = Join({content, item});
+    }
+    return content;
+}
+
+Bytes PayloadFrom(const std::string& text) {
+    std::istringstream words(text);
+    return ContentFrom(words);
 }
 
 // Both readers refuse the payload with these words, and the object reads a good one after it.
@@ -46,90 +74,10 @@ void ExpectRefused(TestDecoder& decoder, const Bytes& payload, const std::string
 }
 
 TEST(Reader, RefusesWithTheExactMessage) {
-    const Plane y208{"y208", 4, 2, 0, Bytes(16, 0x11)};
-    const Plane wide{"y208", kMax, kMax, 0, Bytes(16)};
-    const Bytes pair = Join({Sinf(y208), Sdat(y208)});
-    const Bytes described = Sinf(y208);
-    const Bytes fields(described.begin() + 8, described.end());
-    const Bytes twelve(fields.begin(), fields.begin() + 12);
-    Plane shortData = y208;
-    shortData.data.pop_back();
-    const struct {
-        const char* name;
-        Bytes payload;
-        std::string message;
-    } cases[] = {
-        {"nothing", {}, "buffer size should be at least 8"},
-        {"another box first", pair, "'pack' box expected at offset 4"},
-        {"pack beyond the buffer", Box("pack", pair, 54), "pack box size(54) is greater than buffer size(53)"},
-        {"largest pack", Box("pack", pair, kMax), "pack box size(4294967295) is greater than buffer size(53)"},
-        {"pack of size 0", Box("pack", pair, 0), kNoPlanes},
-        {"unknown boxes only", Pack({Box("junk", Bytes(20)), Box("pack", {}), Sdat(y208)}), kNoPlanes},
-        {"unknown box without end", Pack({Box("junk", {}), Box("junk", {}, kMax - 7), pair}), kNoPlanes},
-        {"empty icmp at the end", Pack({Box("icmp", {})}), NoHeaderAt(16)},
-        {"sdat first in icmp", Pack({Box("icmp", Join({Sdat(y208), Sinf(y208)}))}), "'sinf' box expected at offset 20"},
-        {"short sinf", Pack({Box("sinf", fields, 19), Sdat(y208)}),
-         "sinf box size expected to be at least 20 bytes at offset 8"},
-        {"short sinf in icmp", Pack({Box("icmp", Join({Box("sinf", fields, 0), Sdat(y208)}))}),
-         "sinf box size expected to be at least 20 bytes at offset 16"},
-        {"layout 2", PayloadOf({SomePlane("y208", 4, 2, 2)}), "Undefined value of frame layout: 2"},
-        {"sinf fields beyond the pack", Pack({Box("sinf", {}, 21)}), NoHeaderAt(29)},
-        {"sinf fields outside the pack", Box("pack", pair, 16), NoHeaderAt(29)},
-        {"sinf layout outside the pack", Box("pack", pair, 28), NoHeaderAt(29)},
-        {"20 bytes of sinf outside the pack", Box("pack", Join({Box("sinf", twelve, 20), Sdat(y208)}), 27),
-         NoHeaderAt(28)},
-        {"long sinf cut off", Pack({Box("sinf", {}, 1000)}), NoHeaderAt(1008)},
-        {"20 bytes of sinf at the end", Pack({Sinf(y208, 20), Bytes(7)}), NoHeaderAt(28)},
-        {"sinf past the end", Pack({Box("sinf", fields, kMax), Sdat(y208)}), NoHeaderAt(4294967303)},
-        {"no sdat behind sinf", Pack({Sinf(y208), Box("junk", Bytes(24)), Sdat(y208)}),
-         "'sdat' box expected at offset 33"},
-        {"sdat too small", PayloadOf({shortData}), "'sdat' box size expected to be at least 24 at offset 29"},
-        {"sdat far too small", PayloadOf({wide}),
-         "'sdat' box size expected to be at least 18446744065119617033 at offset 29"},
-        {"4 GiB less 9 bytes", Pack({Sinf({" a08", kMax - 8, 1}), Box("sdat", Bytes(23), kMax)}),
-         "can't read 4294967295 bytes at offset 37"},
-        {"4 GiB less 8 bytes", Pack({Sinf({" a08", kMax - 7, 1}), Box("sdat", Bytes(23), kMax)}),
-         "'sdat' box size expected to be at least 4294967296 at offset 29"},
-        {"empty coded plane", PayloadOf({{"rl08", 4, 2}}), "'sdat' box size expected to be at least 9 at offset 29"},
-        {"empty coded plane cut off", Pack({Sinf({"rl16", 4, 2}), Box("sdat", {}, 9)}),
-         "can't read 9 bytes at offset 37"},
-        {"plane cut off", Box("pack", Join({Sinf(y208), Box("sdat", Bytes(15), 24)}), 52),
-         "can't read 24 bytes at offset 37"},
-        {"two bare pairs", Pack({pair, pair}), kSecondBare},
-        {"bare pair behind icmp", Pack({Icmp(y208), pair}), kSecondBare},
-        {"unknown code", PayloadOf({SomePlane("y209")}), kBadSet},
-        {"unknown code without data", PayloadOf({{"    ", 9, 9}}), kBadSet},
-        {"a code twice", PayloadOf({y208, y208}), kBadSet},
-        {"two pictures", PayloadOf({SomePlane("y208"), SomePlane("rg08")}), kBadSet},
-        {"no Cr", PayloadOf({SomePlane(" y08"), SomePlane("cb08", 2, 1), SomePlane(" a08")}), kBadSet},
-        {"two alphas", PayloadOf({y208, SomePlane(" a08"), SomePlane("rl08")}), kBadSet},
-        {"five planes",
-         PayloadOf({SomePlane(" y08"), SomePlane("cb08"), SomePlane("cr08"), SomePlane(" a08"), SomePlane("rl08")}),
-         kBadSet},
-        {"icmp below 8 ends the walk",
-         Pack({Box("icmp", Join({Sinf(SomePlane(" y08")), Sdat(SomePlane(" y08"))}), 7), Icmp(SomePlane("cb08", 2, 1)),
-               Icmp(SomePlane("cr08", 2, 1))}),
-         kBadSet},
-        {"alpha of another depth", PayloadOf({y208, SomePlane(" a16")}), kDepths},
-        {"chroma of another layout",
-         PayloadOf({SomePlane(" y08"), SomePlane("cb08", 2, 1, 1), SomePlane("cr08", 2, 1)}), kLayouts},
-        {"alpha of another layout", PayloadOf({y208, SomePlane(" a08", 4, 2, 1)}), kLayouts},
-        {"alpha of another width", PayloadOf({y208, SomePlane(" a08", 3, 2)}), kAlphaSize},
-        {"alpha of another height, in front", PayloadOf({SomePlane(" a08", 4, 3), y208}), kAlphaSize},
-        {"Cb width", PayloadOf({SomePlane(" y08"), SomePlane("cb08", 4, 1), SomePlane("cr08", 2, 1)}), kCbSize},
-        {"Cb height", PayloadOf({SomePlane("cr08", 2, 1), SomePlane("cb08", 2, 2), SomePlane(" y08")}), kCbSize},
-        {"Cr width, rounded down",
-         PayloadOf({SomePlane(" y08", 5, 3), SomePlane("cb08", 3, 2), SomePlane("cr08", 2, 2)}), kCrSize},
-        {"Cr height",
-         PayloadOf({SomePlane(" y08"), SomePlane("cb08", 2, 1), SomePlane("cr08", 2, 3), SomePlane(" a08")}), kCrSize},
-        {"planar alpha",
-         PayloadOf({SomePlane(" y08"), SomePlane("cb08", 2, 1), SomePlane("cr08", 2, 1), SomePlane(" a08", 2, 1)}),
-         kAlphaSize},
-    };
     TestDecoder decoder(2);
-    for (const auto& [name, payload, message] : cases) {
-        SCOPED_TRACE(name);
-        ExpectRefused(decoder, payload, message);
+    for (const TableRow& row : ReadTable("payload_refusals.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        ExpectRefused(decoder, PayloadFrom(row.Text("payload")), row.Text("message"));
     }
 }
 
