@@ -1,15 +1,15 @@
 // Payloads made to cost as much as possible: the time and the memory of a decode, beside an honest payload of the same
 // picture and the same size. What is refused counts as well as what decodes.
 #include <memory>
-#include <new>
 #include <string>
 #include <vector>
 
-#include "allocation_count.h"
 #include "benchmarks.h"
 #include "frame_work.h"
 #include "hostile_payloads.h"
 #include "measurement.h"
+#include "testing/allocations.h"
+#include "testing/codecs.h"
 
 namespace plenar_bench {
 
@@ -19,44 +19,44 @@ namespace {
 class Victim {
 public:
     Victim(const Frame& frame, uint32_t threads, std::vector<uint8_t> bytes)
-        : params_(frame.Picture(Direction::Decode)),
+        : decoder_(threads),
+          params_(frame.Picture(Direction::Decode)),
           payload_(std::move(bytes)),
           pictureBytes_(frame.PictureBytes(Direction::Decode)),
-          picture_(PictureMemory(pictureBytes_)) {
-        const CreateParams create = {sizeof create, threads, nullptr, nullptr};
-        if (Plenar_CreateDecoder(&create, &decoder_) != PLENAR_RESULT_OK) {
-            throw std::bad_alloc();
-        }
-    }
-    ~Victim() { Plenar_DestroyDecoder(decoder_); }
-    Victim(const Victim&) = delete;
-    Victim& operator=(const Victim&) = delete;
+          picture_(PictureMemory(pictureBytes_)) {}
 
     size_t PayloadBytes() const { return payload_.size(); }
 
     bool Decode() {
-        return Plenar_DecodeFrame(decoder_, &params_, payload_.data(), static_cast<uint32_t>(payload_.size()), picture_,
-                                  pictureBytes_, nullptr) == PLENAR_RESULT_OK;
+        return Plenar_DecodeFrame(decoder_.get(), &params_, payload_.data(), static_cast<uint32_t>(payload_.size()),
+                                  picture_, pictureBytes_, nullptr) == PLENAR_RESULT_OK;
     }
     bool ReadMetadata() {
         UncompressedParams found = params_;
-        return Plenar_ReadMetadata(decoder_, payload_.data(), static_cast<uint32_t>(payload_.size()), &found) ==
+        return Plenar_ReadMetadata(decoder_.get(), payload_.data(), static_cast<uint32_t>(payload_.size()), &found) ==
                PLENAR_RESULT_OK;
     }
 
+    // The most that a call allocates at one time.
+    size_t MemoryOfDecode() {
+        const plenar_test::AllocationWatch watch;
+        Decode();
+        return watch.MostBytes();
+    }
+
 private:
+    plenar_test::DecoderHandle decoder_;
     UncompressedParams params_;
     std::vector<uint8_t> payload_;
     uint32_t pictureBytes_;
     uint8_t* picture_;
-    Decoder* decoder_ = nullptr;
 };
 
 Work VictimWork(const Frame& frame, uint32_t threads, const std::vector<uint8_t>& payload, bool (Victim::*call)()) {
     const auto victim = std::make_shared<Victim>(frame, threads, payload);
     Work work;
     work.bytes = frame.PictureBytes(Direction::Decode);
-    work.counts["memory"] = static_cast<double>(MostAllocatedDuring([&] { victim->Decode(); }));
+    work.counts["memory"] = static_cast<double>(victim->MemoryOfDecode());
     work.counts["payload"] = static_cast<double>(victim->PayloadBytes());
     work.counts["accepted"] = ((*victim).*call)() ? 1 : 0;
     work.run = [victim, call] {

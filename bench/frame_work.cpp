@@ -7,32 +7,22 @@
 #include <stdexcept>
 
 #include "reference_work.h"
+#include "testing/codecs.h"
+#include "testing/sample_model.h"
 
 namespace plenar_bench {
 
 namespace {
 
+using plenar_test::DecoderHandle;
+using plenar_test::EncoderHandle;
+
 constexpr size_t kCachedBytes = size_t{256} * 1024;
 constexpr uint32_t kPackedRowPixels = 48;  // rows of Packed10 are padded to a multiple of this
 constexpr size_t kLineBytes = 64;
 
-struct Destroy {
-    void operator()(Encoder* encoder) const { Plenar_DestroyEncoder(encoder); }
-    void operator()(Decoder* decoder) const { Plenar_DestroyDecoder(decoder); }
-};
-
-template <class Object>
-std::shared_ptr<Object> MakeObject(uint32_t (*create)(const CreateParams*, Object**), uint32_t threads) {
-    const CreateParams params = {sizeof params, threads, nullptr, nullptr};
-    Object* object = nullptr;
-    if (create(&params, &object) != PLENAR_RESULT_OK) {
-        throw std::runtime_error("no encoder or decoder");
-    }
-    return {object, Destroy()};
-}
-
 uint32_t EncodeOnce(const Frame& frame, const uint8_t* picture, uint8_t* payload) {
-    const auto encoder = MakeObject(Plenar_CreateEncoder, 1);
+    const EncoderHandle encoder(1);
     const UncompressedParams params = frame.Picture(Direction::Encode);
     const CompressedParams options = frame.Options();
     uint32_t written = 0;
@@ -44,19 +34,19 @@ uint32_t EncodeOnce(const Frame& frame, const uint8_t* picture, uint8_t* payload
 }
 
 Work EncodeWork(const Frame& frame, uint32_t threads, const uint8_t* picture, uint8_t* payload) {
-    const auto encoder = MakeObject(Plenar_CreateEncoder, threads);
+    const auto encoder = std::make_shared<EncoderHandle>(threads);
     return {[=, params = frame.Picture(Direction::Encode), options = frame.Options(),
              size = frame.PictureBytes(Direction::Encode), limit = frame.PayloadLimit()] {
         uint32_t written = 0;
-        return Plenar_EncodeFrame(encoder.get(), &params, &options, picture, size, payload, limit, &written) ==
+        return Plenar_EncodeFrame(encoder->get(), &params, &options, picture, size, payload, limit, &written) ==
                PLENAR_RESULT_OK;
     }};
 }
 
 Work DecodeWork(const Frame& frame, uint32_t threads, const uint8_t* payload, uint32_t payloadSize, uint8_t* picture) {
-    const auto decoder = MakeObject(Plenar_CreateDecoder, threads);
+    const auto decoder = std::make_shared<DecoderHandle>(threads);
     return {[=, params = frame.Picture(Direction::Decode), size = frame.PictureBytes(Direction::Decode)] {
-        return Plenar_DecodeFrame(decoder.get(), &params, payload, payloadSize, picture, size, nullptr) ==
+        return Plenar_DecodeFrame(decoder->get(), &params, payload, payloadSize, picture, size, nullptr) ==
                PLENAR_RESULT_OK;
     }};
 }
@@ -82,50 +72,6 @@ Work CopyWork(const CopyEnds& ends) {
             2 * ends.size};
 }
 
-const char* OrderName(uint32_t order) {
-    static constexpr const char* kNames[] = {"",
-                                             "YCbYCr",
-                                             "CbYCrY",
-                                             "ARGB",
-                                             "BGRA",
-                                             "RGB",
-                                             "BGR",
-                                             "RGBA",
-                                             "ABGR",
-                                             "CbYCr",
-                                             "YCbCr420Planar",
-                                             "CbYACrYA",
-                                             "YCbCrA",
-                                             "YCbCrA420Planar",
-                                             "AlphaOnly",
-                                             "YCbYCrPlusAlpha",
-                                             "CbYCrYPlusAlpha"};
-    return kNames[order];
-}
-
-const char* TypeName(uint32_t type) {
-    switch (type) {
-        case PLENAR_TYPE_UINT8:
-            return "Uint8";
-        case PLENAR_TYPE_UINT16:
-            return "Uint16";
-        case PLENAR_TYPE_UINT10:
-            return "Uint10";
-        case PLENAR_TYPE_UINT12:
-            return "Uint12";
-        case PLENAR_TYPE_PACKED10:
-            return "Packed10";
-        case PLENAR_TYPE_HALF16:
-            return "Half16";
-        case PLENAR_TYPE_FLOAT32:
-            return "Float32";
-        case PLENAR_TYPE_FIXED2P14:
-            return "Fixed2p14";
-        default:
-            return "unknown";
-    }
-}
-
 }  // namespace
 
 const char* NameOf(Direction direction) {
@@ -133,7 +79,7 @@ const char* NameOf(Direction direction) {
 }
 
 std::string Format::Name() const {
-    return std::string(OrderName(order)) + "-" + TypeName(type);
+    return plenar_test::OrderName(order) + "-" + plenar_test::TypeName(type);
 }
 
 UncompressedParams Frame::Picture(Direction direction) const {

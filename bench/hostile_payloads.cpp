@@ -5,22 +5,21 @@
 #include <cstring>
 #include <random>
 
-#include "container/box_layout.h"
-#include "format/plane_type.h"
 #include "rle/band_table.h"
-#include "rle/bit_writer.h"
+#include "testing/payload_builder.h"
+#include "testing/plane_bits.h"
 
 namespace plenar_bench {
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-using plenar::FourCC;
+using namespace plenar_test;
 
 constexpr Format kUyvy = {PLENAR_ORDER_CBYCRY, PLENAR_TYPE_UINT8};
-constexpr Format alpha8 = {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8};
-constexpr Format alpha16 = {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT16};
+constexpr Format kAlpha8 = {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT8};
+constexpr Format kAlpha16 = {PLENAR_ORDER_ALPHA_ONLY, PLENAR_TYPE_UINT16};
 constexpr PictureSize kTiny = {16, 16};
+constexpr uint32_t kHeaderBytes = 8;
 
 std::minstd_rand SameEachTime(uint32_t seed) {
     return std::minstd_rand(seed);
@@ -28,37 +27,14 @@ std::minstd_rand SameEachTime(uint32_t seed) {
 
 // Boxes
 
-void Append32(Bytes& bytes, uint32_t value) {
-    for (uint32_t shift = 0; shift < 32; shift += 8) {
-        bytes.push_back(static_cast<uint8_t>(value >> shift));
-    }
-}
-
-void AppendHeader(Bytes& bytes, uint32_t size, uint32_t kind) {
-    Append32(bytes, size);
-    Append32(bytes, kind);
-}
-
-void AppendSinf(Bytes& bytes, PictureSize size, uint32_t code) {
-    AppendHeader(bytes, plenar::kSinfBoxSizeWithoutLayout, plenar::box::sinf);
-    Append32(bytes, size.width);
-    Append32(bytes, size.height);
-    Append32(bytes, code);
-}
-
-void SetSizeAt(Bytes& bytes, size_t position, size_t size) {
-    const auto value = static_cast<uint32_t>(size);
-    std::memcpy(bytes.data() + position, &value, sizeof value);
-}
-
-// A pack box as large as the frame's honest payload, filled with what `appendOne` appends, over and over.
-template <class AppendOne>
-Bytes FilledPack(const Frame& frame, const AppendOne& appendOne) {
+// A pack box as large as the frame's honest payload, filled with what makeOne() makes, over and over.
+template <class MakeOne>
+Bytes FilledPack(const Frame& frame, const MakeOne& makeOne) {
     const uint32_t size = frame.PayloadLimit();
-    Bytes bytes;
-    AppendHeader(bytes, size, plenar::box::pack);
+    Bytes bytes = Box("pack", {}, size);
     while (bytes.size() < size) {
-        appendOne(bytes);
+        const Bytes one = makeOne();
+        bytes.insert(bytes.end(), one.begin(), one.end());
     }
     bytes.resize(size);
     return bytes;
@@ -66,173 +42,106 @@ Bytes FilledPack(const Frame& frame, const AppendOne& appendOne) {
 
 // The least box there is, and nothing else.
 Bytes LeastBoxes(const Frame& frame) {
-    return FilledPack(frame, [](Bytes& bytes) { AppendHeader(bytes, 0, FourCC("none")); });
+    return FilledPack(frame, [] { return Box("none", {}, 0); });
 }
 
-// Small boxes of sizes that no processor foresees.
+// Small boxes of sizes that make branches unpredictable.
 Bytes UnevenBoxes(const Frame& frame) {
     std::minstd_rand random = SameEachTime(5);
-    return FilledPack(frame, [&random](Bytes& bytes) {
+    return FilledPack(frame, [&random] {
         const auto size = static_cast<uint32_t>(7 + (random() >> 8) % 4);
-        AppendHeader(bytes, size, FourCC("none"));
-        bytes.resize(bytes.size() + (std::max(size, plenar::kBoxHeaderSize) - plenar::kBoxHeaderSize));
+        return Box("none", Bytes(std::max(size, kHeaderBytes) - kHeaderBytes), size);
     });
 }
 
 // Planes without data, each in the least boxes that are accepted.
-Bytes LeastPlanes(const Frame& frame, uint32_t code) {
-    return FilledPack(frame, [code](Bytes& bytes) {
-        AppendHeader(bytes, plenar::kBoxHeaderSize, plenar::box::icmp);
-        AppendSinf(bytes, {1, 0}, code);
-        AppendHeader(bytes, plenar::kBoxHeaderSize, plenar::box::sdat);
-    });
+Bytes LeastPlanes(const Frame& frame, const char* code) {
+    const Plane plane = {code, 1, 0};
+    const Bytes boxes = Join({Box("icmp", {}), Sinf(plane, 20), Sdat(plane)});
+    return FilledPack(frame, [&boxes] { return boxes; });
 }
 
 // Coded planes
 
-// Appends bits to bytes.
-class Bits {
-public:
-    void Put(uint64_t value, uint32_t n) {
-        if (count_ + n > 64) {
-            const uint32_t high = 64 - count_;
-            PutShort(high == 0 ? 0 : value >> (n - high), high);
-            Drain(8);
-            PutShort(value, n - high);
-            return;
-        }
-        PutShort(value, n);
-    }
+using PutTokens = std::function<void(PlaneBits&, uint32_t depth, uint64_t samples)>;
 
-    Bytes Take() {
-        Drain((count_ + 7) / 8);
-        return std::move(bytes_);
-    }
-
-private:
-    void PutShort(uint64_t value, uint32_t n) {
-        if (n != 0) {
-            word_ |= (value & plenar::RleBitMask(n)) << (64 - n) >> count_;
-            count_ += n;
-        }
-    }
-
-    void Drain(uint32_t n) {
-        for (uint32_t i = 0; i < n; ++i) {
-            bytes_.push_back(static_cast<uint8_t>(word_ >> (56 - 8 * i)));
-        }
-        word_ = 0;
-        count_ = 0;
-    }
-
-    Bytes bytes_;
-    uint64_t word_ = 0;
-    uint32_t count_ = 0;
-};
-
-struct Token {
-    uint32_t mode;
-    uint64_t run;
-    uint64_t value;  // flag and code
-    uint32_t valueBits;
-};
-
-void Put(Bits& bits, const Token& token) {
-    bits.Put(token.mode, 1);
-    if (token.run == 0) {
-        bits.Put(0, 32);  // no run length has so many zero bits; they read as 0
-        bits.Put(0, 33);
-    } else {
-        bits.Put(token.run, 2 * static_cast<uint32_t>(std::bit_width(token.run)) - 1);
-    }
-    bits.Put(token.value, token.valueBits);
+// Tokens by the forms of their values: the shortest, the longest, and the plain number.
+void PutShortest(PlaneBits& bits, uint32_t depth, uint32_t mode, uint64_t run, uint32_t low) {
+    bits.Token(mode, run, low, depth, true);
+}
+void PutLongest(PlaneBits& bits, uint32_t depth, uint32_t mode, uint64_t run) {
+    bits.Bits(mode, 1);
+    bits.RunLength(run);
+    bits.NineOnes(1, depth);
 }
 
-// The forms of a value: the shortest, the longest, and the plain number.
-struct Values {
-    bool wide;  // samples of 16 bits
-
-    uint32_t LowBits() const { return wide ? 6 : 2; }
-    Token Shortest(uint32_t mode, uint64_t run, uint32_t low) const {
-        return {mode, run, uint64_t{2} << LowBits() | low, LowBits() + 2};
-    }
-    Token Longest(uint32_t mode, uint64_t run) const {
-        return {mode, run, plenar::RleBitMask(10) << LowBits() | 1, LowBits() + 10};
-    }
-    Token Plain(uint32_t mode, uint64_t run, uint32_t value) const { return {mode, run, value, wide ? 17U : 9U}; }
-};
-
-using PutTokens = std::function<void(Bits&, const Values&, uint64_t samples)>;
-
-void OneSampleRuns(Bits& bits, const Values& values, uint64_t samples) {
+void OneSampleRuns(PlaneBits& bits, uint32_t depth, uint64_t samples) {
     for (uint64_t i = 0; i < samples; ++i) {
-        Put(bits, values.Shortest(i % 2, 1, 2));
+        PutShortest(bits, depth, i % 2, 1, 2);
     }
 }
 
-void LongestCodes(Bits& bits, const Values& values, uint64_t samples) {
+void LongestCodes(PlaneBits& bits, uint32_t depth, uint64_t samples) {
     for (uint64_t i = 0; i < samples; ++i) {
-        Put(bits, values.Longest(1, 1));
+        PutLongest(bits, depth, 1, 1);
     }
 }
 
-void EmptyRuns(Bits& bits, const Values& values, uint64_t samples) {
+void EmptyRuns(PlaneBits& bits, uint32_t depth, uint64_t samples) {
     for (uint64_t i = 0; i < samples; ++i) {
-        Put(bits, values.Shortest(0, 0, 0));
-        Put(bits, values.Shortest(0, 1, 2));
+        PutShortest(bits, depth, 0, 0, 0);
+        PutShortest(bits, depth, 0, 1, 2);
     }
 }
 
-// Kinds of tokens whose ways through a decoder part, in an order that no processor foresees.
-void UnforeseenTokens(Bits& bits, const Values& values, uint64_t samples) {
+// Kinds of tokens whose ways through a decoder part, in an order that makes branches unpredictable.
+void UnforeseenTokens(PlaneBits& bits, uint32_t depth, uint64_t samples) {
     std::minstd_rand random = SameEachTime(7);
     for (uint64_t done = 0; done < samples;) {
         const auto chance = static_cast<uint32_t>(random() >> 8);
         const uint64_t run = std::min<uint64_t>(chance % 16 == 0 ? 17 + chance % 7 : 1 + chance % 2, samples - done);
         switch (chance / 16 % 3) {
             case 0:
-                Put(bits, values.Shortest(chance & 1, run, chance % 4));
+                PutShortest(bits, depth, chance & 1, run, chance % 4);
                 break;
             case 1:
-                Put(bits, values.Longest(chance & 1, run));
+                PutLongest(bits, depth, chance & 1, run);
                 break;
             default:
-                Put(bits, values.Plain(chance & 1, run, chance & 0xFF));
+                bits.Token(chance & 1, run, chance & 0xFF, depth, false);
         }
         done += run;
     }
 }
 
-// Runs of constant second difference, the dearest to compute.
+// Runs of constant second difference, the most expensive to compute.
 PutTokens Curves(uint64_t length) {
-    return [length](Bits& bits, const Values& values, uint64_t samples) {
+    return [length](PlaneBits& bits, uint32_t depth, uint64_t samples) {
         for (uint64_t done = 0; done < samples; done += length) {
-            Put(bits, values.Shortest(1, std::min(length, samples - done), 2));
+            PutShortest(bits, depth, 1, std::min(length, samples - done), 2);
         }
     };
 }
 
-void OneFlatRun(Bits& bits, const Values& values, uint64_t samples) {
-    Put(bits, values.Shortest(0, samples, 0));
+void OneFlatRun(PlaneBits& bits, uint32_t depth, uint64_t samples) {
+    PutShortest(bits, depth, 0, samples, 0);
+}
+
+uint32_t DepthOf(const Frame& frame) {
+    return frame.format.type == PLENAR_TYPE_UINT16 ? 16 : 8;
 }
 
 // Around a coded plane's data.
 Bytes Boxed(const Frame& frame, const Bytes& coded) {
-    const bool wide = frame.format.type == PLENAR_TYPE_UINT16;
-    Bytes bytes;
-    AppendHeader(bytes, 0, plenar::box::pack);
-    AppendSinf(bytes, frame.size, FourCC(wide ? "rl16" : "rl08"));
-    AppendHeader(bytes, static_cast<uint32_t>(coded.size()) + plenar::kBoxHeaderSize, plenar::box::sdat);
-    bytes.insert(bytes.end(), coded.begin(), coded.end());
-    SetSizeAt(bytes, 0, bytes.size());
-    return bytes;
+    const Plane plane = {DepthOf(frame) == 16 ? "rl16" : "rl08", frame.size.width, frame.size.height, 0, coded};
+    return Pack({Sinf(plane, 20), Sdat(plane)});
 }
 
+// With the table as encoders write it: equal entries take next to nothing.
 Bytes Boxed(const Frame& frame, const plenar::RleBandTable& table, const Bytes& streams) {
     Bytes coded(plenar::RleHeadReserve);
     coded.resize(plenar::RleWriteBandTable(table, coded.data()));
-    coded.insert(coded.end(), streams.begin(), streams.end());
-    return Boxed(frame, coded);
+    return Boxed(frame, Join({coded, streams}));
 }
 
 // How a plane is cut into bands: all with streams of their own, or all with the same.
@@ -242,18 +151,16 @@ struct Cut {
 };
 
 Bytes CodedPlane(const Frame& frame, const Cut& cut, const PutTokens& putTokens) {
-    const Values values = {frame.format.type == PLENAR_TYPE_UINT16};
     plenar::RleBandTable table = {};
     table.count = cut.bands;
     Bytes streams;
     for (uint32_t band = 0; band < cut.bands; ++band) {
         table.rows[band] = frame.size.height / cut.bands + (band < frame.size.height % cut.bands ? 1 : 0);
         if (band == 0 || !cut.shared) {
-            Bits bits;
-            putTokens(bits, values, uint64_t{frame.size.width} * table.rows[band]);
-            const Bytes stream = bits.Take();
-            streams.insert(streams.end(), stream.begin(), stream.end());
-            table.sizes[band] = cut.shared ? 0 : static_cast<uint32_t>(stream.size());
+            PlaneBits bits;
+            putTokens(bits, DepthOf(frame), uint64_t{frame.size.width} * table.rows[band]);
+            streams.insert(streams.end(), bits.Get().begin(), bits.Get().end());
+            table.sizes[band] = cut.shared ? 0 : static_cast<uint32_t>(bits.Get().size());
         }
     }
     return Boxed(frame, table, streams);
@@ -261,34 +168,32 @@ Bytes CodedPlane(const Frame& frame, const Cut& cut, const PutTokens& putTokens)
 
 // A table that goes on to the end of the payload: groups of no entries, or one value with a prefix without end.
 Bytes EndlessTable(const Frame& frame, bool groups) {
-    Bits bits;
-    bits.Put(plenar::kRleMaxBands, 8);
-    const uint64_t wanted = uint64_t{8} * frame.PayloadLimit();
-    if (groups) {
-        for (uint64_t done = 0; done < wanted; done += 77) {
-            bits.Put(0, 32);
-            bits.Put(0, 33);
-            bits.Put(uint64_t{2} << 10, 12);
-        }
-    } else {
-        bits.Put(1, 1);
-        for (uint64_t done = 0; done < wanted; done += 64) {
-            bits.Put(~uint64_t{0}, 64);
+    PlaneBits bits;
+    bits.Bits(plenar::kRleMaxBands, 8);
+    const uint64_t wanted = frame.PayloadLimit();
+    if (!groups) {
+        bits.RunLength(1);
+    }
+    while (bits.Get().size() < wanted) {
+        if (groups) {
+            bits.RunLength(0);
+            bits.Value(0, 24, true);
+        } else {
+            bits.Bits(~uint64_t{0}, 64);
         }
     }
-    return Boxed(frame, bits.Take());
+    return Boxed(frame, bits.Get());
 }
 
 // All rows in the first band, and 254 bands without any.
 Bytes IdleBands(const Frame& frame) {
-    Bits bits;
-    OneFlatRun(bits, {false}, frame.Pixels());
-    const Bytes stream = bits.Take();
+    PlaneBits bits;
+    OneFlatRun(bits, DepthOf(frame), frame.Pixels());
     plenar::RleBandTable table = {};
     table.count = plenar::kRleMaxBands;
     table.rows[0] = frame.size.height;
-    table.sizes[0] = static_cast<uint32_t>(stream.size());
-    return Boxed(frame, table, stream);
+    table.sizes[0] = static_cast<uint32_t>(bits.Get().size());
+    return Boxed(frame, table, bits.Get());
 }
 
 // Noise in the first `rows` rows, flat below.
@@ -312,8 +217,8 @@ std::vector<HostilePayload> HostilePayloads() {
         const std::string prefix = std::string(sizeName) + "/t1/";
         add(prefix + "boxes-least", frame, LeastBoxes);
         add(prefix + "boxes-uneven", frame, UnevenBoxes);
-        add(prefix + "boxes-planes", frame, [](const Frame& f) { return LeastPlanes(f, FourCC("cr f")); });
-        add(prefix + "boxes-unknown", frame, [](const Frame& f) { return LeastPlanes(f, FourCC("none")); });
+        add(prefix + "boxes-planes", frame, [](const Frame& f) { return LeastPlanes(f, "cr f"); });
+        add(prefix + "boxes-unknown", frame, [](const Frame& f) { return LeastPlanes(f, "none"); });
     }
     struct Streams {
         const char* name;
@@ -333,18 +238,18 @@ std::vector<HostilePayload> HostilePayloads() {
         {"short-curves", {16, false}, Curves(16)},
         {"long-run", {1, false}, OneFlatRun},
     };
-    for (const auto& [depthName, format] : {std::pair{"-8", alpha8}, std::pair{"-16", alpha16}}) {
+    for (const auto& [depthName, format] : {std::pair{"-8", kAlpha8}, std::pair{"-16", kAlpha16}}) {
         const Frame frame = {format, kHd, true};
         for (const Streams& kind : kinds) {
             add(std::string("HD/t1/") + kind.name + depthName, frame,
                 [kind](const Frame& f) { return CodedPlane(f, kind.cut, kind.putTokens); });
         }
     }
-    const Frame coded = {alpha8, kHd, true};
+    const Frame coded = {kAlpha8, kHd, true};
     add("HD/t1/table-groups-8", coded, [](const Frame& f) { return EndlessTable(f, true); });
     add("HD/t1/table-prefix-8", coded, [](const Frame& f) { return EndlessTable(f, false); });
-    add("16x16/t1/idle-bands-8", {alpha8, kTiny, true}, IdleBands);
-    add("16x16/t2/idle-bands-8", {alpha8, kTiny, true}, IdleBands);
+    add("16x16/t1/idle-bands-8", {kAlpha8, kTiny, true}, IdleBands);
+    add("16x16/t2/idle-bands-8", {kAlpha8, kTiny, true}, IdleBands);
     return all;
 }
 
@@ -361,9 +266,8 @@ std::vector<uint8_t> HonestPayload(const Frame& frame, size_t size) {
     Bytes payload = EncodedFrame(frame, PartlyNoise(frame, fits));
     if (payload.size() < size) {
         payload.resize(size);
-        SetSizeAt(payload, 0, size);
-        SetSizeAt(payload, kFirstPlaneOffset - plenar::kBoxHeaderSize,
-                  size - kFirstPlaneOffset + plenar::kBoxHeaderSize);
+        StateSize(payload, 0, size);
+        StateSize(payload, kFirstPlaneOffset - kHeaderBytes, size - kFirstPlaneOffset + kHeaderBytes);
     }
     return payload;
 }

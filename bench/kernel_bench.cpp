@@ -1,107 +1,69 @@
 // Single kernels in each of their versions, on one long row that stays in the second-level cache, beside memcpy of as
 // many bytes.
-#include <functional>
 #include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "benchmarks.h"
-#include "conversion/row_kernels.h"
 #include "frame_work.h"
 #include "matte_contents.h"
 #include "measurement.h"
-#include "simd/target.h"
+#include "testing/row_kernel_cases.h"
+#include "testing/targets.h"
 
 namespace plenar_bench {
 
 namespace {
 
-using plenar::Order;
-using plenar::RowKernels;
+using plenar_test::RowKernelCase;
 
 constexpr size_t kRowBytes = size_t{256} * 1024;  // read plus written
-constexpr size_t kFarPart = kRowBytes;            // where the second part of a plane row stands
-const plenar::Order& kInOrder = plenar::FindOrder(PLENAR_ORDER_RGB);            // samples stand in the caller's row as in the plane's
+constexpr size_t kFarPart = kRowBytes;            // where a row of alpha stands
+constexpr size_t kUnitsTogether = 4;              // rows are whole bytes and groups
 
-// `unitBytes` are read plus written for one of the kernel's units, and units come by `block`.
-struct KernelCase {
-    std::string name;
-    double unitBytes;
-    size_t block;
-    std::function<void(const RowKernels&, const uint8_t* src, uint8_t* dst, size_t units)> run;
-};
-
-std::vector<KernelCase> RowCases() {
-    std::vector<KernelCase> cases;
-    for (const size_t width : {size_t{1}, size_t{2}, size_t{4}}) {
-        const auto bytes = static_cast<double>(width);
-        const std::string suffix = "-" + std::to_string(width);
-        const Order& bgra = plenar::FindOrder(PLENAR_ORDER_BGRA);
-        const Order& cbyacrya = plenar::FindOrder(PLENAR_ORDER_CBYACRYA);
-        for (const auto& [name, order] : {std::pair{"BGRA", &bgra}, std::pair{"CbYACrYA", &cbyacrya}}) {
-            const double unit = 2 * static_cast<double>(order->samples) * bytes;
-            cases.push_back({std::string("split-") + name + suffix, unit, 4,
-                             [order = order, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                                 k.splitRow(*order, width, src, dst, dst + kFarPart, n);
-                             }});
-            cases.push_back({std::string("merge-") + name + suffix, unit, 4,
-                             [order = order, width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                                 k.mergeRow(*order, width, src, src + kFarPart, dst, n);
-                             }});
-        }
-        cases.push_back({"swapPairs" + suffix, 4 * bytes, 1,
-                         [width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                             k.swapPairs(width, src, dst, n);
-                         }});
-        cases.push_back({"reverseTriples" + suffix, 6 * bytes, 1,
-                         [width](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                             k.reverseTriples(width, src, dst, n);
-                         }});
-    }
-    cases.push_back({"pack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.packRow10(kInOrder, src, n, dst, dst + n);
-                     }});
-    cases.push_back({"pack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.packRow12(kInOrder, src, n, dst, dst + n);
-                     }});
-    cases.push_back({"unpack10", 3.25, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpackRow10(kInOrder, src, src + n, n, dst);
-                     }});
-    cases.push_back({"unpack12", 3.5, 4, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.unpackRow12(kInOrder, src, src + n, n, dst);
-                     }});
-    cases.push_back({"packedGroupsToPlane", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.packedGroupsToPlane(src, n, dst, dst + 12 * n);
-                     }});
-    cases.push_back({"planeToPackedGroups", 31, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.planeToPackedGroups(src, src + 12 * n, n, dst);
-                     }});
-    cases.push_back({"fixedToFloat", 6, 1, [](const RowKernels& k, const uint8_t* src, uint8_t* dst, size_t n) {
-                         k.fixedRowToFloat(kInOrder, src, n, dst);
-                     }});
-    return cases;
+bool MovesAlpha(const RowKernelCase& kernelCase) {
+    return kernelCase.kernel == "splitRow" || kernelCase.kernel == "mergeRow";
 }
 
-void AddRowKernels() {
-    for (const KernelCase& kernel : RowCases()) {
-        const std::string prefix = "kernels/L2/t1/" + kernel.name + "/";
-        const size_t units =
-            static_cast<size_t>(static_cast<double>(kRowBytes) / kernel.unitBytes) / kernel.block * kernel.block;
-        const auto moved = static_cast<size_t>(static_cast<double>(units) * kernel.unitBytes);
-        Measure(prefix + "memcpy", [=] { return MemcpyWork(moved, Direction::Encode); });
-        for (const plenar::Target target : plenar::RunnableTargets()) {
-            const RowKernels* kernels = &plenar::RowKernelsFor(target);
-            Measure(prefix + NameOf(target), [=, run = kernel.run]() -> Work {
+// One order stands for those whose kernels do the same.
+bool IsMeasured(const RowKernelCase& kernelCase) {
+    const std::string& order = kernelCase.orderName;
+    const bool isOneOfMany = MovesAlpha(kernelCase) ? order == "BGRA" || order == "CbYACrYA" : order == "RGB";
+    return kernelCase.variant.empty() && (order.empty() || isOneOfMany);
+}
+
+std::string NameOf(const RowKernelCase& kernelCase) {
+    std::string name = kernelCase.kernel;
+    if (const size_t row = name.find("Row"); row != std::string::npos) {
+        name.erase(row, 3);
+    }
+    return name + (kernelCase.orderName.empty() || kernelCase.orderName == "RGB" ? "" : "-" + kernelCase.orderName) +
+           (kernelCase.sampleBytes == 0 ? "" : "-" + std::to_string(kernelCase.sampleBytes));
+}
+
+void AddRowKernel(const RowKernelCase& kernelCase) {
+    const auto [firstSource, secondSource] = kernelCase.sourceBits;
+    const auto [firstTarget, secondTarget] = kernelCase.targetBits;
+    const size_t unitBits = firstSource + secondSource + firstTarget + secondTarget;
+    const bool hasAlpha = MovesAlpha(kernelCase);
+    const size_t units = 8 * kRowBytes / unitBits / kUnitsTogether * kUnitsTogether;
+    const size_t moved = units * unitBits / 8;
+    const std::string prefix = "kernels/L2/t1/" + NameOf(kernelCase) + "/";
+    Measure(prefix + "memcpy", [=] { return MemcpyWork(moved, Direction::Encode); });
+    for (const plenar::Target target : plenar::RunnableTargets()) {
+        const plenar::RowKernels* kernels = &plenar::RowKernelsFor(target);
+        Measure(
+            prefix + NameOf(target), [=, &kernelCase, firstSource = firstSource, firstTarget = firstTarget]() -> Work {
                 const uint8_t* src = PictureMemory(2 * kRowBytes);
                 uint8_t* dst = PayloadMemory(2 * kRowBytes);
-                return {[=] {
-                            run(*kernels, src, dst, units);
+                // Low parts of samples follow their high parts, alpha has a plane of its own.
+                const auto second = [=](size_t firstBits) { return hasAlpha ? kFarPart : units * firstBits / 8; };
+                const plenar_test::RowParts row = {{src, src + second(firstSource)}, {dst, dst + second(firstTarget)}};
+                return {[=, &kernelCase] {
+                            kernelCase.run(*kernels, kernelCase, row, units);
                             return true;
                         },
                         moved};
             });
-        }
     }
 }
 
@@ -115,10 +77,8 @@ void AddBandCoders() {
                 const std::string prefix = "kernels/L2/t1/rle-" + NameOf(matte) + "-" + NameOf(direction) + "/";
                 Measure(prefix + NameOf(target), [=]() -> Work {
                     Work work = FrameWork(frame, direction, 1, MatteSamples(matte, kSize, 8));
-                    const std::shared_ptr<void> back(
-                        nullptr, [](void*) { plenar::ForceTarget(plenar::RunnableTargets().back()); });
-                    plenar::ForceTarget(target);
-                    return {[run = work.run, back] { return run(); }, work.bytes};
+                    const auto forced = std::make_shared<plenar_test::ForcedTarget>(target);
+                    return {[run = work.run, forced] { return run(); }, work.bytes};
                 });
             }
         }
@@ -128,7 +88,11 @@ void AddBandCoders() {
 }  // namespace
 
 void AddKernelBenchmarks() {
-    AddRowKernels();
+    for (const RowKernelCase& kernelCase : plenar_test::RowKernelCases()) {
+        if (IsMeasured(kernelCase)) {
+            AddRowKernel(kernelCase);
+        }
+    }
     AddBandCoders();
 }
 

@@ -1,14 +1,22 @@
 // Coded alpha planes, made token by token: what the input says are sound planes, whose samples follow from the tokens,
 // or planes with damage on top. All coders have to agree on what they hold, and on what is wrong with them: here the
 // fast kernels meet their plain twins.
-#include "fuzz_input.h"
-#include "rle/rle_fixture.h"
+#include <optional>
+
+#include "testing/coded_planes.h"
+#include "testing/message_of.h"
+#include "testing/plane_bits.h"
+#include "testing/require.h"
+#include "testing/targets.h"
+#include "testing/token_stream.h"
 
 namespace plenar_fuzz {
+
+using namespace plenar_test;
+
 namespace {
 
 using plenar::RleParams;
-using rle_tests::PlaneBits;
 
 // Of a plane, as a rule and at most.
 constexpr uint64_t kSamples = 1U << 13;
@@ -23,63 +31,11 @@ struct CodedPlane {
     size_t tail;  // bytes behind the last stream
 
     Bytes Join() const {
-        Bytes coded = rle_tests::PlaneOf(sizes, rows, streams);
+        Bytes coded = PlaneOf(sizes, rows, streams);
         coded.resize(coded.size() + tail, 0x6B);
         return coded;
     }
 };
-
-uint64_t TakeRun(FuzzInput& input, uint64_t most) {
-    const uint8_t kind = input.Byte();
-    const uint64_t run = kind < 8 ? most : kind < 160 ? kind % 20 : (uint64_t{1} << kind % 16) + input.Byte();
-    return std::min(most, std::max<uint64_t>(run, 1));
-}
-
-// A folded residual in any of the forms that a reader takes, also in one that no writer uses.
-uint32_t TakeValue(FuzzInput& input, uint32_t depth, PlaneBits& bits) {
-    const uint32_t k = depth / 2 - 2;
-    const uint8_t form = input.Byte();
-    const uint32_t value = (input.Byte() | (form < 64 ? 0U : uint32_t{input.Byte()} << 8)) % (1U << depth);
-    if (form >= 250) {  // nine ones count as eight
-        bits.Bits(0x3FF, 10);
-        bits.Bits(value, k);
-        return (8U << k) + value % (1U << k);
-    }
-    const uint32_t limited = form < 32 ? value % 3 : form < 160 ? value % (9U << k) : value;
-    bits.Value(limited, depth, form < 160);
-    return limited;
-}
-
-Bytes TakeStream(FuzzInput& input, uint32_t depth, uint64_t samples, Bytes& plain) {
-    PlaneBits bits;
-    uint32_t prev1 = (1U << (depth - 1)) - 1;
-    uint32_t prev2 = prev1;
-    uint64_t emptyRuns = samples;  // a band may have no more
-    while (samples > 0) {
-        const uint8_t kind = input.Byte();
-        const uint64_t run = kind == 0xFF && emptyRuns > 0 ? 0 : TakeRun(input, samples);
-        emptyRuns -= run == 0 ? 1 : 0;
-        bits.Bits(kind, 1);
-        if (kind < 0xFC) {
-            bits.RunLength(run);
-        } else {  // 32 zeros are followed by 33 bits, whatever they are
-            bits.Bits(0, 32);
-            bits.Bits(run, 33);
-        }
-        const uint32_t value = TakeValue(input, depth, bits);
-        const uint32_t residual = value % 2 == 0 ? value / 2 : 0 - (value + 1) / 2;
-        for (uint64_t i = 0; i < run; ++i) {
-            const uint32_t next = residual + (kind % 2 == 0 ? prev1 : 2 * prev1 - prev2);
-            prev2 = prev1;
-            prev1 = next;
-            for (uint32_t shift = 0; shift < depth; shift += 8) {
-                plain.push_back(static_cast<uint8_t>(next >> shift));
-            }
-        }
-        samples -= run;
-    }
-    return bits.Get();
-}
 
 CodedPlane TakePlane(FuzzInput& input) {
     const uint32_t depth = input.Flag() ? 16 : 8;
@@ -124,8 +80,20 @@ Bytes Damage(FuzzInput& input, CodedPlane plane) {
 // The plane, or the message of a failure.
 Bytes Decode(const RleParams& params, const Bytes& coded, uint32_t workers) {
     Bytes plane(plenar::RlePlainSize(params), 0xCD);
-    const std::string message = rle_tests::MessageOf([&] { plane = rle_tests::Decode(params, coded, plane, workers); });
+    const std::string message = MessageOf([&] { plane = DecodePlane(params, coded, plane, workers); });
     return message.empty() ? plane : Bytes(message.begin(), message.end());
+}
+
+// What every target makes of something.
+template <class Make>
+Bytes SameOnEachTarget(const char* what, const Make& make) {
+    std::optional<Bytes> made;
+    OnEachTarget([&](const char* target) {
+        const Bytes other = make();
+        Require(!made || *made == other, std::string(what) + ", also those of " + target);
+        made = other;
+    });
+    return *made;
 }
 
 void RequireSamples(RleParams params, const Bytes& coded, const Bytes& samples) {
@@ -141,12 +109,8 @@ void RequireSameCodes(const CodedPlane& plane, uint32_t workers) {
     for (uint64_t row = 0; row < plane.params.height; ++row) {
         std::copy_n(&plane.plain[row * tight], tight, &padded[row * stride]);
     }
-    Bytes coded;
-    for (const plenar::Target target : plenar::RunnableTargets()) {
-        const rle_tests::ForcedTarget forced(target);
-        const Bytes other = std::exchange(coded, rle_tests::Encode(plane.params, padded, workers));
-        Require(other.empty() || other == coded, "all encoders write the same bytes");
-    }
+    const Bytes coded = SameOnEachTarget("all encoders write the same bytes",
+                                         [&] { return EncodePlane(plane.params, padded, workers); });
     RequireSamples(plane.params, coded, plane.plain);
 }
 
@@ -161,12 +125,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool isDamaged = damage.Flag();
     const CodedPlane plane = TakePlane(input);
     const Bytes coded = isDamaged ? Damage(damage, plane) : plane.Join();
-    Bytes decoded;
-    for (const plenar::Target target : plenar::RunnableTargets()) {
-        const rle_tests::ForcedTarget forced(target);
-        const Bytes other = std::exchange(decoded, Decode(plane.params, coded, workers));
-        Require(other.empty() || other == decoded, "all decoders agree");
-    }
+    SameOnEachTarget("all decoders agree", [&] { return Decode(plane.params, coded, workers); });
     if (!isDamaged) {
         RequireSamples(plane.params, coded, plane.plain);
         RequireSameCodes(plane, workers);

@@ -1,15 +1,13 @@
 // Arbitrary payloads, of which no more is read than their boxes' heads.
-#include "frame_calls.h"
+#include "ways.h"
 
 namespace plenar_fuzz {
 namespace {
 
-using plenar_test::RecordBytes;
-
 UncompressedParams Read(const Bytes& payload, uint32_t place) {
-    const UncompressedParams before = plenar_test::MakeParams(77, 78, 79, 80, 81, 82, 83);
+    const UncompressedParams before = MakeParams(77, 78, 79, 80, 81, 82, 83);
     UncompressedParams read = before;
-    const std::string message = ReadMetadata(CodecFor<TestDecoder>({}), payload, place, read);
+    const std::string message = ReadMetadata(CodecFor<TestDecoder>({}), payload, read, place);
     Require(message.empty() != (RecordBytes(read) == RecordBytes(before)), "success alone changes the record");
     return read;
 }
@@ -25,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Require(RecordBytes(Read(payload, place)) == RecordBytes(read), "metadata follow from the payload alone");
     }
     if (read.colorComponentOrder != 77) {
-        Require(!plenar_test::PlaneCodes(read.colorComponentOrder, read.componentType).empty() && read.frameLayout <= 1,
+        Require(!PlaneCodes(read.colorComponentOrder, read.componentType).empty() && read.frameLayout <= 1,
                 "what is reported can be asked for");
         payload.insert(payload.end(), {0, 0, 0, 0, 0x70, 0x61, 0x63, 0x6B, 1});
         Require(RecordBytes(Read(payload, 0)) == RecordBytes(read), "what stands behind a payload is not read");

@@ -1,12 +1,10 @@
 // Arbitrary pictures and records: encodes in two ways, compares the payload with the plain model's, and decodes it into
 // any order and type that the input asks for. Likewise decodes planes that no encoder writes, as their width is odd or
 // bits are set that are always clear.
-#include "frame_calls.h"
+#include "ways.h"
 
 namespace plenar_fuzz {
 namespace {
-
-using plenar_test::Plane;
 
 constexpr uint32_t kMostSide = 200;
 
@@ -25,33 +23,31 @@ UncompressedParams TakeRequest(FuzzInput& input, UncompressedParams params, bool
 }
 
 bool Fits(const UncompressedParams& params, size_t room) {
-    return plenar_test::PictureSize(params) <= room &&
-           (params.rowBytes == 0 || params.rowBytes >= plenar_test::TightRowBytes(params)) &&
-           (params.rowBytes2 == 0 || params.rowBytes2 >= plenar_test::TightRowBytes2(params));
+    return PictureSize(params) <= room && (params.rowBytes == 0 || params.rowBytes >= TightRowBytes(params)) &&
+           (params.rowBytes2 == 0 || params.rowBytes2 >= TightRowBytes2(params));
 }
 
 bool IsEncodable(const UncompressedParams& params, bool codesAlpha, size_t pictureBytes) {
     const uint32_t order = params.colorComponentOrder;
-    const bool isEven = (params.width % 2 == 0 || !(plenar_test::Is422(order) || plenar_test::Is420(order))) &&
-                        (params.height % 2 == 0 || !plenar_test::Is420(order));
-    const bool hasCode = plenar_test::StoresAlpha(params.componentType) && params.width != 0 && params.height != 0;
+    const bool isEven =
+        (params.width % 2 == 0 || !(Is422(order) || Is420(order))) && (params.height % 2 == 0 || !Is420(order));
+    const bool hasCode = StoresAlpha(params.componentType) && params.width != 0 && params.height != 0;
     return isEven && Fits(params, pictureBytes) && (!codesAlpha || hasCode);
 }
 
 void RequireDecodes(const UncompressedParams& request, const Way& way, const std::vector<Plane>& planes,
                     const Bytes& payload) {
     const uint32_t room = RoomFor(Plenar_GetUncompressedBufSize(&request), false);
-    Bytes expected = plenar_test::Noise(room, request.width);
-    const Outcome decoded = Decode(CodecFor<TestDecoder>(way), way, request, payload, expected);
+    Bytes expected = Noise(room, request.width);
+    const Frame decoded = Decode(way, request, payload, expected);
     const bool fits = Fits(request, room);
-    const std::string refusal =
-        request.frameLayout > 1
-            ? "Undefined value of frame layout: 2"
-            : plenar_test::DecodeRefusal(planes, request.colorComponentOrder, request.componentType);
+    const std::string refusal = request.frameLayout > 1
+                                    ? "Undefined value of frame layout: 2"
+                                    : DecodeRefusal(planes, request.colorComponentOrder, request.componentType);
     Require(fits ? decoded.message == refusal : !decoded.message.empty(), "what the model refuses is refused");
     if (decoded.message.empty()) {
-        plenar_test::DecodeInto(request, planes, plenar_test::PayloadOf(planes), expected);
-        Require(decoded.target == expected, "a picture is as the model has it");
+        DecodeInto(request, planes, PayloadOf(planes), expected);
+        Require(decoded.bytes == expected, "a picture is as the model has it");
     }
 }
 
@@ -72,34 +68,32 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint32_t room = RoomFor(needed, shortfall == 14);
     const Bytes picture = input.Fill(RoomFor(Plenar_GetUncompressedBufSize(&params), shortfall == 15));
 
-    const bool codesAlpha = options.alphaRle != 0 && plenar_test::HasAlpha(params.colorComponentOrder);
+    const bool codesAlpha = options.alphaRle != 0 && HasAlpha(params.colorComponentOrder);
     const UncompressedParams request = TakeRequest(decoding, params, codesAlpha);
     const Way decodingWay = TakeOtherWay(decoding);
 
-    const bool isSupported = !plenar_test::PlaneCodes(params.colorComponentOrder, params.componentType).empty();
+    const bool isSupported = !PlaneCodes(params.colorComponentOrder, params.componentType).empty();
     const bool isModelled = params.width < kMostSide && params.height < kMostSide;  // it goes sample by sample
     // Narrower ones as well, for all the ways in which a row can end.
     for (uint32_t less = 0; isSupported && isModelled && less < 6 && less <= params.width; ++less) {
         UncompressedParams held = params;
         UncompressedParams narrow = request;
         held.width = narrow.width = params.width - less;
-        const std::vector<Plane> planes = plenar_test::NoisePlanes(held, shortfall);
-        RequireDecodes(narrow, decodingWay, planes, plenar_test::PayloadOf(planes));
+        const std::vector<Plane> planes = NoisePlanes(held, shortfall);
+        RequireDecodes(narrow, decodingWay, planes, PayloadOf(planes));
     }
 
-    const Outcome a = Encode(CodecFor<TestEncoder>(first), first, params, options, picture, room);
-    const Outcome b = Encode(CodecFor<TestEncoder>(second), second, params, options, picture, room);
+    const Frame a = Encode(first, params, options, picture, room);
+    const Frame b = Encode(second, params, options, picture, room);
     Require(a.message == b.message, "a failure follows from the record alone");
     const bool isSound = isSupported && IsEncodable(params, codesAlpha, picture.size()) && room >= needed;
     Require(!isModelled || a.message.empty() == isSound, "just what is sound is encoded");
     if (!a.message.empty() || !isModelled) {
         return 0;
     }
-    const Bytes payload(a.target.begin(), a.target.begin() + a.written);
-    Require(a.written == b.written && std::equal(payload.begin(), payload.end(), b.target.begin()),
-            "a payload follows from the picture alone");
-    const std::vector<Plane> planes = plenar_test::EncodedPlanes(params, picture);
-    Require(codesAlpha || payload == plenar_test::PayloadOf(planes), "a payload is as the model has it");
-    RequireDecodes(request, decodingWay, planes, payload);
+    Require(a.bytes == b.bytes, "a payload follows from the picture alone");
+    const std::vector<Plane> planes = EncodedPlanes(params, picture);
+    Require(codesAlpha || a.bytes == PayloadOf(planes), "a payload is as the model has it");
+    RequireDecodes(request, decodingWay, planes, a.bytes);
     return 0;
 }

@@ -2,12 +2,12 @@
 // allocation or the start of a thread fails, each in turn.
 #include <cstdlib>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
-#include "codec_fixture.h"
-#include "fault_injection.h"
+#include "testing/allocations.h"
+#include "worker_counts.h"
 
 namespace plenar_test {
 namespace {
@@ -26,18 +26,16 @@ public:
         const Bytes boxSize = LittleEndian(size(damaged_));
         std::copy(boxSize.begin(), boxSize.end(), damaged_.begin());
     }
-    ~Host() { Destroy(); }
 
     void Create() {
-        const CreateParams params{sizeof(CreateParams), threads_, this, Take};
-        Plenar_CreateEncoder(&params, &encoder_);
-        Plenar_CreateDecoder(&params, &decoder_);
+        encoder_.emplace(threads_, Take, this);
+        decoder_.emplace(threads_, Take, this);
     }
     void Destroy() {
-        Plenar_DestroyEncoder(std::exchange(encoder_, nullptr));
-        Plenar_DestroyDecoder(std::exchange(decoder_, nullptr));
+        encoder_.reset();
+        decoder_.reset();
     }
-    bool HasObjects() const { return encoder_ != nullptr && decoder_ != nullptr; }
+    bool HasObjects() const { return encoder_ && decoder_; }
 
     // The message, "" for success. What is spoilt is refused: a stride, the end of a payload, or nearly all of it.
     std::string_view Run(Call call, bool spoilt = false) {
@@ -46,14 +44,14 @@ public:
         uint32_t code = 0;
         if (call == Call::Encode) {
             params.rowBytes = spoilt ? 1 : 0;
-            code = Plenar_EncodeFrame(encoder_, &params, &compressed_, picture_.data(), size(picture_), room_.data(),
-                                      size(room_), nullptr);
+            code = Plenar_EncodeFrame(encoder_->get(), &params, &compressed_, picture_.data(), size(picture_),
+                                      room_.data(), size(room_), nullptr);
         } else if (call == Call::Decode) {
             const Bytes& payload = spoilt ? damaged_ : payload_;
-            code = Plenar_DecodeFrame(decoder_, &params, payload.data(), size(payload), back_.data(), size(back_),
-                                      nullptr);
+            code = Plenar_DecodeFrame(decoder_->get(), &params, payload.data(), size(payload), back_.data(),
+                                      size(back_), nullptr);
         } else {
-            code = Plenar_ReadMetadata(decoder_, payload_.data(), spoilt ? 7 : size(payload_), &params);
+            code = Plenar_ReadMetadata(decoder_->get(), payload_.data(), spoilt ? 7 : size(payload_), &params);
         }
         return (code == 0) == (message_[0] == '\0') ? message_.data() : "code and message differ";
     }
@@ -84,8 +82,8 @@ private:
     Bytes room_ = Bytes(Plenar_GetCompressedBufSize(&params_, &compressed_));
     Bytes back_ = Bytes(picture_.size());
     std::array<char, 100> message_{};
-    Encoder* encoder_ = nullptr;
-    Decoder* decoder_ = nullptr;
+    std::optional<EncoderHandle> encoder_;
+    std::optional<DecoderHandle> decoder_;
 };
 
 // A thread that isn't joined holds a block, so that counting blocks counts threads as well.
@@ -93,7 +91,7 @@ TEST(Faults, ACreateCallThatFailsLeavesNothing) {
     for (const uint32_t threads : {1U, 2U, 17U}) {
         for (FaultSite* site : {&allocations, &threadStarts}) {
             Host host(plenar::RGBA, plenar::Uint8, 1, threads);
-            const int64_t before = liveBlocks;
+            const AllocationWatch watch;
             bool struck = true;
             for (uint64_t nth = 1; struck; ++nth) {
                 std::string failure;
@@ -110,7 +108,7 @@ TEST(Faults, ACreateCallThatFailsLeavesNothing) {
                 EXPECT_EQ(host.HasObjects(), !struck);
                 EXPECT_EQ(struck ? "" : host.RunFrame(), "");
                 host.Destroy();
-                EXPECT_EQ(liveBlocks, before) << threads << " threads, failure " << nth;
+                EXPECT_EQ(watch.Blocks(), 0) << threads << " threads, failure " << nth;
             }
         }
     }
@@ -124,10 +122,13 @@ TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
         for (uint32_t variant = 0; variant < 24; ++variant) {
             const bool later = (variant & 1) != 0, spoilt = (variant & 2) != 0, lasting = (variant & 4) != 0;
             const auto call = static_cast<Call>(variant / 8);
+            constexpr const char* kCalls[] = {"encode", "decode", "metadata"};
+            const std::string name = kCalls[variant / 8] + std::string(later ? ", a later frame" : "") +
+                                     (spoilt ? ", spoilt" : "") + (lasting ? ", lasting" : "");
             bool struck = true;
             for (uint64_t nth = 1; struck; ++nth) {
-                SCOPED_TRACE(::testing::Message() << threads << " threads, variant " << variant << ", nth " << nth);
-                const int64_t before = liveBlocks;
+                SCOPED_TRACE(::testing::Message() << name << ", " << threads << " threads, failure " << nth);
+                const AllocationWatch watch;
                 host.Create();
                 EXPECT_EQ(later ? host.RunFrame() : "", "");
                 allocations.Arm(nth, lasting);
@@ -138,7 +139,7 @@ TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
                 EXPECT_EQ(message.empty(), !struck && !spoilt) << message;
                 EXPECT_EQ(host.RunFrame(), "");
                 host.Destroy();
-                EXPECT_EQ(liveBlocks, before);
+                EXPECT_EQ(watch.Blocks(), 0);
             }
         }
         EXPECT_GE(strikes, threads == 1 ? 8U : 60U);
@@ -153,7 +154,7 @@ void WorkSideBySide(bool faults) {
     for (uint32_t i = 0; i < 6; ++i) {
         hosts[i] = std::make_unique<Host>(7 + i, plenar::Uint8, i % 2 == 0, 1 + i % 4);
     }
-    const int64_t before = liveBlocks;
+    const AllocationWatch watch;
     for (uint32_t i = 0; i < 6; ++i) {
         threads[i] = std::thread([&, &host = *hosts[i]] {
             const auto isRight = [&](std::string_view message, bool refused) {
@@ -181,7 +182,7 @@ void WorkSideBySide(bool faults) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(watch.Blocks(), 0);
     EXPECT_EQ(wrong, 0U);
 }
 
@@ -227,7 +228,8 @@ TEST(SteadyState, AllocatesAtMostTheListsOfItsBatches) {
             for (const bool counted : {false, true}) {
                 allocations.Arm(0);
                 if (host.RunFrame().empty() && counted) {
-                    EXPECT_LE(allocations.Calls(), threads == 1 ? 0U : 16U) << order << ", " << type;
+                    EXPECT_LE(allocations.Calls(), threads == 1 ? 0U : 16U)
+                        << PairName(order, type) << ", " << threads << " threads";
                 }
             }
         }

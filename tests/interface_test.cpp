@@ -5,27 +5,16 @@
 #include <future>
 #include <limits>
 
-#include "codec_fixture.h"
+#include "table.h"
+#include "worker_counts.h"
 
 namespace plenar_test {
 namespace {
 
+using namespace plenar;  // orders and types
 using namespace std::string_literals;
 
 constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
-constexpr uint32_t kHalf = 0x80000000;
-
-constexpr char kOddWidth[] = "Width must be multiple of 2 for 422 and 420 subsampling";
-constexpr char kOddHeight[] = "Height must be multiple of 2 for 420 subsampling";
-constexpr char kAlphaDepth[] = "Only 8 and 16 bit alpha supported for RLE compression";
-constexpr char kSmallSrc[] = "src size is too small";
-constexpr char kSmallDst[] = "dst size is too small";
-constexpr char kUnsupported[] = "combination of color component order and component type is not supported";
-
-std::string SmallStride(const std::string& field, uint64_t minimum) {
-    return field + " is too small, it should be at least " + std::to_string(minimum) +
-           " according to uncompressed params";
-}
 
 ptrdiff_t ThreadCount() {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
@@ -73,7 +62,7 @@ TEST(Arguments, AreCheckedBeforeAnythingElse) {
     TestDecoder decoder;
     Encoder* const e = encoder.get();
     Decoder* const d = decoder.get();
-    const UncompressedParams good = MakeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
+    const UncompressedParams good = MakeParams(AlphaOnly, Uint8, 2, 2);
     const CompressedParams goodWish = MakeCompressed();
     UncompressedParams unsized = good;
     unsized.size = (uint64_t{1} << 32) + 36;
@@ -84,6 +73,7 @@ TEST(Arguments, AreCheckedBeforeAnythingElse) {
     Bytes dst(64, 0x77);
     uint32_t written = 0x77777777;
     const struct {
+        const char* name;
         Encoder* encoder;
         Decoder* decoder;
         UncompressedParams* params;
@@ -92,15 +82,15 @@ TEST(Arguments, AreCheckedBeforeAnythingElse) {
         uint8_t* dst;
         uint32_t encode, decode, metadata;
     } cases[] = {
-        {nullptr, nullptr, &unsized, &unsizedWish, src.data(), dst.data(), 2, 2, 2},
-        {e, d, nullptr, &goodWish, src.data(), dst.data(), 2, 2, 2},
-        {e, d, &unsized, nullptr, src.data(), dst.data(), 2, 3, 3},
-        {e, d, &unsized, &unsizedWish, nullptr, dst.data(), 2, 2, 2},
-        {e, d, &unsized, &unsizedWish, src.data(), nullptr, 2, 2, 3},
-        {e, d, &unsized, &goodWish, src.data(), dst.data(), 3, 3, 3},
+        {"no objects", nullptr, nullptr, &unsized, &unsizedWish, src.data(), dst.data(), 2, 2, 2},
+        {"no picture record", e, d, nullptr, &goodWish, src.data(), dst.data(), 2, 2, 2},
+        {"no options", e, d, &unsized, nullptr, src.data(), dst.data(), 2, 3, 3},
+        {"no source", e, d, &unsized, &unsizedWish, nullptr, dst.data(), 2, 2, 2},
+        {"no target", e, d, &unsized, &unsizedWish, src.data(), nullptr, 2, 2, 3},
+        {"wrong sizes of records", e, d, &unsized, &goodWish, src.data(), dst.data(), 3, 3, 3},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(&c - std::begin(cases));
+        SCOPED_TRACE(c.name);
         EXPECT_EQ(Plenar_EncodeFrame(c.encoder, c.params, c.wish, c.src, size, c.dst, 64, &written), c.encode);
         EXPECT_EQ(Plenar_DecodeFrame(c.decoder, c.params, c.src, size, c.dst, 64, &written), c.decode);
         EXPECT_EQ(Plenar_ReadMetadata(c.decoder, c.src, size, c.params), c.metadata);
@@ -117,7 +107,7 @@ TEST(Arguments, AreCheckedBeforeAnythingElse) {
 }
 
 TEST(Arguments, ParamsCallbackAndByteCountMayBeLeftOut) {
-    const UncompressedParams params = MakeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2);
+    const UncompressedParams params = MakeParams(AlphaOnly, Uint8, 2, 2);
     const CompressedParams wish = MakeCompressed();
     const CreateParams unsized{27, 1, nullptr, nullptr};
     const Bytes picture = Noise(4, 1);
@@ -144,145 +134,64 @@ TEST(Arguments, ParamsCallbackAndByteCountMayBeLeftOut) {
     Plenar_DestroyDecoder(decoder);
 }
 
-// Sizes beside those of the supported frames that others encode: odd widths, no such pair, coded alpha, wraps.
+UncompressedParams ParamsOf(const TableRow& row) {
+    return MakeParams(row.Order(), row.Type(), row.Number("width"), row.Number("height"), row.Number("rowBytes"),
+                      row.Number("rowBytes2"));
+}
+
+CompressedParams OptionsOf(const TableRow& row) {
+    return MakeCompressed(row.Byte("alphaRle"), row.Byte("alphaBandLimit"));
+}
+
+// Sizes beside those of the supported frames that others encode. What isn't supported has no payload, but a picture of
+// some size. Coded alpha takes its bound. Sums and products that don't fit are cut to 32 bits.
 TEST(Sizes, OfPicturesAndPayloads) {
-    struct Case {
-        UncompressedParams params;
-        uint32_t uncompressed, compressed;
-        CompressedParams wish = MakeCompressed();
-    };
-    const Case cases[] = {
-        {MakeParams(1, 1, 3, 1), 8, 44},
-        {MakeParams(2, 1, 3, 1), 7, 44},
-        {MakeParams(11, 1, 3, 1), 10, 45 + 7 + 37 + 3},
-        {MakeParams(2, 5, 1921, 1), 5136, 37 + 4804},
-        {MakeParams(14, 1, 4, 2, 0, 3), 8, 45},
-        // What isn't supported has no payload, but a picture of some size.
-        {MakeParams(1, 5, 6, 2), 32, 0},
-        {MakeParams(15, 5, 6, 2), 56, 0},
-        {MakeParams(10, 214, 6, 2), 36, 0},
-        {MakeParams(0, 1, 6, 2), 0, 0},
-        {MakeParams(17, 1, 6, 2, 5), 10, 0},
-        {MakeParams(5, 99, 6, 2), 72, 0},
-        {MakeParams(kHalf + 5, 1, 6, 2), 0, 0},
-        // Coded alpha takes its bound; other planes aren't affected.
-        {MakeParams(14, 1, 4, 4, 7), 28, 37 + 4 * 6 + 1659, MakeCompressed(1)},
-        {MakeParams(14, 2, 3, 5), 30, 37 + 22 + 15 + 1659, MakeCompressed(255, 2)},
-        {MakeParams(14, 1, 4, 0), 0, 37 + 1659, MakeCompressed(1)},
-        {MakeParams(3, 2, 4, 0), 0, 45 + 37 + 1659, MakeCompressed(1, 255)},
-        {MakeParams(7, 3, 4, 1), 32, 37 + 15, MakeCompressed(1)},
-        {MakeParams(14, 1, kHalf, 2), 0, 37 + 1659, MakeCompressed(1, 1)},
-        // Sums and products that don't fit are cut to 32 bits.
-        {MakeParams(2, 5, 1U << 28, 1), 5, 671088677},
-        {MakeParams(2, 5, kMax - 1, 7), 0, 37 + 7 * 1073741819U},
-        {MakeParams(14, 1, kMax, kMax), 1, 38},
-        {MakeParams(14, 1, kMax - 20, 1), kMax - 20, 16},
-        {MakeParams(7, 7, 1U << 30, 1U << 30), 0, 37},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - std::begin(cases));
-        EXPECT_EQ(Plenar_GetUncompressedBufSize(&c.params), c.uncompressed);
-        EXPECT_EQ(Plenar_GetCompressedBufSize(&c.params, &c.wish), c.compressed);
+    for (const TableRow& row : ReadTable("sizes.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        const UncompressedParams params = ParamsOf(row);
+        const CompressedParams options = OptionsOf(row);
+        EXPECT_EQ(Plenar_GetUncompressedBufSize(&params), row.Number("uncompressed"));
+        EXPECT_EQ(Plenar_GetCompressedBufSize(&params, &options), row.Number("compressed"));
     }
 }
 
-// The checks come in this order: each case breaks the named rule and others that come later.
+// The checks come in the table's order: each row breaks the named rule and others that come later. The last ones have
+// pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
 TEST(Encode, RefusesWithTheFirstBrokenRule) {
-    struct Case {
-        std::string message;
-        UncompressedParams params;
-        uint32_t srcSize, dstSize;
-        CompressedParams wish = MakeCompressed();
-    };
-    const CompressedParams coded = MakeCompressed(1);
-    const Case cases[] = {
-        {kAlphaDepth, MakeParams(11, 3, 3, 2), 0, 0, coded},
-        {kAlphaDepth, MakeParams(16, 214, 3, 2), 0, 0, MakeCompressed(128)},
-        {kOddWidth, MakeParams(2, 1, 3, 2, 1), 0, 0, coded},
-        {kOddWidth, MakeParams(10, 1, 3, 3, 1), 0, 0},
-        {kOddWidth, MakeParams(1, 1, 3, 2, 1), 0, 0},
-        {kOddWidth, MakeParams(11, 1, 3, 2), 0, 0},
-        {kOddWidth, MakeParams(16, 3, 3, 2), 0, 0},
-        {kOddWidth, MakeParams(15, 1, 3, 2), 0, 0},
-        {kOddHeight, MakeParams(13, 99, 4, 3, 1), 0, 0},
-        {SmallStride("rowBytes", 48), MakeParams(7, 7, 3, 3, 47), 0, 0},
-        {SmallStride("rowBytes", 32), MakeParams(2, 5, 8, 2, 31), 0, 0},
-        {SmallStride("rowBytes", 8), MakeParams(13, 2, 4, 2, 7, 3), 0, 0},
-        {SmallStride("rowBytes2", 4), MakeParams(13, 2, 4, 2, 8, 3), 0, 0},
-        {SmallStride("rowBytes", 8), MakeParams(14, 99, 4, 2, 7), 0, 0},
-        {SmallStride("rowBytes2", 8), MakeParams(15, 2, 4, 2, 0, 7), 0, 0},
-        {SmallStride("rowBytes", uint64_t{16} * kMax), MakeParams(7, 7, kMax, 1, kMax), 0, 0},
-        {kSmallSrc, MakeParams(14, 1, 4, 2, 9, 1), 17, 0},
-        {kSmallSrc, MakeParams(17, 1, 4, 2, 9), 17, 0},
-        {kUnsupported, MakeParams(0, 1, 4, 2), 0, 0},
-        {kUnsupported, MakeParams(1, 5, 4, 2), 64, 0},
-        {kUnsupported, MakeParams(10, 214, 4, 2), 64, 0},
-        {kUnsupported, MakeParams(14, 3, 4, 2), 64, 0},
-        {kSmallDst, MakeParams(2, 1, 4, 2), 16, 52},
-        {kSmallDst, MakeParams(14, 1, 4, 4), 16, 37 + 22 + 1658, MakeCompressed(1, 1)},
-        // Pictures and payloads beyond 32 and 64 bits, whatever is left of their sizes after wrapping.
-        {kSmallSrc, MakeParams(2, 5, 1U << 28, 1), 64, 64},
-        {kSmallSrc, MakeParams(2, 5, 1U << 28, 1, 64), 64, 64},
-        {kSmallSrc, MakeParams(14, 1, kMax, kMax), 64, 64},
-        {kSmallSrc, MakeParams(7, 7, 1U << 30, 1U << 30), 64, 64},
-        {kSmallSrc, MakeParams(13, 7, kMax - 1, kMax - 1), kMax, kMax},
-        {kSmallSrc, MakeParams(10, 1, 2, kMax - 1, kHalf, kHalf + 3), kMax, kMax},  // only the planes' sum wraps
-        {kSmallDst, MakeParams(14, 1, kMax - 20, 1), kMax, kMax},
-        {kSmallDst, MakeParams(7, 1, 1073741804, 1), kMax, kMax},
-        {kSmallDst, MakeParams(7, 1, 32768, 32767), kMax, kMax, coded},
-    };
     TestEncoder encoder(2);
     Bytes memory(4096, 0x77);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - std::begin(cases));
+    for (const TableRow& row : ReadTable("encode_refusals.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        const UncompressedParams params = ParamsOf(row);
+        const CompressedParams options = OptionsOf(row);
         uint32_t written = 7;
         // The largest sizes are claims: a refused frame's memory isn't touched.
-        EXPECT_EQ(encoder.Outcome(Plenar_EncodeFrame(encoder.get(), &c.params, &c.wish, memory.data(), c.srcSize,
-                                                     memory.data() + 2048, c.dstSize, &written)),
-                  c.message);
+        EXPECT_EQ(
+            encoder.Outcome(Plenar_EncodeFrame(encoder.get(), &params, &options, memory.data(), row.Number("srcSize"),
+                                               memory.data() + 2048, row.Number("dstSize"), &written)),
+            row.Text("message"));
         EXPECT_EQ(written, 7U);
         EXPECT_EQ(memory, Bytes(4096, 0x77));
-        EXPECT_EQ(Encode(encoder, MakeParams(1, 1, 4, 2), Noise(16, 1)).message, "");
+        EXPECT_EQ(Encode(encoder, MakeParams(YCbYCr, Uint8, 4, 2), Noise(16, 1)).message, "");
     }
 }
 
 TEST(Encode, StoresAnyFrameLayoutThoughDecodersRefuseIt) {
-    UncompressedParams params = MakeParams(plenar::AlphaOnly, plenar::Uint8, 2, 2, 0, 0, 0x1FE);
+    UncompressedParams params = MakeParams(AlphaOnly, Uint8, 2, 2, 0, 0, 0x1FE);
     const Bytes payload = Encode(WithWorkers<TestEncoder>(0), params, Noise(4, 1)).bytes;
     EXPECT_EQ(payload, PayloadOf(EncodedPlanes(params, Noise(4, 1))));
-    EXPECT_EQ(ReadMetadata(WithWorkers<TestDecoder>(0), payload, params).message,
-              "Undefined value of frame layout: 254");
+    EXPECT_EQ(ReadMetadata(WithWorkers<TestDecoder>(0), payload, params), "Undefined value of frame layout: 254");
 }
 
 TEST(Decode, RefusesWithTheFirstBrokenRule) {
-    struct Case {
-        UncompressedParams params;
-        uint32_t dstSize;
-        std::string message;
-        bool badPayload = false;
-    };
-    const Case cases[] = {
-        {MakeParams(2, 1, 4, 2, 7), 0, SmallStride("rowBytes", 8), true},
-        {MakeParams(1, 1, 3, 2, 7), 0, SmallStride("rowBytes", 8), true},
-        {MakeParams(10, 1, kMax, kMax, 0, 1), 0, SmallStride("rowBytes2", 0x80000000), true},
-        {MakeParams(16, 1, 4, 2, 0, 3), 0, SmallStride("rowBytes2", 4), true},
-        {MakeParams(2, 1, 4, 2), 15, kSmallDst, true},
-        {MakeParams(13, 1, 5, 3), 41, kSmallDst, true},
-        {MakeParams(2, 5, 1U << 28, 1), 64, kSmallDst, true},
-        {MakeParams(14, 1, kMax, kMax), 64, kSmallDst, true},
-        {MakeParams(7, 7, 1U << 30, 1U << 30), 64, kSmallDst, true},
-        {MakeParams(2, 3, 5, 3), 128, "buffer size should be at least 8", true},
-        {MakeParams(2, 3, 5, 3), 128, "width in src metadata is different than width in uncompressed params"},
-        {MakeParams(14, 1, 4, 3), 64, "height in src metadata is different than height in uncompressed params"},
-        {MakeParams(17, 3, 4, 2), 64, "bit depth in src metadata is different than bit depth in uncompressed params"},
-        {MakeParams(2, 1, 4, 2), 16, ""},
-    };
     TestDecoder decoder(2);
-    const Bytes payload = PayloadOf(NoisePlanes(MakeParams(11, 1, 4, 2), 1));
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - std::begin(cases));
-        EXPECT_EQ(Decode(decoder, c.params, c.badPayload ? Bytes(7) : payload, Bytes(c.dstSize)).message, c.message);
-        EXPECT_EQ(Decode(decoder, MakeParams(2, 1, 4, 2), payload, Bytes(16)).message, "");
+    const Bytes sound = PayloadOf(NoisePlanes(MakeParams(CbYACrYA, Uint8, 4, 2), 1));
+    for (const TableRow& row : ReadTable("decode_refusals.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        const Bytes payload = row.Text("payload") == "sound" ? sound : Bytes(7);
+        const Frame frame = Decode(decoder, ParamsOf(row), payload, Bytes(row.Number("dstSize")));
+        EXPECT_EQ(frame.message.empty() ? "-" : frame.message, row.Text("message"));
+        EXPECT_EQ(Decode(decoder, MakeParams(CbYCrY, Uint8, 4, 2), sound, Bytes(16)).message, "");
     }
 }
 
@@ -293,7 +202,7 @@ TEST(EmptyFrames, PassForAnyWidthAndWorkerCount) {
             for (const uint32_t width : {0U, 6U, kMax - 1}) {
                 const UncompressedParams params = MakeParams(order, type, width, 0);
                 const Bytes expected = PayloadOf(NoisePlanes(params, 0));
-                SCOPED_TRACE(::testing::Message() << "order " << order << " type " << type << " width " << width);
+                SCOPED_TRACE(Describe(params));
                 const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, {});
                 EXPECT_EQ(payload.message, "");
                 EXPECT_EQ(Difference(payload.bytes, expected), "");
@@ -305,7 +214,7 @@ TEST(EmptyFrames, PassForAnyWidthAndWorkerCount) {
 }
 
 TEST(WorkedExample, ComesOutByteForByte) {
-    const UncompressedParams params = MakeParams(plenar::CbYACrYA, plenar::Uint8, 4, 2);
+    const UncompressedParams params = MakeParams(CbYACrYA, Uint8, 4, 2);
     const Bytes picture{1, 2, 91, 3, 4, 92, 5, 6, 93, 7, 8, 94, 11, 12, 95, 13, 14, 96, 15, 16, 97, 17, 18, 98};
     const Bytes expected = Letters(
         "\x6A\0\0\0pack"

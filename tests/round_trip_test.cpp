@@ -1,5 +1,5 @@
 // Every pair of order and type against the plain model: payloads, and decodes into everything that takes them.
-#include "codec_fixture.h"
+#include "worker_counts.h"
 
 namespace plenar_test {
 namespace {
@@ -22,8 +22,8 @@ void CheckDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t w
             continue;
         }
         for (const uint32_t padding : {0U, 1 + seed % 4}) {
-            SCOPED_TRACE(::testing::Message() << "into order " << order << " type " << type << " padding " << padding);
             UncompressedParams params = Shaped(order, type, width, height, padding);
+            SCOPED_TRACE("into " + Describe(params));
             params.frameLayout = seed;
             const Bytes before = Noise(PictureSize(params), ++seed);
             Bytes expected = before;
@@ -37,7 +37,7 @@ void CheckDecodes(const std::vector<Plane>& planes, const Bytes& src, uint32_t w
 }
 
 void CheckRoundTrip(UncompressedParams params, uint32_t seed) {
-    SCOPED_TRACE(::testing::Message() << params.width << " x " << params.height << " rowBytes " << params.rowBytes);
+    SCOPED_TRACE(Describe(params));
     params.frameLayout = 0xABCDEF00 + seed % 2;
     const Bytes picture = Noise(PictureSize(params), seed);
     const std::vector<Plane> planes = EncodedPlanes(params, picture);
@@ -57,10 +57,6 @@ void CheckRoundTrip(UncompressedParams params, uint32_t seed) {
 }
 
 class EveryPair : public ::testing::TestWithParam<std::pair<uint32_t, uint32_t>> {};
-
-std::string PairName(const ::testing::TestParamInfo<std::pair<uint32_t, uint32_t>>& info) {
-    return "order" + std::to_string(info.param.first) + "type" + std::to_string(info.param.second);
-}
 
 // Rows of 0 to 40 pixels and some longer have all the tails that blocks of 16, 32 and 64 bytes can leave.
 TEST_P(EveryPair, EncodesAndDecodesAsTheModelDoes) {
@@ -106,12 +102,13 @@ TEST_P(EveryPair, IsRefusedByEveryOtherRequestWithTheRightMessage) {
         for (const uint32_t wantedType : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 214U}) {
             EXPECT_EQ(Decode(decoder, MakeParams(wantedOrder, wantedType, 4, 2), PayloadOf(planes), Bytes(256)).message,
                       DecodeRefusal(planes, wantedOrder, wantedType))
-                << "order " << wantedOrder << " type " << wantedType;
+                << "as " << PairName(wantedOrder, wantedType);
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()), PairName);
+INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()),
+                         [](const auto& test) { return PairName(test.param.first, test.param.second); });
 
 TEST(Formats, AreOneHundredAndSix) {
     EXPECT_EQ(AllPairs().size(), 106U);

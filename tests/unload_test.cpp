@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "fault_injection.h"
+#include "testing/allocations.h"
 
 namespace plenar_test {
 namespace {
@@ -20,7 +20,7 @@ TEST(SharedLibrary, LeavesNothingBehindWhenUnloaded) {
     const CreateParams params{sizeof(CreateParams), 3, nullptr, nullptr};
     const UncompressedParams picture{sizeof(UncompressedParams), PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 4, 4, 0, 0, 0};
     const CompressedParams compressed{sizeof(CompressedParams), 1, 0};
-    const int64_t before = liveBlocks;
+    const AllocationWatch watch;
     for (int round = 0; round < 200; ++round) {
         void* library = dlopen(PLENAR_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr);
@@ -34,7 +34,7 @@ TEST(SharedLibrary, LeavesNothingBehindWhenUnloaded) {
         EXPECT_EQ(dlclose(library), 0);
         EXPECT_EQ(dlopen(PLENAR_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
     }
-    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(watch.Blocks(), 0);
 }
 
 }  // namespace

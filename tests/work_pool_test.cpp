@@ -11,14 +11,16 @@
 #include <thread>
 #include <vector>
 
-#include "fault_injection.h"
 #include "pool/bands.h"
+#include "testing/allocations.h"
+#include "testing/message_of.h"
 
 namespace plenar {
 namespace {
 
 using plenar_test::allocations;
-using plenar_test::largestBlock;
+using plenar_test::AllocationWatch;
+using plenar_test::MessageOf;
 using plenar_test::threadStarts;
 using Rows = std::vector<uint32_t>;
 
@@ -42,18 +44,8 @@ TEST(SplitRowsTest, LargerBandsStandFirstAndNoneIsEmpty) {
     EXPECT_EQ(BandRows(0xFFFFFFFF, 2), (Rows{0x80000000, 0x7FFFFFFF}));
 }
 
-template <class Call>
-std::string FailureOf(const Call& call) {
-    try {
-        call();
-        return {};
-    } catch (const std::exception& failure) {
-        return failure.what();
-    }
-}
-
 std::string FailureOf(WorkPool& pool) {
-    return FailureOf([&pool] { pool.Wait(); });
+    return MessageOf([&pool] { pool.Wait(); });
 }
 
 class WorkPoolTest : public testing::TestWithParam<uint32_t> {};
@@ -132,11 +124,11 @@ TEST_P(WorkPoolTest, IsDestroyedWhateverItsLastBatchWas) {
 
 TEST(WorkPoolStart, CostsWhatTheThreadsThatStartCost) {
     const uint32_t count = 1000000;
-    largestBlock = 0;
+    const AllocationWatch watch;
     threadStarts.Arm(3);
-    EXPECT_NE(FailureOf([] { WorkPool pool(count); }), "");
+    EXPECT_NE(MessageOf([] { WorkPool pool(count); }), "");
     EXPECT_TRUE(threadStarts.Disarm());
-    EXPECT_LE(largestBlock, count * sizeof(std::thread));
+    EXPECT_LE(watch.LargestBlock(), count * sizeof(std::thread));
 }
 
 // Memory that is missing for the list of jobs, for the list of failures, or in jobs, in one place and in all behind it.
@@ -148,7 +140,7 @@ TEST_P(WorkPoolTest, LackOfMemoryDropsABatchOrFailsItsJobs) {
         for (uint64_t nth = 1; struck; ++nth) {
             std::atomic<uint32_t> ran{0};
             allocations.Arm(nth, lasting);
-            const std::string failure = FailureOf([&] {
+            const std::string failure = MessageOf([&] {
                 RunBatch(pool, 3 * GetParam(), [&](uint32_t i) {
                     ++ran;
                     results[i] = std::make_unique<int>();
@@ -162,7 +154,8 @@ TEST_P(WorkPoolTest, LackOfMemoryDropsABatchOrFailsItsJobs) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Workers, WorkPoolTest, testing::Values(2, 3, 64));
+INSTANTIATE_TEST_SUITE_P(With, WorkPoolTest, testing::Values(2, 3, 64),
+                         [](const auto& test) { return std::to_string(test.param) + "Workers"; });
 
 }  // namespace
 }  // namespace plenar

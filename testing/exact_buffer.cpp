@@ -1,0 +1,83 @@
+#include "testing/exact_buffer.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+namespace plenar_test {
+namespace {
+
+constexpr size_t kPagesSize = size_t{1} << 20;
+constexpr size_t kMarks = 64;  // on either side, where there is room
+constexpr uint8_t kMark = 0xA5;
+
+// Kept for later buffers: to map pages takes far longer than to use them.
+std::vector<uint8_t*> idlePages;
+
+uint8_t* TakePages() {
+    if (!idlePages.empty()) {
+        uint8_t* pages = idlePages.back();
+        idlePages.pop_back();
+        return pages;
+    }
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void* base = mmap(nullptr, kPagesSize + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    uint8_t* pages = static_cast<uint8_t*>(base) + page;
+    if (base == MAP_FAILED || mprotect(pages, kPagesSize, PROT_READ | PROT_WRITE) != 0) {
+        throw std::bad_alloc();
+    }
+    return pages;
+}
+
+std::atomic<const char*> faultNote = nullptr;
+struct sigaction formerAction;
+
+void PrintNote(int) {
+    const char* note = faultNote;
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, note, std::strlen(note));
+    sigaction(SIGSEGV, &formerAction, nullptr);  // and the instruction is tried again
+}
+
+}  // namespace
+
+ExactBuffer::ExactBuffer(const Bytes& content, uint32_t place, size_t shift) : size_(content.size()) {
+    if (place % 3 == kHeapBlock || size_ + shift + kMarks > kPagesSize) {
+        block_.reset(new uint8_t[size_]);
+        first_ = marks_ = block_.get();
+        marksEnd_ = first_ + size_;
+    } else {
+        pages_ = TakePages();
+        const bool endsAtGuard = place % 3 == kBeforeGuard;
+        first_ = endsAtGuard ? pages_ + kPagesSize - shift - size_ : pages_ + shift;
+        marks_ = endsAtGuard ? first_ - kMarks : pages_;
+        marksEnd_ = endsAtGuard ? pages_ + kPagesSize : first_ + size_ + kMarks;
+    }
+    std::fill(marks_, first_, kMark);
+    std::copy(content.begin(), content.end(), first_);
+    std::fill(first_ + size_, marksEnd_, kMark);
+}
+
+ExactBuffer::~ExactBuffer() {
+    if (pages_ != nullptr) {
+        idlePages.push_back(pages_);
+    }
+}
+
+bool ExactBuffer::IsIntact() const {
+    const auto isMark = [](uint8_t byte) { return byte == kMark; };
+    return std::all_of(marks_, first_, isMark) && std::all_of(first_ + size_, marksEnd_, isMark);
+}
+
+void NoteForFaults(const char* note) {
+    if (faultNote.exchange(note) == nullptr) {
+        struct sigaction action = {};
+        action.sa_handler = PrintNote;
+        sigaction(SIGSEGV, &action, &formerAction);
+    }
+}
+
+}  // namespace plenar_test

@@ -1,0 +1,43 @@
+// Buffers of no more bytes than are asked for: heap blocks, for the address sanitizer to watch, and memory that borders
+// on an inaccessible page, where the processor itself does.
+#pragma once
+
+#include <memory>
+
+#include "testing/bytes.h"
+
+namespace plenar_test {
+
+// Where a buffer lies, modulo 3: in a heap block, or before or behind an inaccessible page.
+inline constexpr uint32_t kHeapBlock = 0;
+inline constexpr uint32_t kBeforeGuard = 1;
+inline constexpr uint32_t kBehindGuard = 2;
+
+class ExactBuffer {
+public:
+    // `shift` moves the content away from the inaccessible page, to any alignment.
+    ExactBuffer(const Bytes& content, uint32_t place = kBeforeGuard, size_t shift = 0);
+    ~ExactBuffer();
+    ExactBuffer(const ExactBuffer&) = delete;
+    ExactBuffer& operator=(const ExactBuffer&) = delete;
+
+    uint8_t* data() const { return first_; }
+    uint32_t size() const { return static_cast<uint32_t>(size_); }
+    Bytes Content() const { return {first_, first_ + size_}; }
+
+    // Whether the bytes around the content are as they were. A heap block has none.
+    bool IsIntact() const;
+
+private:
+    size_t size_;
+    uint8_t* first_;
+    uint8_t* marks_;     // the first of those bytes
+    uint8_t* marksEnd_;  // behind the last
+    uint8_t* pages_ = nullptr;
+    std::unique_ptr<uint8_t[]> block_;
+};
+
+// Has what is told last printed when the process steps on an inaccessible page, as no check lives to say where.
+void NoteForFaults(const char* note);
+
+}  // namespace plenar_test

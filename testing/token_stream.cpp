@@ -1,0 +1,56 @@
+#include "testing/token_stream.h"
+
+#include "testing/plane_bits.h"
+
+namespace plenar_test {
+namespace {
+
+uint64_t TakeRun(FuzzInput& input, uint64_t most) {
+    const uint8_t kind = input.Byte();
+    const uint64_t run = kind < 8 ? most : kind < 160 ? kind % 20 : (uint64_t{1} << kind % 16) + input.Byte();
+    return std::min(most, std::max<uint64_t>(run, 1));
+}
+
+// A folded residual in any of the forms that a reader takes, also in one that no writer uses.
+uint32_t TakeValue(FuzzInput& input, uint32_t depth, PlaneBits& bits) {
+    const uint32_t k = depth / 2 - 2;
+    const uint8_t form = input.Byte();
+    const uint32_t value = (input.Byte() | (form < 64 ? 0U : uint32_t{input.Byte()} << 8)) % (1U << depth);
+    if (form >= 250) {
+        bits.NineOnes(value, depth);
+        return (8U << k) + value % (1U << k);
+    }
+    const uint32_t limited = form < 32 ? value % 3 : form < 160 ? value % (9U << k) : value;
+    bits.Value(limited, depth, form < 160);
+    return limited;
+}
+
+}  // namespace
+
+Bytes TakeStream(FuzzInput& input, uint32_t depth, uint64_t samples, Bytes& plain) {
+    PlaneBits bits;
+    uint32_t prev1 = (1U << (depth - 1)) - 1;
+    uint32_t prev2 = prev1;
+    uint64_t emptyRuns = samples;  // a band may have no more
+    while (samples > 0) {
+        const uint8_t kind = input.Byte();
+        const uint64_t run = kind == 0xFF && emptyRuns > 0 ? 0 : TakeRun(input, samples);
+        emptyRuns -= run == 0 ? 1 : 0;
+        bits.Bits(kind, 1);
+        kind < 0xFC ? bits.RunLength(run) : bits.LongRunLength(run);
+        const uint32_t value = TakeValue(input, depth, bits);
+        const uint32_t residual = value % 2 == 0 ? value / 2 : 0 - (value + 1) / 2;
+        for (uint64_t i = 0; i < run; ++i) {
+            const uint32_t next = residual + (kind % 2 == 0 ? prev1 : 2 * prev1 - prev2);
+            prev2 = prev1;
+            prev1 = next;
+            for (uint32_t shift = 0; shift < depth; shift += 8) {
+                plain.push_back(static_cast<uint8_t>(next >> shift));
+            }
+        }
+        samples -= run;
+    }
+    return bits.Get();
+}
+
+}  // namespace plenar_test

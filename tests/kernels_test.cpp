@@ -1,0 +1,101 @@
+// Every kernel of every target against its plain twin. A failure names kernel, target, order, sample size and length.
+#include <gtest/gtest.h>
+
+#include "testing/band_kernel_cases.h"
+#include "testing/exact_buffer.h"
+#include "testing/fuzz_input.h"
+#include "testing/row_kernel_cases.h"
+#include "testing/token_stream.h"
+
+namespace plenar_test {
+namespace {
+
+constexpr size_t kMostUnits = 300;
+
+// For more rounds of the widest kernels than those lengths have, and for copies of whole pages.
+constexpr size_t kLongRows[] = {1021, 4096 + 129, 3 * 4096};
+
+class RowKernel : public ::testing::TestWithParam<std::string> {};
+
+// At both ends of accessible memory, close to it and apart from it, in either direction from source to target.
+TEST_P(RowKernel, DoesWhatItsPlainTwinDoes) {
+    const Bytes content = Noise(9973, 1);
+    const auto check = [&](const RowKernelCase& kernelCase, size_t units) {
+        for (const RowPlaces& places : {RowPlaces{kBeforeGuard, 0, kBeforeGuard, 0},
+                                        {kBehindGuard, 0, kBehindGuard, 0},
+                                        {kBeforeGuard, units % 64, kBehindGuard, units / 3 % 64}}) {
+            ASSERT_EQ(RowKernelFailure(kernelCase, units, places, content), "");
+        }
+    };
+    for (const RowKernelCase& kernelCase : RowKernelCases()) {
+        if (kernelCase.kernel != GetParam()) {
+            continue;
+        }
+        for (size_t units = 0; units <= kMostUnits; ++units) {
+            ASSERT_NO_FATAL_FAILURE(check(kernelCase, units));
+        }
+        for (const size_t units : kLongRows) {
+            ASSERT_NO_FATAL_FAILURE(check(kernelCase, units));
+        }
+    }
+}
+
+std::vector<std::string> RowKernelNames() {
+    std::vector<std::string> names;
+    for (const RowKernelCase& kernelCase : RowKernelCases()) {
+        if (std::find(names.begin(), names.end(), kernelCase.kernel) == names.end()) {
+            names.push_back(kernelCase.kernel);
+        }
+    }
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, RowKernel, ::testing::ValuesIn(RowKernelNames()),
+                         [](const auto& test) { return test.param; });
+
+class BandKernel : public ::testing::TestWithParam<BandKernelCase> {};
+
+// A band of any tokens, or of samples at the ends of their range that are no stream at all. Every third stream is cut
+// off, and every third has a byte changed.
+Band MakeBand(uint32_t depth, uint32_t width, uint32_t height, uint32_t seed) {
+    const Bytes choices = Noise(size_t{16} * width * height + 64, seed);
+    FuzzInput input(choices.data(), choices.size());
+    Band band = {{}, {}, width, height, seed % 4};
+    band.stream = TakeStream(input, depth, uint64_t{width} * height, band.plain);
+    if (seed % 8 == 0) {
+        band.stream = choices;
+        for (uint8_t& byte : band.plain) {
+            byte = input.Flag() ? 0xFF : input.Flag() ? 0x80 : 0;
+        }
+    }
+    if (seed % 3 == 1 && !band.stream.empty()) {
+        band.stream[seed % band.stream.size()] ^= static_cast<uint8_t>(1U << seed % 8);
+    } else if (seed % 3 == 2) {
+        band.stream.resize(band.stream.size() * (seed % 16) / 16);
+    }
+    return band;
+}
+
+TEST_P(BandKernel, DoesWhatItsPlainTwinDoes) {
+    const uint32_t depth = GetParam().depth;
+    uint32_t seed = 0;
+    const auto check = [&](uint32_t width, uint32_t height) {
+        const Band band = MakeBand(depth, width, height, ++seed);
+        const Band other = MakeBand(depth, width + seed % 50, height, 7919 * seed);
+        ASSERT_EQ(BandKernelFailure(GetParam(), band, other, seed), "") << "seed " << seed;
+    };
+    for (uint32_t width = 1; width <= kMostUnits; ++width) {
+        for (const uint32_t height : {1U, 1U, 1U, 2U, 7U}) {
+            ASSERT_NO_FATAL_FAILURE(check(width, height));
+        }
+    }
+    for (uint32_t height = 1; height <= 40; ++height) {
+        ASSERT_NO_FATAL_FAILURE(check(1920, height));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, BandKernel, ::testing::ValuesIn(BandKernelCases()),
+                         [](const auto& test) { return test.param.kernel; });
+
+}  // namespace
+}  // namespace plenar_test
