@@ -24,7 +24,7 @@ case $1 in
 esac
 shift
 targets=("$@")
-((${#targets[@]} > 0)) || targets=(coded_planes decode metadata round_trip twins)
+((${#targets[@]} > 0)) || targets=(coded_planes decode metadata round_trip sequence twins)
 
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz

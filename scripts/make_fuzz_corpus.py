@@ -159,6 +159,11 @@ def coded_planes_seeds(rng):
         yield bytes(40) + shape + b"\0\x09\xf0\x34\x12"
 
 
+def sequence_seeds(rng):
+    for i in range(12):
+        yield bytes([0xE2 if i < 2 else 0]) + rng.randbytes(30 * i + 30)
+
+
 def twins_seeds(rng):
     for i in range(0, 160, 3):  # kernels all over the table
         yield bytes([i, 0, 5 * i % 240, i % 3, i % 64, i // 3 % 3, i // 5 % 64]) + rng.randbytes(31)
@@ -166,7 +171,7 @@ def twins_seeds(rng):
 
 def main():
     directory = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else "fuzz/corpus")
-    for make in (decode_seeds, metadata_seeds, round_trip_seeds, coded_planes_seeds, twins_seeds):
+    for make in (decode_seeds, metadata_seeds, round_trip_seeds, coded_planes_seeds, twins_seeds, sequence_seeds):
         target = directory / make.__name__.removesuffix("_seeds")
         target.mkdir(parents=True, exist_ok=True)
         for i, seed in enumerate(make(random.Random(target.name))):
