@@ -24,8 +24,8 @@ RleDefect RleReadTokenPlain(RleDecodeState& state, RleRun& run) {
     if (run.length > state.remaining) {
         return RleDefect::RunPastBand;
     }
-    // A run length of 0 has no code, but 32 zero bits and more read as one. It yields no sample, so that without this
-    // limit a small plane could take as long as its payload is large.
+    // A run length of 0 has no code, but 32 zero bits and more read as one. It yields no sample, so that without a
+    // limit the time for a small plane would be bounded by its payload alone.
     if (run.length == 0 && state.empty_runs-- == 0) {
         return RleDefect::EmptyRuns;
     }

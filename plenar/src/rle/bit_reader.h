@@ -11,7 +11,7 @@ namespace plenar {
 // zero bits behind its end, and knows when such bits have been consumed.
 class RleBitReader {
 public:
-    // Starts at bit `first_bit` of the `byte_count` bytes at `first`.
+    // Starts at bit `firstBit` of the `byteCount` bytes at `first`.
     RleBitReader(const uint8_t* first, uint64_t byteCount, uint64_t firstBit = 0)
         : begin_(first), size_(byteCount), position_(firstBit) {}
 

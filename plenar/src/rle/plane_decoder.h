@@ -8,7 +8,7 @@ namespace plenar {
 
 class WorkPool;
 
-// Decodes a coded plane of `src_size` bytes and returns its plain size. With two workers or more the bands are jobs of
+// Decodes a coded plane of `srcSize` bytes and returns its plain size. With two workers or more the bands are jobs of
 // the pool, one or two in each; the result is the same without. With padded rows the bytes between them are left with
 // parts of the rows or as they were, and those behind the last row aren't touched.
 //

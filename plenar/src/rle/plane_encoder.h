@@ -11,7 +11,7 @@ class WorkPool;
 // Codes a plane: the rle index table, and behind it one stream for each band. With two workers or more each band is a
 // job of the pool; the bytes are the same without. Returns the bytes of the coded plane.
 //
-// `src_size` is what can be read at `src`, at least RlePlainSize. `dst_size` is at least RleMaxCodedSize, whatever the
+// `srcSize` is what can be read at `src`, at least RlePlainSize. `dstSize` is at least RleMaxCodedSize, whatever the
 // plane turns out to take, and all of that may be written. Throws invalid_argument for bad parameters and sizes, and
 // out_of_range for streams whose sizes the table can't hold.
 uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,

@@ -15,8 +15,8 @@
 
 namespace plenar {
 
-// The functions here are static, and use none of the library's: sources that are compiled for other processors must not
-// share copies of them.
+// All here is static and calls nothing of the standard library: the linker keeps one copy of an inline function for all
+// sources, and if a source that is compiled for a wider target brings it, narrower processors can't run it.
 
 static constexpr uint32_t RleLeadingZeros(uint32_t number) {
     return number == 0 ? 32 : static_cast<uint32_t>(__builtin_clz(number));
@@ -69,8 +69,8 @@ static constexpr RleCode RleValueCode(uint32_t value) {
     return {code.bits | 1U << code.length, code.length + 1};
 }
 
-// The number of leading ones of a number of 9 bits. Nine ones count as eight, though all nine are skipped: no encoder
-// writes them, and a stream that holds them reads so.
+// The number of leading ones of a number of 9 bits. No encoder writes nine ones. A stream that holds them reads as if
+// they were eight, but all nine are skipped.
 static inline uint32_t RleLeadingOnes(uint64_t nineBits) {
     const uint32_t zeros = ~static_cast<uint32_t>(nineBits) & 0x1FF;
     return zeros == 0 ? 8 : RleLeadingZeros(zeros) - 23;
@@ -112,7 +112,7 @@ struct RleToken {
 };
 
 // Puts a token together from the value's code with its flag. The run is shifted in 32 bits and loses what leaves them,
-// and a token ends at 64 bits: runs from 2^28 samples (8 bits) and 2^24 samples (16 bits) don't survive.
+// and a token ends at 64 bits: the lengths of runs from 2^28 samples (8 bits) and 2^24 samples (16 bits) on are lost.
 static constexpr RleToken RleMakeToken(uint32_t mode, uint32_t run, RleCode code) {
     const uint32_t length = 2 * (32 - RleLeadingZeros(run)) + code.length;
     const uint64_t modeBit = length <= 64 ? uint64_t{mode} << (length - 1) : 0;

@@ -13,8 +13,8 @@ namespace plenar {
 struct RleBandKernels {
     // Codes one band and returns the bytes of its stream; writes no more than RleMaxStreamSize.
     uint64_t (*encode_band)(const RleParams& band, const uint8_t* src, uint8_t* dst);
-    // Decodes tokens as long as they are sound and kRleDecodeWindow bytes from the next one on can be read. What it
-    // stops at is for read_token. Where more can be read than the stream has, the stream's end goes unnoticed.
+    // Decodes tokens as long as they are sound and kRleDecodeWindow bytes from the next one on are `readable`; any that
+    // it stops at is for read_token. It doesn't look for the end of the stream itself.
     void (*decode_tokens)(RleDecodeState& state);
     // The same for two bands in turn, so that one goes on while the other waits for its next token. Returns the band
     // that it can't go on with.
