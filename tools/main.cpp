@@ -95,7 +95,8 @@ void AddBatchOptions(CLI::App& command, BatchOptions& batch) {
                     "Threads on one file, 0 for one on each processor (default: 0 for one file, else 1)")
         ->check(CLI::Range(int64_t{0}, int64_t{kMaxThreads}))
         ->type_name("UINT");
-    command.add_flag("--resume", batch.resume, "Keep outputs that are complete and newer than their inputs");
+    command.add_flag("--resume", batch.resume,
+                     "Keep outputs that are complete and newer than their inputs, which an earlier run left");
     command.add_flag("--quiet", batch.quiet, "Say only what went wrong");
     command.add_flag("--timing", batch.timing, "Say where the time went");
     command.add_option("--report", batch.report, "Write what became of each frame into this file, as JSON")
@@ -191,7 +192,10 @@ void CheckCommandName(const CLI::App& app, int argc, char** argv) {
     const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
     std::transform(commands.begin(), commands.end(), std::back_inserter(names),
                    [](const CLI::App* command) { return command->get_name(); });
-    if (argc < 2 || argv[1][0] == '-' || std::find(names.begin(), names.end(), argv[1]) != names.end()) {
+    if (argc < 2) {
+        throw UsageError("a command is missing: " + JoinNames(names, "or") + "; 'plenar --help' tells more");
+    }
+    if (argv[1][0] == '-' || std::find(names.begin(), names.end(), argv[1]) != names.end()) {
         return;
     }
     throw UsageError(std::string(argv[1]) + ": no command has this name" + SuggestName(argv[1], names) +
