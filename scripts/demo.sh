@@ -5,9 +5,12 @@
 #
 #   scripts/demo.sh [PICTURE]     default: examples/pictures/sample.png
 set -euo pipefail
+case ${1:-} in
+    -h | --help) sed -n '2,/^set/{s/^# \{0,1\}//p}' "${BASH_SOURCE[0]}"; exit ;;
+esac
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 picture=${1:-$root/examples/pictures/sample.png}
-[[ -r $picture ]] || { echo "demo.sh: can't read $picture" >&2; exit 2; }
+[[ -f $picture && -r $picture ]] || { echo "demo.sh: can't read the picture $picture; see demo.sh --help" >&2; exit 2; }
 picture=$(realpath "$picture")
 cd "$root"
 

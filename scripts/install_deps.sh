@@ -10,7 +10,7 @@
 #   ci         what the project's check needs besides: Clang, clang-format, clang-tidy
 set -euo pipefail
 
-build=(g++ cmake ninja-build libopenimageio-dev openimageio-tools libcli11-dev nlohmann-json3-dev zlib1g-dev)
+build=(g++ cmake ninja-build libopenimageio-dev openimageio-tools libcli11-dev nlohmann-json3-dev nettle-dev zlib1g-dev)
 test=(libgtest-dev libgmock-dev binutils pkgconf)
 bench=(libbenchmark-dev libyuv-dev libswscale-dev libavutil-dev liblz4-dev libzstd-dev python3)
 coverage=(clang-14 libclang-rt-14-dev llvm-14 python3)
@@ -51,7 +51,7 @@ if ((EUID != 0)); then
     as_root=(sudo)
 fi
 
-echo "Installing ${missing[*]}"
+echo "Fetching and installing packages, which can take some minutes: ${missing[*]}"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 if ! { "${as_root[@]}" apt-get update &&

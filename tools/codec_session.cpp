@@ -1,6 +1,7 @@
 #include "codec_session.h"
 
 #include "formats.h"
+#include "phase_timer.h"
 
 namespace plenar_tool {
 
@@ -31,6 +32,18 @@ void Check(uint32_t code, const std::string& message, const UncompressedParams& 
     Check(code, DescribeFormat(params) + ": " + message);
 }
 
+// What the library's messages leave open: which sizes, and which format, they speak of.
+std::string SizeNote(size_t given, size_t needed) {
+    return given >= needed ? ""
+                           : " (" + std::to_string(given) + " bytes are given, " + std::to_string(needed) + " needed)";
+}
+
+std::string FormatNote(Decoder* decoder, std::span<const uint8_t> payload) {
+    UncompressedParams held = MakePictureParams();
+    const uint32_t code = Plenar_ReadMetadata(decoder, payload.data(), static_cast<uint32_t>(payload.size()), &held);
+    return code == plenar::ResultOk ? " (the payload holds " + DescribeFormat(held) + ")" : "";
+}
+
 uint32_t Size32(std::span<const uint8_t> bytes) {
     if (bytes.size() > kMaxBufferBytes) {
         throw CodecError("more than 4 GiB in one frame");
@@ -58,12 +71,13 @@ EncoderSession::EncoderSession(uint32_t numThreads)
 
 Buffer EncoderSession::Encode(const UncompressedParams& params, const CompressedParams& compressedParams,
                               std::span<const uint8_t> picture) {
+    const PhaseTimer timer(Phase::Code);
     // Unsupported pairs give a size of 0 here, and the encode then says so.
     Buffer payload(Plenar_GetCompressedBufSize(&params, &compressedParams));
     uint32_t written = 0;
-    Check(Plenar_EncodeFrame(encoder_.get(), &params, &compressedParams, picture.data(), Size32(picture),
-                             payload.Data(), Size32(payload.Bytes()), &written),
-          *message_, params);
+    const uint32_t code = Plenar_EncodeFrame(encoder_.get(), &params, &compressedParams, picture.data(),
+                                             Size32(picture), payload.Data(), Size32(payload.Bytes()), &written);
+    Check(code, *message_ + SizeNote(picture.size(), Plenar_GetUncompressedBufSize(&params)), params);
     payload.Shrink(written);
     return payload;
 }
@@ -79,11 +93,16 @@ UncompressedParams DecoderSession::ReadMetadata(std::span<const uint8_t> payload
 }
 
 Buffer DecoderSession::Decode(const UncompressedParams& params, std::span<const uint8_t> payload) {
+    const PhaseTimer timer(Phase::Code);
     Buffer picture(Plenar_GetUncompressedBufSize(&params));
     uint32_t written = 0;
-    Check(Plenar_DecodeFrame(decoder_.get(), &params, payload.data(), Size32(payload), picture.Data(),
-                             Size32(picture.Bytes()), &written),
-          *message_, params);
+    const uint32_t code = Plenar_DecodeFrame(decoder_.get(), &params, payload.data(), Size32(payload), picture.Data(),
+                                             Size32(picture.Bytes()), &written);
+    if (code == plenar::ResultFailed) {
+        const std::string message = *message_;
+        Check(code, message + FormatNote(decoder_.get(), payload), params);
+    }
+    Check(code, *message_, params);
     picture.Shrink(written);
     return picture;
 }

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "file_batch.h"
+#include "pixel_limit.h"
 
 namespace plenar_tool {
 
@@ -34,9 +36,26 @@ struct DecodeOptions {
     std::string extension;
 };
 
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+    bool hash = false;
+    uint64_t maxPixels = kDefaultMaxPixels;
+};
+
+// Of two frames, each a payload or a picture; with `verify` the first is a payload and the second a picture.
+struct CompareOptions {
+    std::string first;
+    std::string second;
+    PictureOptions picture;
+    uint64_t maxPixels = kDefaultMaxPixels;
+};
+
 int RunEncode(const EncodeOptions& options);
 int RunDecode(const DecodeOptions& options);
-int RunInfo(const std::string& file, bool json);
-int RunFormats();
+int RunInfo(const InfoOptions& options);
+int RunVerify(const CompareOptions& options);
+int RunCompare(const CompareOptions& options);
+int RunFormats(bool json);
 
 }  // namespace plenar_tool

@@ -2,76 +2,127 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
-#include <set>
+#include <system_error>
 #include <thread>
 
+#include "batch_progress.h"
+#include "batch_summary.h"
 #include "report.h"
+#include "resume.h"
+#include "stop_request.h"
 
 namespace plenar_tool {
 
 namespace fs = std::filesystem;
 
-std::vector<Task> PlanTasks(const BatchOptions& options, const std::string& extension) {
-    if (options.outDir.empty()) {
-        if (options.files.size() != 2) {
-            throw UsageError("give one input and one output file, or any number of inputs and --out-dir");
-        }
-        return {{options.files[0], options.files[1]}};
-    }
-    std::vector<Task> tasks;
-    std::set<fs::path> outputs;
-    for (const std::string& input : options.files) {
-        const fs::path output = fs::path(options.outDir) / fs::path(input).filename().replace_extension(extension);
-        if (!outputs.insert(output).second) {
-            throw UsageError("more than one input would be written to " + output.string());
-        }
-        tasks.push_back({input, output.string()});
-    }
-    return tasks;
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using MakeWorker = std::function<Worker(uint32_t numThreads)>;
+
+constexpr int kSignalStatus = 128;
+
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-int RunTasks(const std::vector<Task>& tasks, const BatchOptions& options,
-             const std::function<Worker(uint32_t numThreads)>& makeWorker) {
-    if (!options.outDir.empty()) {
-        fs::create_directories(options.outDir);
+void MakeFolder(const std::string& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) {
+        throw std::runtime_error("can't make the folder " + folder + ": " + error.message());
     }
-    const bool single = tasks.size() == 1;
-    const auto numThreads = static_cast<uint32_t>(options.threads >= 0 ? options.threads : single ? 0 : 1);
-    const size_t wanted = options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
-    const size_t jobs = std::min(wanted, tasks.size());
+}
 
-    std::atomic<size_t> next{0};
-    std::atomic<size_t> done{0};
-    std::atomic<bool> failed{false};
-    const auto work = [&] {
-        Worker worker;
-        for (size_t i = next++; i < tasks.size(); i = next++) {
-            const Task& task = tasks[i];
-            std::string outcome = " -> " + task.output;
-            try {
-                if (!worker) {
-                    worker = makeWorker(numThreads);
-                }
-                worker(task);
-            } catch (const std::exception& error) {
-                failed = true;
-                outcome = " failed";
-                ReportProblem(task.input, error.what());
-            }
-            if (!single) {
-                ReportProgress(++done, tasks.size(), task.input + outcome);
-            }
+// One thread's share of a batch.
+class Job {
+public:
+    Job(const MakeWorker& makeWorker, uint32_t numThreads, bool resume)
+        : makeWorker_(makeWorker), numThreads_(numThreads), resume_(resume) {}
+
+    TaskResult Do(const Task& task) {
+        const auto start = Clock::now();
+        TaskResult result;
+        result.outcome = Try(task, result.error);
+        result.warnings = TakeWarnings();
+        result.seconds = SecondsSince(start);
+        return result;
+    }
+
+private:
+    Outcome Try(const Task& task, std::string& errorText) try {
+        if (resume_ && IsOutputComplete(task)) {
+            return Outcome::Kept;
         }
-    };
-    {
-        std::vector<std::jthread> helpers;
+        if (!worker_) {
+            worker_ = makeWorker_(numThreads_);
+        }
+        worker_(task);
+        return Outcome::Done;
+    } catch (const Stopped&) {
+        return Outcome::NotDone;
+    } catch (const std::exception& error) {
+        errorText = error.what();
+        ReportProblem(task.input, errorText);
+        return Outcome::Failed;
+    }
+
+    const MakeWorker& makeWorker_;
+    uint32_t numThreads_;
+    bool resume_;
+    Worker worker_;
+};
+
+// Runs `work` on this thread and on as many others as it takes, or as the system grants.
+void RunJobs(size_t jobs, const std::function<void()>& work) {
+    std::vector<std::jthread> helpers;
+    try {
         while (helpers.size() + 1 < jobs) {
             helpers.emplace_back(work);
         }
-        work();
+    } catch (const std::system_error& error) {
+        ReportLine("plenar: only " + std::to_string(helpers.size() + 1) + " of " + std::to_string(jobs) +
+                   " jobs could be started: " + error.what());
     }
-    return failed ? 1 : 0;
+    work();
+}
+
+}  // namespace
+
+int RunTasks(const std::vector<Task>& tasks, const BatchOptions& options, const MakeWorker& makeWorker) {
+    StopOnSignals();
+    CheckReportTarget(options.report);
+    if (const std::string folder = OutputFolder(options); !folder.empty()) {
+        MakeFolder(folder);
+    }
+    const auto numThreads = static_cast<uint32_t>(options.threads >= 0 ? options.threads : tasks.size() == 1 ? 0 : 1);
+    const size_t wanted = options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+
+    const auto start = Clock::now();
+    Batch batch{tasks, std::vector<TaskResult>(tasks.size()), std::min(wanted, tasks.size())};
+    {
+        BatchProgress progress(tasks, options.quiet);
+        std::atomic<size_t> next{0};
+        RunJobs(batch.jobs, [&] {
+            Job job(makeWorker, numThreads, options.resume);
+            for (size_t i = next++; i < tasks.size() && !StopRequested(); i = next++) {
+                batch.results[i] = job.Do(tasks[i]);
+                progress.Finish(i, batch.results[i]);
+            }
+        });
+    }
+    batch.seconds = SecondsSince(start);
+    batch.stopSignal = StopSignal();
+    PrintSummary(batch, options);
+    if (!options.report.empty()) {
+        WriteReport(batch, options.report);
+    }
+    if (batch.stopSignal != 0) {
+        return kSignalStatus + batch.stopSignal;
+    }
+    return CountOutcome(batch.results, Outcome::Failed) != 0 ? 1 : 0;
 }
 
 }  // namespace plenar_tool

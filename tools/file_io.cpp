@@ -12,6 +12,9 @@
 #include <system_error>
 #include <utility>
 
+#include "phase_timer.h"
+#include "stream_io.h"
+
 namespace plenar_tool {
 
 namespace fs = std::filesystem;
@@ -24,6 +27,10 @@ Buffer::Buffer(size_t byteCount)
 }
 
 Buffer ReadFile(const fs::path& path) {
+    const PhaseTimer timer(Phase::Read);
+    if (IsStream(path)) {
+        return ReadStream(path);
+    }
     std::error_code error;
     const uintmax_t size = fs::file_size(path, error);
     if (error) {
@@ -61,6 +68,11 @@ void PendingFile::Commit() {
 }
 
 void WriteFile(const fs::path& path, std::span<const uint8_t> bytes) {
+    const PhaseTimer timer(Phase::Write);
+    if (IsStream(path)) {
+        WriteStream(path, bytes);
+        return;
+    }
     PendingFile pending(path);
     errno = 0;
     std::ofstream file(pending.Path(), std::ios::binary);

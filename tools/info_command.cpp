@@ -1,15 +1,18 @@
 #include <cinttypes>
 #include <cstdio>
-#include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
+#include <stdexcept>
 #include <string>
 
 #include "codec_session.h"
 #include "commands.h"
 #include "formats.h"
+#include "mapped_file.h"
 #include "payload_view.h"
 #include "report.h"
+#include "sample_hash.h"
 
 namespace plenar_tool {
 
@@ -23,15 +26,27 @@ struct Info {
     PayloadView view;
     std::optional<UncompressedParams> format;
     std::string refusal;  // the library's message, when there is no format
+    std::string hash;     // of the samples, where asked for
 };
 
-Info ReadInfo(const std::string& file) {
-    const Buffer payload = ReadFile(file);
-    Info info{file, payload.Size(), ViewPayload(payload.Bytes()), {}, {}};
+std::string HashPayload(DecoderSession& session, const UncompressedParams& format, std::span<const uint8_t> payload,
+                        uint64_t maxPixels) {
+    CheckPixelLimit(format, maxPixels);
+    return HashSamples(session.Decode(format, payload).Bytes());
+}
+
+Info ReadInfo(const std::string& file, const InfoOptions& options) {
+    const MappedFile payload(file);
+    Info info{file, payload.Bytes().size(), ViewPayload(payload.Bytes()), {}, {}, {}};
+    DecoderSession session(options.hash ? 0 : 1);
     try {
-        info.format = DecoderSession(1).ReadMetadata(payload.Bytes());
+        info.format = session.ReadMetadata(payload.Bytes());
     } catch (const CodecError& error) {
         info.refusal = error.what();
+        return info;
+    }
+    if (options.hash) {
+        info.hash = HashPayload(session, *info.format, payload.Bytes(), options.maxPixels);
     }
     return info;
 }
@@ -75,6 +90,9 @@ Json InfoJson(const Info& info) {
                           {"width", uint32_t{format.width}},
                           {"height", uint32_t{format.height}},
                           {"frameLayout", uint32_t{format.frameLayout}}};
+        if (!info.hash.empty()) {
+            json["samples"] = {{"sha256", info.hash}};
+        }
     } else {
         json["refused"] = info.refusal;
     }
@@ -121,6 +139,9 @@ void PrintInfo(const Info& info) {
     if (info.format) {
         std::printf("\nDecodes as %s, frame layout %" PRIu32 "\n", DescribeFormat(*info.format).c_str(),
                     uint32_t{info.format->frameLayout});
+        if (!info.hash.empty()) {
+            std::printf("SHA-256 of the samples: %s\n", info.hash.c_str());
+        }
     } else {
         std::printf("\nRefused: %s\n", info.refusal.c_str());
     }
@@ -128,22 +149,32 @@ void PrintInfo(const Info& info) {
 
 }  // namespace
 
-int RunInfo(const std::string& file, bool json) try {
-    const Info info = ReadInfo(file);
-    if (json) {
+int RunInfo(const InfoOptions& options) {
+    int status = 0;
+    Json list = Json::array();
+    for (const std::string& file : options.files) {
+        try {
+            const Info info = ReadInfo(file, options);
+            if (options.json) {
+                list.push_back(InfoJson(info));
+            } else {
+                std::printf("%s", &file == &options.files.front() ? "" : "\n");
+                PrintInfo(info);
+            }
+            if (!info.format) {
+                throw std::runtime_error(info.refusal);
+            }
+        } catch (const std::exception& error) {
+            ReportProblem(file, error.what());
+            status = 1;
+        }
+    }
+    if (options.json && !list.empty()) {
         // File names need not be UTF-8.
-        std::cout << InfoJson(info).dump(2, ' ', false, Json::error_handler_t::replace) << std::endl;
-    } else {
-        PrintInfo(info);
+        const Json& json = options.files.size() == 1 ? list.front() : list;
+        std::printf("%s\n", json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
     }
-    if (!info.format) {
-        ReportProblem(file, info.refusal);
-        return 1;
-    }
-    return 0;
-} catch (const std::exception& error) {
-    ReportProblem(file, error.what());
-    return 1;
+    return status;
 }
 
 }  // namespace plenar_tool

@@ -2,20 +2,27 @@
 #include <plenar_sdk.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <exception>
-#include <map>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "commands.h"
-#include "formats.h"
+#include "nearest_name.h"
+#include "output_check.h"
+#include "picture_options.h"
 
 namespace {
 
 using namespace plenar_tool;
 
 constexpr int kUsageStatus = 2;
+constexpr uint32_t kMaxJobs = 1024;
+constexpr uint32_t kMaxThreads = 1024;
 
 constexpr const char* kDescription =
     "plenar turns pictures into PlenarSDK frame payloads and back.\n"
@@ -26,15 +33,24 @@ constexpr const char* kExamples =
     "Examples:\n"
     "  plenar encode title.png title.plenar --alpha-rle     a picture, its alpha plane coded\n"
     "  plenar decode title.plenar back.png                  the same picture again\n"
+    "  plenar verify title.plenar title.png                 whether every sample is the same\n"
     "  plenar info title.plenar                             what is in a payload\n"
-    "  plenar encode shot.*.dpx --out-dir payloads          many pictures, several at a time\n"
-    "  plenar encode f.uyvy f.plenar --raw --size 1920x1080 --order CbYCrY --type Uint8\n"
-    "  plenar encode f.v210 f.plenar --raw --size 1280x720 --order CbYCrY --type Packed10 --row-bytes 3456\n"
+    "  plenar encode shot.####.dpx payloads/                a sequence, several frames at a time\n"
+    "  plenar encode shot.%04d.dpx p.%04d.plenar --frames 1-240x2 --resume\n"
+    "  plenar encode f.uyvy f.plenar --raw --size 1920x1080 --order UYVY\n"
+    "  plenar encode f.v210 f.plenar --raw --size 1280x720 --order v210 --row-bytes 3456\n"
     "  plenar encode f.i420 f.plenar --raw --size 1920x1080 --order YCbCr420Planar --type Uint8\n"
-    "  plenar decode f.plenar f.yuy2 --raw --order YCbYCr\n"
-    "Names of video formats: UYVY is CbYCrY, YUY2 is YCbYCr, v210 is CbYCrY with Packed10, I420 is YCbCr420Planar.\n"
+    "  plenar decode f.plenar - --raw --order YUY2 | player bare samples into a pipe\n"
     "'plenar COMMAND --help' tells more.\n"
-    "Exit status: 0 done, 1 a file failed (one line on stderr for each), 2 wrong options.";
+    "Exit status: 0 done, 1 a file failed or differs (one line on stderr for each), 2 wrong options, 128 and the\n"
+    "number of the signal where INT, TERM or HUP stopped it.";
+
+constexpr const char* kBatchDetails =
+    "Each of several inputs may be a file, a glob in quotes, a folder (its pictures or its *.plenar files), or a\n"
+    "pattern with a place for the frame's number: shot.%04d.exr, or shot.####.exr, one # for each digit. A pattern\n"
+    "stands for the frames of --frames, or else for those that exist. Outputs go to a folder, or to a pattern that\n"
+    "takes the same numbers.\n"
+    "- is standard input or standard output, for payloads and with --raw; fifos and devices will do too.";
 
 constexpr const char* kEncodeDetails =
     "Without --raw, INPUT is a picture file (PNG, TIFF, OpenEXR, DPX and others). Its channels give the order: RGB,\n"
@@ -51,32 +67,6 @@ constexpr const char* kDecodeDetails =
     "Samples of 10 and 12 bits go into 16-bit words whose low bits repeat the high ones, with --raw into words whose\n"
     "low bits are zero.";
 
-template <class Table>
-std::map<std::string, uint32_t> NameMap(const Table& table) {
-    std::map<std::string, uint32_t> names;
-    for (const auto& entry : table) {
-        names.emplace(entry.name, entry.value);
-    }
-    return names;
-}
-
-template <class Table>
-std::string NameList(const Table& table) {
-    std::string names;
-    for (const auto& entry : table) {
-        names += (names.empty() ? ": " : ", ") + std::string(entry.name);
-    }
-    return names;
-}
-
-template <class Table>
-void AddNamed(CLI::App& command, const std::string& option, uint32_t& value, const Table& table,
-              const std::string& text) {
-    command.add_option(option, value, text + NameList(table))
-        ->transform(CLI::CheckedTransformer(NameMap(table), CLI::ignore_case).description(""))
-        ->type_name("NAME");
-}
-
 void ParseSize(const std::string& text, uint32_t& width, uint32_t& height) {
     const char* const end = text.data() + text.size();
     const auto first = std::from_chars(text.data(), end, width);
@@ -90,30 +80,32 @@ void ParseSize(const std::string& text, uint32_t& width, uint32_t& height) {
 }
 
 void AddBatchOptions(CLI::App& command, BatchOptions& batch) {
-    command.add_option("FILES", batch.files, "INPUT OUTPUT, or any number of inputs with --out-dir")->required();
-    command.add_option("--out-dir", batch.outDir, "Write one output for each input into this directory");
-    command.add_option("--jobs", batch.jobs, "Files worked on at a time (default: one for each processor)");
+    command.add_option("FILES", batch.files, "INPUT OUTPUT, or any number of inputs with a folder or --out-dir")
+        ->required();
+    command.add_option("--out-dir", batch.outDir, "Write one output for each input into this folder");
+    command.add_option("--frames", batch.frames, "The numbers that patterns stand for: 1-240, 1-240x2, 1-10,20")
+        ->type_name("LIST");
+    command
+        .add_option("--jobs", batch.jobs,
+                    "Frames worked on at a time, and so held in memory (default: one for each processor)")
+        ->check(CLI::Range(1U, kMaxJobs))
+        ->type_name("UINT");
     command
         .add_option("--threads", batch.threads,
                     "Threads on one file, 0 for one on each processor (default: 0 for one file, else 1)")
-        ->check(CLI::Range(int64_t{0}, int64_t{UINT32_MAX}))
+        ->check(CLI::Range(int64_t{0}, int64_t{kMaxThreads}))
         ->type_name("UINT");
-}
-
-void AddPictureOptions(CLI::App& command, PictureOptions& picture) {
-    AddNamed(command, "--order", picture.order, kOrders, "How the samples of the picture are arranged");
-    AddNamed(command, "--type", picture.type, kTypes, "The type of a sample");
-    command.add_flag("--raw", picture.raw, "The picture is a headerless buffer of samples");
-    command
-        .add_option("--row-bytes", picture.rowBytes, "Bytes from one row to the next (default: rows without padding)")
-        ->needs("--raw");
-    command.add_option("--row-bytes2", picture.rowBytes2, "The same for separate planes of chroma or of alpha")
-        ->needs("--raw");
+    command.add_flag("--resume", batch.resume,
+                     "Keep outputs that are complete and newer than their inputs, which an earlier run left");
+    command.add_flag("--quiet", batch.quiet, "Say only what went wrong");
+    command.add_flag("--timing", batch.timing, "Say where the time went");
+    command.add_option("--report", batch.report, "Write what became of each frame into this file, as JSON")
+        ->type_name("FILE");
 }
 
 CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     CLI::App* const command = app.add_subcommand("encode", "Encode pictures into payloads.");
-    command->footer(kEncodeDetails);
+    command->footer(std::string(kEncodeDetails) + "\n" + kBatchDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
     command
@@ -122,7 +114,7 @@ CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
             "Pixels of a raw picture")
         ->needs("--raw")
         ->type_name("WIDTHxHEIGHT");
-    command->get_option("--raw")->needs("--size")->needs("--order")->needs("--type");
+    command->get_option("--raw")->needs("--size")->needs("--order");
     command->add_flag("--alpha-rle", options.alphaRle, "Code the alpha plane, without loss");
     command->add_option("--alpha-bands", options.alphaBands, "Most bands of a coded alpha plane (default: 16)")
         ->needs("--alpha-rle")
@@ -134,7 +126,7 @@ CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
 
 CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     CLI::App* const command = app.add_subcommand("decode", "Decode payloads into pictures.");
-    command->footer(kDecodeDetails);
+    command->footer(std::string(kDecodeDetails) + "\n" + kBatchDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
     command->add_option("--ext", options.extension, "Extension of the outputs in --out-dir (default: png, or raw)");
@@ -152,11 +144,70 @@ std::string Version() {
            "." + std::to_string(build) + stage;
 }
 
+CLI::Option* AddMaxPixels(CLI::App& command, uint64_t& maxPixels) {
+    return command
+        .add_option("--max-pixels", maxPixels,
+                    "The most pixels that a payload may claim (default: " + std::to_string(kDefaultMaxPixels) + ")")
+        ->type_name("UINT");
+}
+
+CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
+    CLI::App* const command =
+        app.add_subcommand("info", "Show the boxes, planes and format of payloads, or why they are refused.");
+    command->add_option("PAYLOADS", options.files, "The files of the payloads, or - for standard input")->required();
+    command->add_flag("--json", options.json,
+                      "As JSON, for programs: an object, or an array of them for several files");
+    CLI::Option* const hash = command->add_flag("--hash", options.hash,
+                                                "Add the SHA-256 of the samples, as 'plenar decode --raw' writes them");
+    AddMaxPixels(*command, options.maxPixels)->needs(hash);
+    command->footer("Exit status 1 means that a payload is refused; what could be read is shown all the same.");
+    return command;
+}
+
+CLI::App* AddVerify(CLI::App& app, CompareOptions& options) {
+    CLI::App* const command = app.add_subcommand("verify", "Tell whether a payload holds every sample of a picture.");
+    command->add_option("PAYLOAD", options.first, "The payload")->required();
+    command->add_option("PICTURE", options.second, "The picture that it was made of")->required();
+    AddPictureOptions(*command, options.picture);
+    AddMaxPixels(*command, options.maxPixels);
+    command->footer(
+        "What a payload doesn't keep is not compared: alpha where the payload has none.\n"
+        "Exit status 0 means that all samples agree.");
+    return command;
+}
+
+CLI::App* AddCompare(CLI::App& app, CompareOptions& options) {
+    CLI::App* const command = app.add_subcommand(
+        "compare", "Tell how many samples of two payloads or pictures differ, which is the first, and by how much.");
+    command->add_option("A", options.first, "A payload or a picture file")->required();
+    command->add_option("B", options.second, "Another one")->required();
+    AddMaxPixels(*command, options.maxPixels);
+    command->footer("Exit status 0 means that all samples agree.");
+    return command;
+}
+
+// CLI11 would only say that a command is missing.
+void CheckCommandName(const CLI::App& app, int argc, char** argv) {
+    std::vector<std::string> names;
+    const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+    std::transform(commands.begin(), commands.end(), std::back_inserter(names),
+                   [](const CLI::App* command) { return command->get_name(); });
+    if (argc < 2) {
+        throw UsageError("a command is missing: " + JoinNames(names, "or") + "; 'plenar --help' tells more");
+    }
+    if (argv[1][0] == '-' || std::find(names.begin(), names.end(), argv[1]) != names.end()) {
+        return;
+    }
+    throw UsageError(std::string(argv[1]) + ": no command has this name" + SuggestName(argv[1], names) +
+                     "; the commands are " + JoinNames(names));
+}
+
 int Run(int argc, char** argv) {
     EncodeOptions encodeOptions;
     DecodeOptions decodeOptions;
-    std::string infoFile;
-    bool infoJson = false;
+    InfoOptions infoOptions;
+    CompareOptions compareOptions;
+    bool formatsJson = false;
 
     CLI::App app(kDescription, "plenar");
     app.footer(kExamples);
@@ -164,32 +215,48 @@ int Run(int argc, char** argv) {
     app.require_subcommand(1);
     const CLI::App* const encode = AddEncode(app, encodeOptions);
     const CLI::App* const decode = AddDecode(app, decodeOptions);
-    CLI::App* const info =
-        app.add_subcommand("info", "Show a payload's boxes, planes and format, or why it is refused.");
-    info->add_option("PAYLOAD", infoFile, "The payload's file")->required();
-    info->add_flag("--json", infoJson, "As JSON, for programs");
-    info->footer("Exit status 1 means that the payload is refused; what could be read is shown all the same.");
+    const CLI::App* const info = AddInfo(app, infoOptions);
+    const CLI::App* const verify = AddVerify(app, compareOptions);
+    const CLI::App* const compare = AddCompare(app, compareOptions);
     app.add_subcommand("formats", "List the supported pairs of order and type, with the planes that each gives.")
-        ->footer("");
+        ->footer("")
+        ->add_flag("--json", formatsJson, "As JSON, with the names of video formats");
+    CheckCommandName(app, argc, argv);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsageStatus;
     }
     if (encode->parsed()) {
+        if (encodeOptions.picture.raw && encodeOptions.picture.type == 0) {
+            throw UsageError("--raw requires --type, or a video format for --order, as UYVY or v210");
+        }
+        encodeOptions.batch.folderFiles = encodeOptions.picture.raw ? FolderFiles::All : FolderFiles::Pictures;
         return RunEncode(encodeOptions);
     }
     if (decode->parsed()) {
+        decodeOptions.batch.folderFiles = FolderFiles::Payloads;
         return RunDecode(decodeOptions);
     }
-    return info->parsed() ? RunInfo(infoFile, infoJson) : RunFormats();
+    if (info->parsed()) {
+        return RunInfo(infoOptions);
+    }
+    if (verify->parsed()) {
+        return RunVerify(compareOptions);
+    }
+    return compare->parsed() ? RunCompare(compareOptions) : RunFormats(formatsJson);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Writes to a closed pipe and beyond a limit of the file size come back as errors.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
-        return Run(argc, argv);
+        const int status = Run(argc, argv);
+        FlushOutput();
+        return status;
     } catch (const UsageError& error) {
         std::fprintf(stderr, "plenar: %s\n", error.what());
         return kUsageStatus;

@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "formats.h"
+#include "phase_timer.h"
+#include "stream_io.h"
 
 namespace plenar_tool {
 
@@ -79,6 +81,10 @@ void CheckShape(const OIIO::ImageSpec& spec) {
 }  // namespace
 
 Picture ReadPicture(const std::filesystem::path& path) {
+    const PhaseTimer timer(Phase::Read);
+    if (IsStream(path)) {
+        Fail("a picture file can't come from a pipe: give a file's name, or --raw for bare samples");
+    }
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
     const auto input = OIIO::ImageInput::open(path.string(), &config);
@@ -101,6 +107,10 @@ Picture ReadPicture(const std::filesystem::path& path) {
 }
 
 void WritePicture(const std::filesystem::path& target, const Picture& picture) {
+    const PhaseTimer timer(Phase::Write);
+    if (IsStream(target)) {
+        Fail("a picture file can't go into a pipe: give a file's name, or --raw for bare samples");
+    }
     const auto* const type = std::find_if(std::begin(kFileTypes), std::end(kFileTypes),
                                           [&](const FileType& candidate) { return candidate.type == picture.type; });
     if (type == std::end(kFileTypes)) {

@@ -22,6 +22,9 @@
  * behind its pointer. Source and destination must not overlap, and nobody else may change them, or a record, while the
  * call runs. numThreads is trusted too.
  *
+ * Versions. Records don't grow, and their fields and the values of the constants keep their meaning, within a major
+ * version. Values may be added.
+ *
  * All numbers in records are in the machine's byte order, sizes are in bytes, and rows run from top to bottom.
  */
 #ifndef PLENAR_SDK_H
@@ -111,6 +114,9 @@ enum {
  * Not every pair of order and type is supported: Plenar_GetCompressedBufSize answers 0 for one that isn't. Orders with
  * alpha keep their alpha only at Uint8 and Uint16. With any other type an encode drops the alpha samples, and a decode
  * of such a frame has to ask for the order without alpha.
+ *
+ * Straight (unassociated) and premultiplied (associated) alpha are not told apart: nothing multiplies or divides by
+ * alpha, and a payload doesn't say which of the two it holds. Hosts that exchange frames have to agree on it.
  */
 typedef struct UncompressedParams {
     uint64_t size;                /* must be 36 */
@@ -121,9 +127,9 @@ typedef struct UncompressedParams {
     uint32_t rowBytes;            /* from one row to the next of the picture (of the Y plane, and of the alpha plane of
                                      orders 13 and 14), in bytes; 0 means rows without padding */
     uint32_t frameLayout;         /* how fields share the rows of the frame; no conversion depends on it. An
-                                     encode stores its low byte with every plane, whatever it is; payloads with other
-                                     values than 0 and 1 are refused by Plenar_ReadMetadata and Plenar_DecodeFrame. A
-                                     decode doesn't compare this field with the payload's */
+                                     encode stores its low byte with every plane, whatever it is, and refuses nothing:
+                                     give 0 or 1 only, as payloads with other values are refused by Plenar_ReadMetadata
+                                     and Plenar_DecodeFrame. A decode doesn't compare this field with the payload's */
     uint32_t rowBytes2;           /* the same as rowBytes for the chroma planes of orders 10 and 13 and the alpha plane
                                      of orders 15 and 16; not read for other orders */
 } UncompressedParams;
@@ -131,8 +137,9 @@ typedef struct UncompressedParams {
 /* What an encode is to do with the alpha plane. 10 bytes, no padding between fields. */
 typedef struct CompressedParams {
     uint64_t size;          /* must be 10 */
-    uint8_t alphaRle;       /* not 0: code the alpha plane, without loss, as runs; Uint8 and Uint16 only, and without
-                               effect on orders without alpha */
+    uint8_t alphaRle;       /* not 0: code the alpha plane, without loss, as runs; without effect on orders without
+                               alpha. Orders with alpha need Uint8 or Uint16: with other types, which keep no alpha,
+                               Plenar_GetCompressedBufSize answers as if this were 0, and Plenar_EncodeFrame refuses */
     uint8_t alphaBandLimit; /* with alphaRle: the most bands of rows that the plane is cut into, each coded by itself
                                and so in parallel; 0 means 16. Bands must stay below 2^28 samples at 8 bits and 2^24
                                samples at 16 bits: a longer run of equal samples doesn't fit the code, is not detected,

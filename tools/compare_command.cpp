@@ -1,0 +1,81 @@
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+
+#include "commands.h"
+#include "formats.h"
+#include "frame_source.h"
+#include "report.h"
+#include "sample_difference.h"
+
+namespace plenar_tool {
+
+namespace {
+
+// Calls `load` and adds the file's name to what it throws.
+template <class Load>
+Frame Named(const std::string& file, Load load) {
+    try {
+        return load();
+    } catch (const std::exception& error) {
+        throw std::runtime_error(file + ": " + error.what());
+    }
+}
+
+Frame LoadFirst(const CompareOptions& options) {
+    return Named(options.first, [&] { return LoadPayload(options.first, options.maxPixels); });
+}
+
+bool SameFormat(const UncompressedParams& a, const UncompressedParams& b) {
+    return a.colorComponentOrder == b.colorComponentOrder && a.componentType == b.componentType && a.width == b.width &&
+           a.height == b.height;
+}
+
+// The exit status.
+int PrintDifference(const CompareOptions& options, const Frame& first, const Frame& second) {
+    const std::string files = options.first + " and " + options.second;
+    if (!SameFormat(first.format, second.format)) {
+        throw std::runtime_error(files + " can't be compared: " + DescribeFormat(first.format) + " and " +
+                                 DescribeFormat(second.format));
+    }
+    const SampleDifference difference = CompareSamples(first.format, first.samples.Bytes(), second.samples.Bytes());
+    const std::string samples = std::to_string(difference.samples) + " samples";
+    if (difference.different == 0) {
+        std::printf("%s: all %s agree (%s)\n", files.c_str(), samples.c_str(), DescribeFormat(first.format).c_str());
+        return 0;
+    }
+    std::printf("%s: %s of %s differ; first %s; greatest difference %.9g, %s\n", files.c_str(),
+                std::to_string(difference.different).c_str(), samples.c_str(), difference.first.c_str(),
+                difference.greatest, difference.greatestPlace.c_str());
+    return 1;
+}
+
+}  // namespace
+
+int RunVerify(const CompareOptions& options) {
+    const Frame payload = LoadFirst(options);
+    const Frame picture = Named(options.second, [&] {
+        return options.picture.raw ? LoadRawLike(options.second, options.picture, payload.format)
+                                   : LoadPictureLike(options.second, payload.format);
+    });
+    return PrintDifference(options, payload, picture);
+}
+
+int RunCompare(const CompareOptions& options) {
+    const bool firstIsPayload = IsPayload(options.first);
+    const bool secondIsPayload = IsPayload(options.second);
+    if (!firstIsPayload && secondIsPayload) {
+        CompareOptions exchanged = options;
+        std::swap(exchanged.first, exchanged.second);
+        return RunCompare(exchanged);
+    }
+    const Frame first =
+        firstIsPayload ? LoadFirst(options) : Named(options.first, [&] { return LoadPicture(options.first); });
+    const Frame second = Named(options.second, [&] {
+        return secondIsPayload ? LoadPayload(options.second, options.maxPixels)
+                               : LoadPictureLike(options.second, first.format);
+    });
+    return PrintDifference(options, first, second);
+}
+
+}  // namespace plenar_tool
