@@ -39,18 +39,6 @@ void RleCheckParams(const RleParams& params) {
     }
 }
 
-uint64_t RleSampleCount(const RleParams& params) {
-    return uint64_t{params.width} * params.height;
-}
-
-uint64_t RleTightRowBytes(const RleParams& params) {
-    return params.bitdepth == 8 ? params.width : uint64_t{params.width} * 2;
-}
-
-uint64_t RleRowStride(const RleParams& params) {
-    return params.row_bytes != 0 ? params.row_bytes : RleTightRowBytes(params);
-}
-
 uint64_t RlePlainSize(const RleParams& params) {
     if (params.row_bytes != 0) {
         return uint32_t{params.row_bytes * params.height};

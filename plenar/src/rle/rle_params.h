@@ -25,11 +25,20 @@ inline constexpr uint32_t RleHeadReserve = (8 + 2 * kRleMaxBands * 26 + 7) / 8;
 // Refuses a plane that can't be coded. Throws invalid_argument.
 void RleCheckParams(const RleParams& params);
 
-uint64_t RleSampleCount(const RleParams& params);
+// Asked for every band, and static so that sources compiled for a target share no copy with others.
+static inline uint64_t RleSampleCount(const RleParams& params) {
+    return uint64_t{params.width} * params.height;
+}
 
-// Bytes of one row without padding, and from the start of one row of the plain buffer to the start of the next.
-uint64_t RleTightRowBytes(const RleParams& params);
-uint64_t RleRowStride(const RleParams& params);
+// Bytes of one row without padding.
+static inline uint64_t RleTightRowBytes(const RleParams& params) {
+    return params.bitdepth == 8 ? params.width : uint64_t{params.width} * 2;
+}
+
+// Bytes from the start of one row of the plain buffer to the start of the next.
+static inline uint64_t RleRowStride(const RleParams& params) {
+    return params.row_bytes != 0 ? params.row_bytes : RleTightRowBytes(params);
+}
 
 // Bytes of the plain buffer by which callers size it. With row_bytes this is a product that wraps at 32 bits; what is
 // really read and written is RlePlainExtent.
