@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "commands.h"
 #include "formats.h"
@@ -62,20 +63,18 @@ int RunVerify(const CompareOptions& options) {
 }
 
 int RunCompare(const CompareOptions& options) {
-    const bool firstIsPayload = IsPayload(options.first);
-    const bool secondIsPayload = IsPayload(options.second);
-    if (!firstIsPayload && secondIsPayload) {
-        CompareOptions exchanged = options;
-        std::swap(exchanged.first, exchanged.second);
-        return RunCompare(exchanged);
+    CompareOptions ordered = options;
+    // A payload says which samples of the picture to compare with.
+    if (!IsPayload(options.first) && IsPayload(options.second)) {
+        std::swap(ordered.first, ordered.second);
     }
-    const Frame first =
-        firstIsPayload ? LoadFirst(options) : Named(options.first, [&] { return LoadPicture(options.first); });
-    const Frame second = Named(options.second, [&] {
-        return secondIsPayload ? LoadPayload(options.second, options.maxPixels)
-                               : LoadPictureLike(options.second, first.format);
+    const Frame first = IsPayload(ordered.first) ? LoadFirst(ordered)
+                                                 : Named(ordered.first, [&] { return LoadPicture(ordered.first); });
+    const Frame second = Named(ordered.second, [&] {
+        return IsPayload(ordered.second) ? LoadPayload(ordered.second, options.maxPixels)
+                                         : LoadPictureLike(ordered.second, first.format);
     });
-    return PrintDifference(options, first, second);
+    return PrintDifference(ordered, first, second);
 }
 
 }  // namespace plenar_tool
