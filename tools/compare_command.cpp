@@ -23,8 +23,8 @@ Frame Named(const std::string& file, Load load) {
     }
 }
 
-Frame LoadFirst(const CompareOptions& options) {
-    return Named(options.first, [&] { return LoadPayload(options.first, options.maxPixels); });
+Frame LoadNamedPayload(const std::string& file, const CompareOptions& options, SampleUse use) {
+    return Named(file, [&] { return LoadPayload(file, options.maxPixels, use); });
 }
 
 bool SameFormat(const UncompressedParams& a, const UncompressedParams& b) {
@@ -54,7 +54,8 @@ int PrintDifference(const CompareOptions& options, const Frame& first, const Fra
 }  // namespace
 
 int RunVerify(const CompareOptions& options) {
-    const Frame payload = LoadFirst(options);
+    const SampleUse use = options.picture.raw ? SampleUse::AsTheyAre : SampleUse::AsInPictures;
+    const Frame payload = LoadNamedPayload(options.first, options, use);
     const Frame picture = Named(options.second, [&] {
         return options.picture.raw ? LoadRawLike(options.second, options.picture, payload.format)
                                    : LoadPictureLike(options.second, payload.format);
@@ -68,12 +69,13 @@ int RunCompare(const CompareOptions& options) {
     if (!IsPayload(options.first) && IsPayload(options.second)) {
         std::swap(ordered.first, ordered.second);
     }
-    const Frame first = IsPayload(ordered.first) ? LoadFirst(ordered)
+    const bool bothPayloads = IsPayload(ordered.second);
+    const SampleUse use = bothPayloads ? SampleUse::AsTheyAre : SampleUse::AsInPictures;
+    const Frame first = IsPayload(ordered.first) ? LoadNamedPayload(ordered.first, options, use)
                                                  : Named(ordered.first, [&] { return LoadPicture(ordered.first); });
-    const Frame second = Named(ordered.second, [&] {
-        return IsPayload(ordered.second) ? LoadPayload(ordered.second, options.maxPixels)
-                                         : LoadPictureLike(ordered.second, first.format);
-    });
+    const Frame second = bothPayloads
+                             ? LoadNamedPayload(ordered.second, options, use)
+                             : Named(ordered.second, [&] { return LoadPictureLike(ordered.second, first.format); });
     return PrintDifference(ordered, first, second);
 }
 

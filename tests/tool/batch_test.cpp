@@ -71,6 +71,9 @@ TEST_F(Batch, NamesStandForFiles) {
     ASSERT_EQ(RunPlenar("encode in/s.####.yuv p.####.plenar --jobs 3 --timing"s + kRaw), 0);
     EXPECT_EQ(err_.rfind("[1/4] in/s.0001.yuv -> p.0001.plenar\n[2/4] ", 0), 0U) << err_;
     EXPECT_NE(err_.find("plenar: time of 3 jobs: reading "), std::string::npos) << err_;
+    ASSERT_EQ(Run("script -qec \"$PLENAR encode in/s.####.yuv t.####.plenar" + std::string(kRaw) + "\" /dev/null"), 0);
+    EXPECT_NE(out_.find("\r\x1b[K[4/4] "), std::string::npos) << out_;
+    EXPECT_NE(out_.find(" frames/s, 0:00 left\r\x1b[Kplenar: 4 frames of 4 done in "), std::string::npos) << out_;
 }
 
 TEST_F(Batch, WrongOptionsSayWhatWouldDo) {
