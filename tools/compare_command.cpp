@@ -41,14 +41,13 @@ int PrintDifference(const CompareOptions& options, const Frame& first, const Fra
     }
     const SampleDifference difference = CompareSamples(first.format, first.samples.Bytes(), second.samples.Bytes());
     const std::string samples = std::to_string(difference.samples) + " samples";
-    if (difference.different == 0) {
-        std::printf("%s: all %s agree (%s)\n", files.c_str(), samples.c_str(), DescribeFormat(first.format).c_str());
-        return 0;
-    }
-    std::printf("%s: %s of %s differ; first %s; greatest difference %.9g, %s\n", files.c_str(),
-                std::to_string(difference.different).c_str(), samples.c_str(), difference.first.c_str(),
-                difference.greatest, difference.greatestPlace.c_str());
-    return 1;
+    const std::string outcome = difference.different == 0
+                                    ? "all " + samples + " agree (" + DescribeFormat(first.format) + ")"
+                                    : std::to_string(difference.different) + " of " + samples + " differ; first " +
+                                          difference.first + "; greatest difference " +
+                                          SampleText(difference.greatest) + ", " + difference.greatestPlace;
+    std::printf("%s: %s%s\n", files.c_str(), outcome.c_str(), second.remark.c_str());
+    return difference.different == 0 ? 0 : 1;
 }
 
 }  // namespace

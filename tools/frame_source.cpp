@@ -21,7 +21,7 @@ constexpr std::string_view kPack = "pack";
 
 Frame DecodeFrame(std::span<const uint8_t> payload, uint64_t maxPixels, SampleUse use) {
     DecoderSession session(0);
-    Frame frame{session.ReadMetadata(payload), Buffer(0)};
+    Frame frame{session.ReadMetadata(payload), Buffer(0), {}};
     CheckPixelLimit(frame.format, maxPixels);
     if (use == SampleUse::AsInPictures && frame.format.componentType == plenar::Fixed2p14) {
         frame.format.componentType = plenar::Float32;
@@ -65,11 +65,14 @@ Frame PictureFrame(Picture picture, const UncompressedParams& format) {
         picture.type = type.value;
     }
     RelabelType(picture, type.value);
+    const bool dropsAlpha = !order.hasAlpha && picture.channels.find('A') != std::string::npos;
     picture = ArrangeChannels(std::move(picture), order.channels);
     UncompressedParams params = format;
     params.width = picture.width;
     params.height = picture.height;
-    return AsKept(params, picture.samples.Bytes());
+    Frame frame = AsKept(params, picture.samples.Bytes());
+    frame.remark = dropsAlpha ? "; its alpha is not compared, as the other has none" : "";
+    return frame;
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ namespace plenar_tool {
 struct Frame {
     UncompressedParams format;  // rows without padding
     Buffer samples;
+    std::string remark;  // what of the file is not in the samples
 };
 
 // Whether the file begins as payloads do. False for what can't be read.
