@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 
 #include "report.h"
@@ -11,7 +12,7 @@ namespace plenar_tool {
 namespace {
 
 constexpr std::chrono::milliseconds kShowInterval{100};
-constexpr unsigned kSecondsPerMinute = 60;
+constexpr long long kSecondsPerMinute = 60;
 
 std::string Rate(double framesPerSecond) {
     char text[32];
@@ -21,7 +22,7 @@ std::string Rate(double framesPerSecond) {
 
 // "1:05", minutes and seconds.
 std::string Duration(double seconds) {
-    const auto whole = static_cast<unsigned>(seconds + 0.5);
+    const auto whole = std::llround(seconds);
     const std::string rest = std::to_string(whole % kSecondsPerMinute);
     return std::to_string(whole / kSecondsPerMinute) + (rest.size() == 1 ? ":0" : ":") + rest;
 }

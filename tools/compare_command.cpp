@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "commands.h"
 #include "formats.h"
@@ -22,8 +23,8 @@ Frame Named(const std::string& file, Load load) {
     }
 }
 
-Frame LoadFirst(const CompareOptions& options) {
-    return Named(options.first, [&] { return LoadPayload(options.first, options.maxPixels); });
+Frame LoadNamedPayload(const std::string& file, const CompareOptions& options, SampleUse use) {
+    return Named(file, [&] { return LoadPayload(file, options.maxPixels, use); });
 }
 
 bool SameFormat(const UncompressedParams& a, const UncompressedParams& b) {
@@ -40,20 +41,20 @@ int PrintDifference(const CompareOptions& options, const Frame& first, const Fra
     }
     const SampleDifference difference = CompareSamples(first.format, first.samples.Bytes(), second.samples.Bytes());
     const std::string samples = std::to_string(difference.samples) + " samples";
-    if (difference.different == 0) {
-        std::printf("%s: all %s agree (%s)\n", files.c_str(), samples.c_str(), DescribeFormat(first.format).c_str());
-        return 0;
-    }
-    std::printf("%s: %s of %s differ; first %s; greatest difference %.9g, %s\n", files.c_str(),
-                std::to_string(difference.different).c_str(), samples.c_str(), difference.first.c_str(),
-                difference.greatest, difference.greatestPlace.c_str());
-    return 1;
+    const std::string outcome = difference.different == 0
+                                    ? "all " + samples + " agree (" + DescribeFormat(first.format) + ")"
+                                    : std::to_string(difference.different) + " of " + samples + " differ; first " +
+                                          difference.first + "; greatest difference " +
+                                          SampleText(difference.greatest) + ", " + difference.greatestPlace;
+    std::printf("%s: %s%s\n", files.c_str(), outcome.c_str(), second.remark.c_str());
+    return difference.different == 0 ? 0 : 1;
 }
 
 }  // namespace
 
 int RunVerify(const CompareOptions& options) {
-    const Frame payload = LoadFirst(options);
+    const SampleUse use = options.picture.raw ? SampleUse::AsTheyAre : SampleUse::AsInPictures;
+    const Frame payload = LoadNamedPayload(options.first, options, use);
     const Frame picture = Named(options.second, [&] {
         return options.picture.raw ? LoadRawLike(options.second, options.picture, payload.format)
                                    : LoadPictureLike(options.second, payload.format);
@@ -62,20 +63,19 @@ int RunVerify(const CompareOptions& options) {
 }
 
 int RunCompare(const CompareOptions& options) {
-    const bool firstIsPayload = IsPayload(options.first);
-    const bool secondIsPayload = IsPayload(options.second);
-    if (!firstIsPayload && secondIsPayload) {
-        CompareOptions exchanged = options;
-        std::swap(exchanged.first, exchanged.second);
-        return RunCompare(exchanged);
+    CompareOptions ordered = options;
+    // A payload says which samples of the picture to compare with.
+    if (!IsPayload(options.first) && IsPayload(options.second)) {
+        std::swap(ordered.first, ordered.second);
     }
-    const Frame first =
-        firstIsPayload ? LoadFirst(options) : Named(options.first, [&] { return LoadPicture(options.first); });
-    const Frame second = Named(options.second, [&] {
-        return secondIsPayload ? LoadPayload(options.second, options.maxPixels)
-                               : LoadPictureLike(options.second, first.format);
-    });
-    return PrintDifference(options, first, second);
+    const bool bothPayloads = IsPayload(ordered.second);
+    const SampleUse use = bothPayloads ? SampleUse::AsTheyAre : SampleUse::AsInPictures;
+    const Frame first = IsPayload(ordered.first) ? LoadNamedPayload(ordered.first, options, use)
+                                                 : Named(ordered.first, [&] { return LoadPicture(ordered.first); });
+    const Frame second = bothPayloads
+                             ? LoadNamedPayload(ordered.second, options, use)
+                             : Named(ordered.second, [&] { return LoadPictureLike(ordered.second, first.format); });
+    return PrintDifference(ordered, first, second);
 }
 
 }  // namespace plenar_tool

@@ -48,8 +48,8 @@ bool AddRange(std::string_view text, std::vector<uint32_t>& frames) {
 }  // namespace
 
 std::optional<FramePattern> FramePattern::Parse(const std::string& name) {
-    static const std::regex place("%(0([1-9]))?d|#+");
-    const auto first = std::sregex_iterator(name.begin(), name.end(), place);
+    static const std::regex kPlace("%(0([1-9]))?d|#+");
+    const auto first = std::sregex_iterator(name.begin(), name.end(), kPlace);
     if (first == std::sregex_iterator()) {
         return {};
     }

@@ -7,7 +7,6 @@
 
 #include "codec_session.h"
 #include "formats.h"
-#include "mapped_file.h"
 #include "picture_file.h"
 #include "pixel_limit.h"
 #include "stream_io.h"
@@ -20,10 +19,13 @@ constexpr uint32_t kWordBits = 16;
 constexpr size_t kPackOffset = 4;
 constexpr std::string_view kPack = "pack";
 
-Frame DecodeFrame(std::span<const uint8_t> payload, uint64_t maxPixels) {
+Frame DecodeFrame(std::span<const uint8_t> payload, uint64_t maxPixels, SampleUse use) {
     DecoderSession session(0);
-    Frame frame{session.ReadMetadata(payload), Buffer(0)};
+    Frame frame{session.ReadMetadata(payload), Buffer(0), {}};
     CheckPixelLimit(frame.format, maxPixels);
+    if (use == SampleUse::AsInPictures && frame.format.componentType == plenar::Fixed2p14) {
+        frame.format.componentType = plenar::Float32;
+    }
     frame.samples = session.Decode(frame.format, payload);
     return frame;
 }
@@ -31,7 +33,7 @@ Frame DecodeFrame(std::span<const uint8_t> payload, uint64_t maxPixels) {
 // Through a payload and back: this drops what payloads don't keep, and ends in the order that they are reported in.
 Frame AsKept(const UncompressedParams& params, std::span<const uint8_t> samples) {
     const Buffer payload = EncoderSession(0).Encode(params, MakePayloadParams(), samples);
-    return DecodeFrame(payload.Bytes(), UINT64_MAX);
+    return DecodeFrame(payload.Bytes(), UINT64_MAX, SampleUse::AsTheyAre);
 }
 
 uint32_t OrderOfChannels(std::string_view channels) {
@@ -63,11 +65,14 @@ Frame PictureFrame(Picture picture, const UncompressedParams& format) {
         picture.type = type.value;
     }
     RelabelType(picture, type.value);
+    const bool dropsAlpha = !order.hasAlpha && picture.channels.find('A') != std::string::npos;
     picture = ArrangeChannels(std::move(picture), order.channels);
     UncompressedParams params = format;
     params.width = picture.width;
     params.height = picture.height;
-    return AsKept(params, picture.samples.Bytes());
+    Frame frame = AsKept(params, picture.samples.Bytes());
+    frame.remark = dropsAlpha ? "; its alpha is not compared, as the other has none" : "";
+    return frame;
 }
 
 }  // namespace
@@ -81,8 +86,8 @@ bool IsPayload(const std::string& file) {
     return std::string_view(head + kPackOffset, kPack.size()) == kPack;
 }
 
-Frame LoadPayload(const std::string& file, uint64_t maxPixels) {
-    return DecodeFrame(MappedFile(file).Bytes(), maxPixels);
+Frame LoadPayload(const std::string& file, uint64_t maxPixels, SampleUse use) {
+    return DecodeFrame(ReadFile(file).Bytes(), maxPixels, use);
 }
 
 Frame LoadPictureLike(const std::string& file, const UncompressedParams& format) {

@@ -106,7 +106,10 @@ std::vector<InputFile> GlobInputs(const std::string& argument) {
     const int outcome = glob(argument.c_str(), 0, nullptr, &found);
     std::vector<InputFile> files;
     for (size_t i = 0; outcome == 0 && i < found.gl_pathc; ++i) {
-        files.push_back({found.gl_pathv[i], {}});
+        std::error_code ignored;
+        if (!fs::is_directory(found.gl_pathv[i], ignored)) {
+            files.push_back({found.gl_pathv[i], {}});
+        }
     }
     globfree(&found);
     if (files.empty()) {

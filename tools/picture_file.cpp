@@ -83,7 +83,7 @@ void CheckShape(const OIIO::ImageSpec& spec) {
 Picture ReadPicture(const std::filesystem::path& path) {
     const PhaseTimer timer(Phase::Read);
     if (IsStream(path)) {
-        Fail("a picture file can't come from a pipe: give a file's name, or --raw for bare samples");
+        Fail("a picture file can't pass through a pipe: give a file's name, or --raw for samples");
     }
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
@@ -109,7 +109,7 @@ Picture ReadPicture(const std::filesystem::path& path) {
 void WritePicture(const std::filesystem::path& target, const Picture& picture) {
     const PhaseTimer timer(Phase::Write);
     if (IsStream(target)) {
-        Fail("a picture file can't go into a pipe: give a file's name, or --raw for bare samples");
+        Fail("a picture file can't pass through a pipe: give a file's name, or --raw for samples");
     }
     const auto* const type = std::find_if(std::begin(kFileTypes), std::end(kFileTypes),
                                           [&](const FileType& candidate) { return candidate.type == picture.type; });

@@ -65,12 +65,6 @@ double Value(Word word, const TypeInfo& type) {
     return word >> (8 * sizeof(Word) - type.depth);
 }
 
-std::string Text(double value) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.9g", value);
-    return text;
-}
-
 template <class Word>
 class Comparison {
 public:
@@ -107,7 +101,7 @@ private:
     template <class MakePlace>
     void TakeSample(double a, double b, MakePlace makePlace) {
         if (difference_.different++ == 0) {
-            difference_.first = makePlace() + ", " + Text(a) + " and " + Text(b);
+            difference_.first = makePlace() + ", " + SampleText(a) + " and " + SampleText(b);
         }
         const double size = std::abs(a - b);
         const bool isGreatest = !(size <= difference_.greatest) && !std::isnan(difference_.greatest);
@@ -158,6 +152,12 @@ SampleDifference Compare(const UncompressedParams& format, const uint8_t* first,
 }
 
 }  // namespace
+
+std::string SampleText(double value) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.9g", value);
+    return text;
+}
 
 SampleDifference CompareSamples(const UncompressedParams& format, std::span<const uint8_t> first,
                                 std::span<const uint8_t> second) {

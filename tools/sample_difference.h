@@ -17,6 +17,9 @@ struct SampleDifference {
     std::string greatestPlace;
 };
 
+// A sample's value, or the difference of two.
+std::string SampleText(double value);
+
 // Both pictures are of the format that Plenar_ReadMetadata reports for their payload.
 SampleDifference CompareSamples(const UncompressedParams& format, std::span<const uint8_t> first,
                                 std::span<const uint8_t> second);
