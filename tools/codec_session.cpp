@@ -1,6 +1,7 @@
 #include "codec_session.h"
 
 #include "formats.h"
+#include "phase_timer.h"
 
 namespace plenar_tool {
 
@@ -58,6 +59,7 @@ EncoderSession::EncoderSession(uint32_t numThreads)
 
 Buffer EncoderSession::Encode(const UncompressedParams& params, const CompressedParams& compressedParams,
                               std::span<const uint8_t> picture) {
+    const PhaseTimer timer(Phase::Code);
     // Unsupported pairs give a size of 0 here, and the encode then says so.
     Buffer payload(Plenar_GetCompressedBufSize(&params, &compressedParams));
     uint32_t written = 0;
@@ -79,6 +81,7 @@ UncompressedParams DecoderSession::ReadMetadata(std::span<const uint8_t> payload
 }
 
 Buffer DecoderSession::Decode(const UncompressedParams& params, std::span<const uint8_t> payload) {
+    const PhaseTimer timer(Phase::Code);
     Buffer picture(Plenar_GetUncompressedBufSize(&params));
     uint32_t written = 0;
     Check(Plenar_DecodeFrame(decoder_.get(), &params, payload.data(), Size32(payload), picture.Data(),

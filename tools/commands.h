@@ -5,6 +5,7 @@
 #include <string>
 
 #include "file_batch.h"
+#include "file_options.h"
 
 namespace plenar_tool {
 
@@ -20,6 +21,7 @@ struct PictureOptions {
 
 struct EncodeOptions {
     BatchOptions batch;
+    FileOptions file;
     PictureOptions picture;
     uint32_t width = 0;  // of a raw picture
     uint32_t height = 0;
@@ -30,6 +32,7 @@ struct EncodeOptions {
 
 struct DecodeOptions {
     BatchOptions batch;
+    FileOptions file;
     PictureOptions picture;
     std::string extension;
 };

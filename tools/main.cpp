@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <map>
@@ -116,6 +117,7 @@ CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     command->footer(kEncodeDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
+    AddFileOptions(*command, options.file);
     command
         ->add_option_function<std::string>(
             "--size", [&options](const std::string& text) { ParseSize(text, options.width, options.height); },
@@ -137,6 +139,8 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     command->footer(kDecodeDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
+    AddFileOptions(*command, options.file);
+    AddDecodeFileOptions(*command, options.file);
     command->add_option("--ext", options.extension, "Extension of the outputs in --out-dir (default: png, or raw)");
     return command;
 }
@@ -188,6 +192,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error of its write
     try {
         return Run(argc, argv);
     } catch (const UsageError& error) {
