@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "file_batch.h"
+#include "file_options.h"
 #include "pixel_limit.h"
 
 namespace plenar_tool {
@@ -22,6 +23,7 @@ struct PictureOptions {
 
 struct EncodeOptions {
     BatchOptions batch;
+    FileOptions file;
     PictureOptions picture;
     uint32_t width = 0;  // of a raw picture
     uint32_t height = 0;
@@ -32,6 +34,7 @@ struct EncodeOptions {
 
 struct DecodeOptions {
     BatchOptions batch;
+    FileOptions file;
     PictureOptions picture;
     std::string extension;
 };

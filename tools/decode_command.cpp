@@ -5,47 +5,69 @@
 #include "commands.h"
 #include "formats.h"
 #include "picture_file.h"
+#include "pixel_limit.h"
+#include "sidecar.h"
 
 namespace plenar_tool {
 
 namespace {
 
-void DecodeRaw(DecoderSession& session, const PictureOptions& options, UncompressedParams params, const Buffer& payload,
-               const std::string& output) {
-    params.rowBytes = options.rowBytes;
-    params.rowBytes2 = options.rowBytes2;
-    WriteFile(output, session.Decode(params, payload.Bytes()).Bytes());
+void DecodeRaw(DecoderSession& session, const DecodeOptions& options, UncompressedParams params, const Buffer& payload,
+               const std::string& output, const WriteOptions& writeOptions) {
+    params.rowBytes = options.picture.rowBytes;
+    params.rowBytes2 = options.picture.rowBytes2;
+    Buffer samples = session.Decode(params, payload.Bytes());
+    if (options.file.lowBits) {
+        ShiftSamples(samples, params.componentType, WordEnd::Low);
+    }
+    WriteFile(output, samples.Bytes(), writeOptions);
 }
 
-void DecodePicture(DecoderSession& session, const UncompressedParams& params, const Buffer& payload,
-                   const std::string& output) {
+PictureNotes NotesOf(const std::string& payloadFile, const FileOptions& options) {
+    PictureNotes notes = options.sidecar ? ReadSidecar(payloadFile) : PictureNotes{};
+    if (options.associated) {
+        notes.alpha = AlphaMeaning::Associated;
+    }
+    return notes;
+}
+
+void DecodePicture(DecoderSession& session, const DecodeOptions& options, const UncompressedParams& params,
+                   const Buffer& payload, const Task& task, const WriteOptions& writeOptions) {
     const std::string_view channels = FindOrder(params.colorComponentOrder).channels;
     if (channels.empty()) {
         throw std::runtime_error("holds Y'CbCr samples (" + DescribeFormat(params) +
                                  "), which can't go into a picture file without colour arithmetic: use --raw");
     }
-    Picture picture{params.width, params.height, std::string(channels), params.componentType, Buffer(0)};
+    Picture picture{params.width,         params.height, std::string(channels),
+                    params.componentType, Buffer(0),     NotesOf(task.input, options.file)};
     picture.samples = session.Decode(params, payload.Bytes());
     picture = ArrangeChannels(std::move(picture), FileChannels(channels));
     FillLowBits(picture);
-    WritePicture(output, picture);
+    const PictureFile file = MakePictureFile(task.output, picture, options.file.alphaChange);
+    if (!file.losses.empty()) {
+        ReportLosses(task.input, {"not kept in " + task.output + ": " + JoinLosses(file.losses)}, options.file);
+    }
+    WriteFile(task.output, file.bytes.Bytes(), writeOptions);
 }
 
-void DecodeFile(DecoderSession& session, const PictureOptions& options, const Task& task) {
+void DecodeFile(DecoderSession& session, const DecodeOptions& options, const FileIdentities& inputs, const Task& task) {
+    const WriteOptions writeOptions = WriteOptionsOf(options.file, inputs);
+    CheckTarget(task.output, writeOptions);
     const Buffer payload = ReadFile(task.input);
     UncompressedParams params = session.ReadMetadata(payload.Bytes());
-    if (options.order != 0) {
-        params.colorComponentOrder = options.order;
+    CheckPixelLimit(params, options.file.maxPixels);
+    if (options.picture.order != 0) {
+        params.colorComponentOrder = options.picture.order;
     }
-    if (options.type != 0) {
-        params.componentType = options.type;
-    } else if (!options.raw && params.componentType == plenar::Fixed2p14) {
+    if (options.picture.type != 0) {
+        params.componentType = options.picture.type;
+    } else if (!options.picture.raw && params.componentType == plenar::Fixed2p14) {
         params.componentType = plenar::Float32;  // no picture file holds the fixed-point numbers as they are
     }
-    if (options.raw) {
-        DecodeRaw(session, options, params, payload, task.output);
+    if (options.picture.raw) {
+        DecodeRaw(session, options, params, payload, task.output, writeOptions);
     } else {
-        DecodePicture(session, params, payload, task.output);
+        DecodePicture(session, options, params, payload, task, writeOptions);
     }
 }
 
@@ -53,9 +75,11 @@ void DecodeFile(DecoderSession& session, const PictureOptions& options, const Ta
 
 int RunDecode(const DecodeOptions& options) {
     const std::string extension = !options.extension.empty() ? options.extension : options.picture.raw ? "raw" : "png";
-    return RunTasks(PlanTasks(options.batch, extension), options.batch, [&](uint32_t numThreads) -> Worker {
+    const std::vector<Task> tasks = PlanTasks(options.batch, extension);
+    const FileIdentities inputs = InputsOf(tasks);
+    return RunTasks(tasks, options.batch, [&](uint32_t numThreads) -> Worker {
         const auto session = std::make_shared<DecoderSession>(numThreads);
-        return [session, &options](const Task& task) { DecodeFile(*session, options.picture, task); };
+        return [session, &options, &inputs](const Task& task) { DecodeFile(*session, options, inputs, task); };
     });
 }
 

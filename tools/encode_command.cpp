@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "codec_session.h"
@@ -7,16 +10,36 @@
 #include "formats.h"
 #include "payload_view.h"
 #include "picture_file.h"
-#include "report.h"
+#include "sidecar.h"
 
 namespace plenar_tool {
 
 namespace {
 
+constexpr size_t kPackOffset = 4;
+constexpr std::string_view kPack = "pack";
+
 struct Source {
     UncompressedParams params;
     Buffer samples;
+    PictureNotes notes{};
 };
+
+bool BeginsAsPayload(const std::string& file) {
+    std::string head(kPackOffset + kPack.size(), ' ');
+    std::ifstream(file, std::ios::binary).read(head.data(), static_cast<std::streamsize>(head.size()));
+    return std::string_view(head).substr(kPackOffset) == kPack;
+}
+
+// The second of two pictures on a command line would be taken for the output.
+void CheckEncodeTarget(const std::string& file, const WriteOptions& options, bool raw) {
+    std::error_code ignored;
+    if (!raw && std::filesystem::is_regular_file(file, ignored) && !BeginsAsPayload(file) && IsPicture(file)) {
+        throw std::runtime_error(file + " is a picture, and an encode replaces none: for several pictures give " +
+                                 "--out-dir, for one another output");
+    }
+    CheckTarget(file, options);
+}
 
 uint32_t NaturalOrder(const std::string& channels) {
     const std::string_view natural = FileChannels(channels);
@@ -29,22 +52,22 @@ uint32_t NaturalOrder(const std::string& channels) {
 }
 
 Source LoadPicture(const std::string& file, const EncodeOptions& options) {
-    Picture picture = ReadPicture(file);
+    Picture picture = ReadPicture(file, options.file.alphaChange);
     const OrderInfo& order = FindOrder(options.picture.order ? options.picture.order : NaturalOrder(picture.channels));
     if (order.channels.empty()) {
         throw std::runtime_error("an RGB picture can't become " + std::string(order.name) +
                                  " without colour arithmetic; for samples that are Y'CbCr already, use --raw");
     }
     if (std::count(picture.channels.begin(), picture.channels.end(), '?') != 0) {
-        ReportWarning(file, "of its " + std::to_string(picture.channels.size()) + " channels only " +
-                                std::string(order.channels) + " are kept");
+        picture.notes.losses.push_back("of its " + std::to_string(picture.channels.size()) + " channels only " +
+                                       std::string(order.channels) + " are kept");
     }
     if (options.picture.type != 0) {
         RelabelType(picture, options.picture.type);
     }
     picture = ArrangeChannels(std::move(picture), order.channels);
 
-    Source source{MakePictureParams(), std::move(picture.samples)};
+    Source source{MakePictureParams(), std::move(picture.samples), std::move(picture.notes)};
     source.params.colorComponentOrder = order.value;
     source.params.componentType = picture.type;
     source.params.width = picture.width;
@@ -60,10 +83,14 @@ Source LoadRaw(const std::string& file, const EncodeOptions& options) {
     source.params.height = options.height;
     source.params.rowBytes = options.picture.rowBytes;
     source.params.rowBytes2 = options.picture.rowBytes2;
+    if (options.file.lowBits) {
+        ShiftSamples(source.samples, source.params.componentType, WordEnd::Top);
+    }
     const uint32_t needed = Plenar_GetUncompressedBufSize(&source.params);
     if (source.samples.Size() > needed) {
-        ReportWarning(file, "has " + std::to_string(source.samples.Size()) + " bytes, of which a picture of " +
-                                DescribeFormat(source.params) + " takes the first " + std::to_string(needed));
+        source.notes.losses.push_back("has " + std::to_string(source.samples.Size()) +
+                                      " bytes, of which a picture of " + DescribeFormat(source.params) +
+                                      " takes the first " + std::to_string(needed));
     }
     return source;
 }
@@ -74,7 +101,29 @@ bool HasAlphaPlane(const Buffer& payload) {
                        [](const PlaneView& plane) { return plane.info.role == "alpha"; });
 }
 
-void EncodeFile(EncoderSession& session, const EncodeOptions& options, const Task& task) {
+// What is neither in the payload nor in a sidecar.
+std::vector<std::string> Losses(const Source& source, const Buffer& payload, bool sidecar) {
+    std::vector<std::string> losses;
+    const bool wantsAlpha = FindOrder(source.params.colorComponentOrder).hasAlpha;
+    const bool hasAlpha = HasAlphaPlane(payload);
+    if (wantsAlpha && !hasAlpha) {
+        losses.push_back("its alpha is not kept: payloads hold alpha of types Uint8 and Uint16 only, not of " +
+                         std::string(FindType(source.params.componentType).name));
+    }
+    losses.insert(losses.end(), source.notes.losses.begin(), source.notes.losses.end());
+    std::vector<std::string> stated = source.notes.stated;
+    if (hasAlpha && source.notes.alpha == AlphaMeaning::Associated) {
+        stated.emplace_back("that colours are multiplied by alpha");
+    }
+    if (!stated.empty() && !sidecar) {
+        losses.push_back("a payload doesn't hold " + JoinLosses(stated) + " (see --sidecar)");
+    }
+    return losses;
+}
+
+void EncodeFile(EncoderSession& session, const EncodeOptions& options, const FileIdentities& inputs, const Task& task) {
+    const WriteOptions writeOptions = WriteOptionsOf(options.file, inputs);
+    CheckEncodeTarget(task.output, writeOptions, options.picture.raw);
     Source source = options.picture.raw ? LoadRaw(task.input, options) : LoadPicture(task.input, options);
     source.params.frameLayout = options.frameLayout;
     CompressedParams compressedParams = MakePayloadParams();
@@ -82,19 +131,28 @@ void EncodeFile(EncoderSession& session, const EncodeOptions& options, const Tas
     compressedParams.alphaBandLimit = static_cast<uint8_t>(options.alphaBands);
 
     const Buffer payload = session.Encode(source.params, compressedParams, source.samples.Bytes());
-    WriteFile(task.output, payload.Bytes());
-    if (FindOrder(source.params.colorComponentOrder).hasAlpha && !HasAlphaPlane(payload)) {
-        ReportWarning(task.input, "its alpha is not kept: payloads hold alpha of types Uint8 and Uint16 only, not of " +
-                                      std::string(FindType(source.params.componentType).name));
+    ReportLosses(task.input, Losses(source, payload, options.file.sidecar), options.file);
+    // Neither file comes alone where one of them can't be written.
+    std::optional<PendingFile> sidecar;
+    if (options.file.sidecar) {
+        const std::string text = SidecarText(source.notes);
+        sidecar.emplace(SidecarPath(task.output), writeOptions);
+        sidecar->Write({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+    }
+    WriteFile(task.output, payload.Bytes(), writeOptions);
+    if (sidecar) {
+        sidecar->Commit();
     }
 }
 
 }  // namespace
 
 int RunEncode(const EncodeOptions& options) {
-    return RunTasks(PlanTasks(options.batch, ".plenar"), options.batch, [&](uint32_t numThreads) -> Worker {
+    const std::vector<Task> tasks = PlanTasks(options.batch, ".plenar");
+    const FileIdentities inputs = InputsOf(tasks);
+    return RunTasks(tasks, options.batch, [&](uint32_t numThreads) -> Worker {
         const auto session = std::make_shared<EncoderSession>(numThreads);
-        return [session, &options](const Task& task) { EncodeFile(*session, options, task); };
+        return [session, &options, &inputs](const Task& task) { EncodeFile(*session, options, inputs, task); };
     });
 }
 

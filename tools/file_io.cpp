@@ -1,16 +1,10 @@
 #include "file_io.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <fstream>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <utility>
 
 #include "phase_timer.h"
 #include "stream_io.h"
@@ -18,13 +12,6 @@
 namespace plenar_tool {
 
 namespace fs = std::filesystem;
-
-Buffer::Buffer(size_t byteCount)
-    : bytes_(static_cast<uint8_t*>(std::calloc(std::max<size_t>(byteCount, 1), 1))), size_(byteCount) {
-    if (!bytes_) {
-        throw std::bad_alloc();
-    }
-}
 
 Buffer ReadFile(const fs::path& path) {
     const PhaseTimer timer(Phase::Read);
@@ -49,38 +36,14 @@ Buffer ReadFile(const fs::path& path) {
     return buffer;
 }
 
-PendingFile::PendingFile(fs::path targetPath) : target_(std::move(targetPath)) {
-    if (fs::exists(target_) && !fs::is_regular_file(target_)) {
-        throw std::runtime_error("can't write " + target_.string() + ": it exists and is not a regular file");
-    }
-    static std::atomic<unsigned> counter{0};
-    const std::string mark = ".partial-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
-    temporary_ = target_.parent_path() / ("." + target_.stem().string() + mark + target_.extension().string());
-}
-
-PendingFile::~PendingFile() {
-    std::error_code ignored;
-    fs::remove(temporary_, ignored);
-}
-
-void PendingFile::Commit() {
-    fs::rename(temporary_, target_);
-}
-
-void WriteFile(const fs::path& path, std::span<const uint8_t> bytes) {
+void WriteFile(const fs::path& path, std::span<const uint8_t> bytes, const WriteOptions& options) {
     const PhaseTimer timer(Phase::Write);
     if (IsStream(path)) {
         WriteStream(path, bytes);
         return;
     }
-    PendingFile pending(path);
-    errno = 0;
-    std::ofstream file(pending.Path(), std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) {
-        throw std::runtime_error("can't write " + path.string() + ": " + std::generic_category().message(errno));
-    }
+    PendingFile pending(path, options);
+    pending.Write(bytes);
     pending.Commit();
 }
 

@@ -108,6 +108,7 @@ CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     command->footer(std::string(kEncodeDetails) + "\n" + kBatchDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
+    AddFileOptions(*command, options.file);
     command
         ->add_option_function<std::string>(
             "--size", [&options](const std::string& text) { ParseSize(text, options.width, options.height); },
@@ -129,6 +130,8 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     command->footer(std::string(kDecodeDetails) + "\n" + kBatchDetails);
     AddBatchOptions(*command, options.batch);
     AddPictureOptions(*command, options.picture);
+    AddFileOptions(*command, options.file);
+    AddDecodeFileOptions(*command, options.file);
     command->add_option("--ext", options.extension, "Extension of the outputs in --out-dir (default: png, or raw)");
     return command;
 }

@@ -40,6 +40,21 @@ void GatherSamples(const uint8_t* src, size_t srcChannels, const std::vector<siz
     }
 }
 
+// Only words of 10 and 12 bits have bits to spare.
+template <class Change>
+void ChangeWords(Buffer& samples, uint32_t type, Change change) {
+    if (type != plenar::Uint10 && type != plenar::Uint12) {
+        return;
+    }
+    uint8_t* const bytes = samples.Data();
+    for (size_t i = 0; i + 1 < samples.Size(); i += sizeof(uint16_t)) {
+        uint16_t word = 0;
+        std::memcpy(&word, bytes + i, sizeof(word));
+        word = static_cast<uint16_t>(change(word));
+        std::memcpy(bytes + i, &word, sizeof(word));
+    }
+}
+
 }  // namespace
 
 Picture ArrangeChannels(Picture picture, std::string_view channels) {
@@ -70,16 +85,16 @@ void RelabelType(Picture& picture, uint32_t type) {
 }
 
 void FillLowBits(Picture& picture) {
-    if (picture.type != plenar::Uint10 && picture.type != plenar::Uint12) {
-        return;
-    }
     const uint32_t depth = FindType(picture.type).depth;
-    uint8_t* const bytes = picture.samples.Data();
-    for (size_t i = 0; i + 1 < picture.samples.Size(); i += sizeof(uint16_t)) {
-        uint16_t word = 0;
-        std::memcpy(&word, bytes + i, sizeof(word));
-        word = static_cast<uint16_t>(word | (word >> depth));
-        std::memcpy(bytes + i, &word, sizeof(word));
+    ChangeWords(picture.samples, picture.type, [depth](uint32_t word) { return word | (word >> depth); });
+}
+
+void ShiftSamples(Buffer& samples, uint32_t type, WordEnd to) {
+    const uint32_t distance = 16 - FindType(type).depth;
+    if (to == WordEnd::Top) {
+        ChangeWords(samples, type, [distance](uint32_t word) { return word << distance; });
+    } else {
+        ChangeWords(samples, type, [distance](uint32_t word) { return word >> distance; });
     }
 }
 

@@ -57,7 +57,10 @@ protected:
     }
 
     // The exit status; what the program printed is in `out` and `err`.
-    int Run(const std::string& arguments) {
+    int Run(std::string arguments) {
+        if (arguments.rfind("encode ", 0) == 0 || arguments.rfind("decode ", 0) == 0) {
+            arguments += " --overwrite";
+        }
         // NOLINTNEXTLINE(cert-env33-c): a shell is what the program is run from, and it sends the output to files
         const int status = std::system((PLENAR_TOOL " " + arguments + " >out.txt 2>err.txt").c_str());
         for (const auto& [file, text] : {std::pair("out.txt", &out_), std::pair("err.txt", &err_)}) {
