@@ -2,15 +2,17 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string_view>
+#include <system_error>
 
-#include "file_io.h"
 #include "phase_timer.h"
 #include "report.h"
 #include "stream_io.h"
@@ -128,9 +130,18 @@ void WriteReport(const Batch& batch, const std::string& file) {
         json["frames"].push_back(TaskJson(batch.tasks[i], batch.results[i]));
     }
     // File names need not be UTF-8.
-    const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-    const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
-    IsStream(file) ? WriteStream(file, bytes) : WriteFile(file, bytes);
+    errno = 0;
+    std::ofstream stream(file, std::ios::binary);
+    stream << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    stream.close();
+    if (!stream) {
+        const int code = errno;
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(file, ignored)) {
+            std::filesystem::remove(file, ignored);
+        }
+        throw std::runtime_error("can't write the report: " + std::generic_category().message(code));
+    }
 }
 
 }  // namespace plenar_tool

@@ -23,6 +23,7 @@ void PrintSummary(const Batch& batch, const BatchOptions& options);
 // Throws UsageError when `file` exists and isn't a report of an earlier batch.
 void CheckReportTarget(const std::string& file);
 
+// Also when a stop is requested, which other writers take as the end of their work. Throws std::runtime_error.
 void WriteReport(const Batch& batch, const std::string& file);
 
 }  // namespace plenar_tool

@@ -75,6 +75,16 @@ private:
     Worker worker_;
 };
 
+bool TryReport(const Batch& batch, const std::string& file) try {
+    if (!file.empty()) {
+        WriteReport(batch, file);
+    }
+    return true;
+} catch (const std::exception& error) {
+    ReportProblem(file, error.what());
+    return false;
+}
+
 // Runs `work` on this thread and on as many others as it takes, or as the system grants.
 void RunJobs(size_t jobs, const std::function<void()>& work) {
     std::vector<std::jthread> helpers;
@@ -116,13 +126,11 @@ int RunTasks(const std::vector<Task>& tasks, const BatchOptions& options, const 
     batch.seconds = SecondsSince(start);
     batch.stopSignal = StopSignal();
     PrintSummary(batch, options);
-    if (!options.report.empty()) {
-        WriteReport(batch, options.report);
-    }
+    const bool reported = TryReport(batch, options.report);
     if (batch.stopSignal != 0) {
         return kSignalStatus + batch.stopSignal;
     }
-    return CountOutcome(batch.results, Outcome::Failed) != 0 ? 1 : 0;
+    return reported && CountOutcome(batch.results, Outcome::Failed) == 0 ? 0 : 1;
 }
 
 }  // namespace plenar_tool

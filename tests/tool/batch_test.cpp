@@ -120,6 +120,8 @@ TEST_F(Batch, KilledAndResumedGivesTheSameBytes) {
     kill(process, SIGKILL);
     EXPECT_EQ(Finish(process), 128 + SIGKILL);
     fs::rename("aside", FrameName(250));
+    EXPECT_EQ(RunPlenar("encode in/s.0001.yuv one/ --resume --report /dev/full"s + kRaw), 1);
+    EXPECT_NE(err_.find("plenar: /dev/full: can't write the report: No space left"), std::string::npos) << err_;
     ASSERT_EQ(RunPlenar("encode in two/ --resume --report report.json"s + kRaw), 0) << err_;
     EXPECT_EQ(Kept("report.json"), 249);
     EXPECT_EQ(Run("diff -r one two"), 0) << out_;
