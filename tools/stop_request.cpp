@@ -18,8 +18,8 @@ std::atomic<int> firstSignal{0};
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler can take no lock");
 
 int Event() {
-    static const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    return descriptor;
+    static const int kDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return kDescriptor;
 }
 
 // The event is made before the first signal can come, so that the handler only reads it.
@@ -28,10 +28,8 @@ void Remember(int signalNumber) {
     int none = 0;
     firstSignal.compare_exchange_strong(none, signalNumber);
     const uint64_t one = 1;
-    // It can only fail when the event stands already.
-    if (write(Event(), &one, sizeof(one)) < 0) {
-        errno = savedErrno;
-    }
+    // Only an event that stands already can make this fail.
+    [[maybe_unused]] const ssize_t written = write(Event(), &one, sizeof(one));
     errno = savedErrno;
 }
 
