@@ -9,7 +9,7 @@
 #include "picture_file.h"
 #include "pixel_limit.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): the name of the library's own namespace
 class App;
 }
 
