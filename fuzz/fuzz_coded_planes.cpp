@@ -103,12 +103,7 @@ void RequireSamples(RleParams params, const Bytes& coded, const Bytes& samples) 
 
 // Samples of sound planes have the structure that encoders look for.
 void RequireSameCodes(const CodedPlane& plane, uint32_t workers) {
-    const uint64_t stride = plenar::RleRowStride(plane.params);
-    const uint64_t tight = plenar::RleTightRowBytes(plane.params);
-    Bytes padded(plenar::RlePlainSize(plane.params), 0x5A);
-    for (uint64_t row = 0; row < plane.params.height; ++row) {
-        std::copy_n(&plane.plain[row * tight], tight, &padded[row * stride]);
-    }
+    const Bytes padded = Padded(plane.params, plane.plain, plenar::RlePlainSize(plane.params));
     const Bytes coded = SameOnEachTarget("all encoders write the same bytes",
                                          [&] { return EncodePlane(plane.params, padded, workers); });
     RequireSamples(plane.params, coded, plane.plain);

@@ -29,11 +29,6 @@ Bytes DamagedCopy(Bytes input, uint32_t seed) {
     return input;
 }
 
-void Run(const Bytes& input) {
-    const Bytes exact(input);  // no room behind the last byte
-    LLVMFuzzerTestOneInput(exact.data(), exact.size());
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -54,9 +49,9 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         std::ifstream file(path, std::ios::binary);
         const Bytes input{std::istreambuf_iterator<char>(file), {}};
-        Run(input);
-        for (uint32_t copy = 0; copy < copies; ++copy) {
-            Run(DamagedCopy(input, copy));
+        for (uint32_t copy = 0; copy <= copies; ++copy) {
+            const Bytes exact(copy == 0 ? input : DamagedCopy(input, copy - 1));  // no room behind the last byte
+            LLVMFuzzerTestOneInput(exact.data(), exact.size());
         }
     }
     std::printf("%zu inputs, %u damaged copies of each\n", paths.size(), copies);

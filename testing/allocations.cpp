@@ -74,10 +74,8 @@ size_t AllocationWatch::LargestBlock() const {
 using plenar_test::Allocate;
 using plenar_test::Release;
 
+// The forms for arrays call these.
 void* operator new(size_t size) {
-    return Allocate(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-}
-void* operator new[](size_t size) {
     return Allocate(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 }
 void* operator new(size_t size, std::align_val_t alignment) {
@@ -86,13 +84,7 @@ void* operator new(size_t size, std::align_val_t alignment) {
 void operator delete(void* block) noexcept {
     Release(block);
 }
-void operator delete[](void* block) noexcept {
-    Release(block);
-}
 void operator delete(void* block, size_t) noexcept {
-    Release(block);
-}
-void operator delete[](void* block, size_t) noexcept {
     Release(block);
 }
 void operator delete(void* block, std::align_val_t) noexcept {

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "testing/exact_buffer.h"
+#include "testing/coded_planes.h"
 
 namespace plenar_test {
 namespace {
@@ -68,13 +68,8 @@ private:
 };
 
 Bytes Encoded(const RleBandKernels& kernels, const Band& band, uint32_t depth, uint32_t place) {
-    const uint32_t tight = band.width * depth / 8;
-    const RleParams params = {band.width, band.height, depth, 1, tight + band.padding};
-    Bytes rows(plenar::RlePlainExtent(params), 0x5A);
-    for (uint32_t row = 0; row < band.height; ++row) {
-        std::copy_n(band.plain.begin() + row * tight, tight, rows.begin() + row * params.row_bytes);
-    }
-    const ExactBuffer src(rows, place);
+    const RleParams params = {band.width, band.height, depth, 1, band.width * depth / 8 + band.padding};
+    const ExactBuffer src(Padded(params, band.plain, plenar::RlePlainExtent(params)), place);
     const ExactBuffer dst(Bytes(plenar::RleMaxStreamSize(params, band.Samples())), place);
     const uint64_t size = kernels.encode_band(params, src.data(), dst.data());
     return dst.IsIntact() && size <= dst.size() ? Bytes(dst.data(), dst.data() + size) : Bytes();

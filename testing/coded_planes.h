@@ -9,17 +9,21 @@
 
 namespace plenar_test {
 
-inline plenar::WorkPool& Pool(uint32_t workers) {
-    static plenar::WorkPool none(0);
-    static plenar::WorkPool two(2);
-    static plenar::WorkPool eight(8);
-    return workers == 0 ? none : workers == 2 ? two : eight;
+// The plane with its rows as far apart as the parameters say; `size` is with or without padding behind the last one.
+inline Bytes Padded(const plenar::RleParams& params, const Bytes& plain, uint64_t size) {
+    const uint64_t tight = plenar::RleTightRowBytes(params);
+    Bytes rows(size, 0x5A);
+    for (uint64_t row = 0; row < params.height; ++row) {
+        std::copy_n(&plain[row * tight], tight, &rows[row * plenar::RleRowStride(params)]);
+    }
+    return rows;
 }
 
 inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
     const ExactBuffer src(plain);
     Bytes coded(plenar::RleMaxCodedSize(params));
-    coded.resize(plenar::RleEncodePlane(Pool(workers), params, src.data(), plain.size(), coded.data(), coded.size()));
+    plenar::WorkPool pool(workers);
+    coded.resize(plenar::RleEncodePlane(pool, params, src.data(), plain.size(), coded.data(), coded.size()));
     return coded;
 }
 
@@ -28,7 +32,8 @@ inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, co
                          uint32_t workers = 0) {
     const ExactBuffer src(coded);
     const ExactBuffer dst(before);
-    plenar::RleDecodePlane(Pool(workers), params, src.data(), coded.size(), dst.data(), before.size());
+    plenar::WorkPool pool(workers);
+    plenar::RleDecodePlane(pool, params, src.data(), coded.size(), dst.data(), before.size());
     return dst.Content();
 }
 

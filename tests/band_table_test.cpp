@@ -31,19 +31,6 @@ std::pair<Entries, uint64_t> ReadList(const Bytes& bytes, uint32_t count) {
     return {entries, reader.Position()};
 }
 
-TEST(BandTable, EqualDifferencesShareAGroup) {
-    Entries rows(8, 68);
-    rows.insert(rows.end(), 8, 67);
-    PlaneBits expected;
-    expected.RunLength(1);
-    expected.Value(2 * (0x7FFFFF - 68) - 1, 24, false);
-    for (const auto& [run, folded] : {std::pair{7, 0}, {1, 1}, {7, 0}}) {
-        expected.RunLength(static_cast<uint64_t>(run));
-        expected.Value(static_cast<uint32_t>(folded), 24, true);
-    }
-    EXPECT_EQ(WriteList(rows), expected.Get());
-}
-
 TEST(BandTable, ShortFormEndsAt13311AndLossBeginsAtHalfTheRange) {
     const struct {
         uint32_t entry;  // after the running value's start

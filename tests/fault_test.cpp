@@ -4,9 +4,9 @@
 #include <new>
 #include <optional>
 #include <string_view>
-#include <system_error>
 
 #include "testing/allocations.h"
+#include "testing/message_of.h"
 #include "worker_counts.h"
 
 namespace plenar_test {
@@ -23,8 +23,7 @@ public:
         : params_(MakeParams(order, type, 64, 40)), compressed_(MakeCompressed(alphaRle)), threads_(threads) {
         // The last plane's end is missing.
         damaged_.resize(std::max<size_t>(damaged_.size(), 13) - 9);
-        const Bytes boxSize = LittleEndian(size(damaged_));
-        std::copy(boxSize.begin(), boxSize.end(), damaged_.begin());
+        StateSize(damaged_, 0, damaged_.size());
     }
 
     void Create() {
@@ -94,17 +93,10 @@ TEST(Faults, ACreateCallThatFailsLeavesNothing) {
             const AllocationWatch watch;
             bool struck = true;
             for (uint64_t nth = 1; struck; ++nth) {
-                std::string failure;
                 site->Arm(nth);
-                try {
-                    host.Create();
-                } catch (const std::bad_alloc&) {
-                    failure = "memory";
-                } catch (const std::system_error& error) {
-                    failure = error.code() == std::errc::resource_unavailable_try_again ? "threads" : error.what();
-                }
+                const bool lacksMemory = MessageOf([&] { host.Create(); }) == kNoMemory;
                 struck = site->Disarm();
-                EXPECT_EQ(failure, !struck ? "" : site == &allocations ? "memory" : "threads");
+                EXPECT_EQ(lacksMemory, struck && site == &allocations);
                 EXPECT_EQ(host.HasObjects(), !struck);
                 EXPECT_EQ(struck ? "" : host.RunFrame(), "");
                 host.Destroy();
@@ -123,11 +115,11 @@ TEST(Faults, AFrameThatLacksMemoryLeavesTheObjectUsable) {
             const bool later = (variant & 1) != 0, spoilt = (variant & 2) != 0, lasting = (variant & 4) != 0;
             const auto call = static_cast<Call>(variant / 8);
             constexpr const char* kCalls[] = {"encode", "decode", "metadata"};
-            const std::string name = kCalls[variant / 8] + std::string(later ? ", a later frame" : "") +
-                                     (spoilt ? ", spoilt" : "") + (lasting ? ", lasting" : "");
             bool struck = true;
             for (uint64_t nth = 1; struck; ++nth) {
-                SCOPED_TRACE(::testing::Message() << name << ", " << threads << " threads, failure " << nth);
+                SCOPED_TRACE(::testing::Message()
+                             << kCalls[variant / 8] << (later ? ", a later frame" : "") << (spoilt ? ", spoilt" : "")
+                             << (lasting ? ", lasting, " : ", ") << threads << " threads, failure " << nth);
                 const AllocationWatch watch;
                 host.Create();
                 EXPECT_EQ(later ? host.RunFrame() : "", "");

@@ -56,51 +56,43 @@ TEST(Objects, OwnAsManyThreadsAsAskedFor) {
     first.join();
 }
 
-// Pointers first, then the sizes of records; nothing is done, no message given, and no output touched.
+// Pointers first, then the sizes of records; nothing is done, no message given, and no output touched. All ways in
+// which the arguments of a call can be wrong at the same time.
 TEST(Arguments, AreCheckedBeforeAnythingElse) {
+    enum : uint32_t { Object = 1, Params = 2, Options = 4, Source = 8, Target = 16, ParamsSize = 32, OptionsSize = 64 };
     TestEncoder encoder;
     TestDecoder decoder;
-    Encoder* const e = encoder.get();
-    Decoder* const d = decoder.get();
-    const UncompressedParams good = MakeParams(AlphaOnly, Uint8, 2, 2);
-    const CompressedParams goodWish = MakeCompressed();
-    UncompressedParams unsized = good;
-    unsized.size = (uint64_t{1} << 32) + 36;
-    CompressedParams unsizedWish = goodWish;
-    unsizedWish.size = 11;
-    const Bytes src = PayloadOf(NoisePlanes(good, 1));
-    const auto size = static_cast<uint32_t>(src.size());
-    Bytes dst(64, 0x77);
+    const Bytes payload = PayloadOf(NoisePlanes(MakeParams(AlphaOnly, Uint8, 2, 2), 1));
+    const auto size = static_cast<uint32_t>(payload.size());
+    Bytes room(64, 0x77);
     uint32_t written = 0x77777777;
-    const struct {
-        const char* name;
-        Encoder* encoder;
-        Decoder* decoder;
-        UncompressedParams* params;
-        const CompressedParams* wish;
-        const uint8_t* src;
-        uint8_t* dst;
-        uint32_t encode, decode, metadata;
-    } cases[] = {
-        {"no objects", nullptr, nullptr, &unsized, &unsizedWish, src.data(), dst.data(), 2, 2, 2},
-        {"no picture record", e, d, nullptr, &goodWish, src.data(), dst.data(), 2, 2, 2},
-        {"no options", e, d, &unsized, nullptr, src.data(), dst.data(), 2, 3, 3},
-        {"no source", e, d, &unsized, &unsizedWish, nullptr, dst.data(), 2, 2, 2},
-        {"no target", e, d, &unsized, &unsizedWish, src.data(), nullptr, 2, 2, 3},
-        {"wrong sizes of records", e, d, &unsized, &goodWish, src.data(), dst.data(), 3, 3, 3},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(Plenar_EncodeFrame(c.encoder, c.params, c.wish, c.src, size, c.dst, 64, &written), c.encode);
-        EXPECT_EQ(Plenar_DecodeFrame(c.decoder, c.params, c.src, size, c.dst, 64, &written), c.decode);
-        EXPECT_EQ(Plenar_ReadMetadata(c.decoder, c.src, size, c.params), c.metadata);
-        EXPECT_EQ(Plenar_GetCompressedBufSize(c.params, c.wish), 0U);
-        EXPECT_EQ(Plenar_GetUncompressedBufSize(c.params), 0U);
+    for (uint32_t wrong = 1; wrong < 2 * OptionsSize; ++wrong) {
+        SCOPED_TRACE(wrong);
+        const auto unless = [wrong](uint32_t part, auto* pointer) { return (wrong & part) != 0 ? nullptr : pointer; };
+        UncompressedParams record = MakeParams(AlphaOnly, Uint8, 2, 2);
+        CompressedParams wish = MakeCompressed();
+        record.size += (wrong & ParamsSize) != 0 ? uint64_t{1} << 32 : 0;
+        wish.size -= (wrong & OptionsSize) != 0 ? 1 : 0;
+        auto* const params = unless(Params, &record);
+        auto* const options = unless(Options, &wish);
+        auto* const src = unless(Source, payload.data());
+        auto* const dst = unless(Target, room.data());
+        auto* const d = unless(Object, decoder.get());
+        const auto expect = [wrong](uint32_t pointers, uint32_t sizes, const auto& call) {
+            if ((wrong & (pointers | sizes)) != 0) {  // what is wrong may be of no concern to this call
+                EXPECT_EQ(call(), (wrong & pointers) != 0 ? 2U : 3U);
+            }
+        };
+        expect(Object | Params | Options | Source | Target, ParamsSize | OptionsSize, [&] {
+            return Plenar_EncodeFrame(unless(Object, encoder.get()), params, options, src, size, dst, 64, &written);
+        });
+        expect(Object | Params | Source | Target, ParamsSize,
+               [&] { return Plenar_DecodeFrame(d, params, src, size, dst, 64, &written); });
+        expect(Object | Params | Source, ParamsSize, [&] { return Plenar_ReadMetadata(d, src, size, params); });
+        EXPECT_TRUE(Plenar_GetCompressedBufSize(params, options) == 0 || (wrong & ~(Object | Source | Target)) == 0);
+        EXPECT_TRUE(Plenar_GetUncompressedBufSize(params) == 0 || (wrong & (Params | ParamsSize)) == 0);
     }
-    EXPECT_EQ(Plenar_EncodeFrame(e, &good, &unsizedWish, src.data(), 4, dst.data(), 64, &written), 3U);
-    EXPECT_EQ(Plenar_GetCompressedBufSize(&good, &unsizedWish), 0U);
-    EXPECT_EQ(Plenar_GetCompressedBufSize(&good, nullptr), 0U);
-    EXPECT_EQ(dst, Bytes(64, 0x77));
+    EXPECT_EQ(room, Bytes(64, 0x77));
     EXPECT_EQ(written, 0x77777777U);
     EXPECT_EQ(encoder.Outcome(0), "");
     EXPECT_EQ(decoder.Outcome(0), "");
@@ -176,13 +168,6 @@ TEST(Encode, RefusesWithTheFirstBrokenRule) {
     }
 }
 
-TEST(Encode, StoresAnyFrameLayoutThoughDecodersRefuseIt) {
-    UncompressedParams params = MakeParams(AlphaOnly, Uint8, 2, 2, 0, 0, 0x1FE);
-    const Bytes payload = Encode(WithWorkers<TestEncoder>(0), params, Noise(4, 1)).bytes;
-    EXPECT_EQ(payload, PayloadOf(EncodedPlanes(params, Noise(4, 1))));
-    EXPECT_EQ(ReadMetadata(WithWorkers<TestDecoder>(0), payload, params), "Undefined value of frame layout: 254");
-}
-
 TEST(Decode, RefusesWithTheFirstBrokenRule) {
     TestDecoder decoder(2);
     const Bytes sound = PayloadOf(NoisePlanes(MakeParams(CbYACrYA, Uint8, 4, 2), 1));
@@ -193,35 +178,6 @@ TEST(Decode, RefusesWithTheFirstBrokenRule) {
         EXPECT_EQ(frame.message.empty() ? "-" : frame.message, row.Text("message"));
         EXPECT_EQ(Decode(decoder, MakeParams(CbYCrY, Uint8, 4, 2), sound, Bytes(16)).message, "");
     }
-}
-
-// A frame without rows has no samples, however wide it is and however many workers wait for some.
-TEST(EmptyFrames, PassForAnyWidthAndWorkerCount) {
-    for (size_t workers = 0; workers < kWorkerCounts.size(); ++workers) {
-        for (const auto& [order, type] : AllPairs()) {
-            for (const uint32_t width : {0U, 6U, kMax - 1}) {
-                const UncompressedParams params = MakeParams(order, type, width, 0);
-                const Bytes expected = PayloadOf(NoisePlanes(params, 0));
-                SCOPED_TRACE(Describe(params));
-                const Frame payload = Encode(WithWorkers<TestEncoder>(workers), params, {});
-                EXPECT_EQ(payload.message, "");
-                EXPECT_EQ(Difference(payload.bytes, expected), "");
-                EXPECT_EQ(Decode(WithWorkers<TestDecoder>(workers), params, expected, {}).message,
-                          DecodeRefusal(NoisePlanes(params, 0), order, type));
-            }
-        }
-    }
-}
-
-TEST(WorkedExample, ComesOutByteForByte) {
-    const UncompressedParams params = MakeParams(CbYACrYA, Uint8, 4, 2);
-    const Bytes picture{1, 2, 91, 3, 4, 92, 5, 6, 93, 7, 8, 94, 11, 12, 95, 13, 14, 96, 15, 16, 97, 17, 18, 98};
-    const Bytes expected = Letters(
-        "\x6A\0\0\0pack"
-        "\x35\0\0\0icmp\x15\0\0\0sinf\4\0\0\0\2\0\0\0y208\0\x18\0\0\0sdat\1\2\3\4\5\6\7\10\13\14\15\16\17\20\21\22"
-        "\x2D\0\0\0icmp\x15\0\0\0sinf\4\0\0\0\2\0\0\0 a08\0\x10\0\0\0sdat[\\]^_`ab"s);
-    EXPECT_EQ(Encode(WithWorkers<TestEncoder>(0), params, picture).bytes, expected);
-    EXPECT_EQ(Decode(WithWorkers<TestDecoder>(0), params, expected, Bytes(24)).bytes, picture);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Every kernel of every target against its plain twin. A failure names kernel, target, order, sample size and length.
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "testing/band_kernel_cases.h"
 #include "testing/exact_buffer.h"
 #include "testing/fuzz_input.h"
@@ -40,12 +42,10 @@ TEST_P(RowKernel, DoesWhatItsPlainTwinDoes) {
     }
 }
 
-std::vector<std::string> RowKernelNames() {
-    std::vector<std::string> names;
+std::set<std::string> RowKernelNames() {
+    std::set<std::string> names;
     for (const RowKernelCase& kernelCase : RowKernelCases()) {
-        if (std::find(names.begin(), names.end(), kernelCase.kernel) == names.end()) {
-            names.push_back(kernelCase.kernel);
-        }
+        names.insert(kernelCase.kernel);
     }
     return names;
 }

@@ -1,8 +1,9 @@
 // Payloads built by hand: what is refused and with which words, and what is read all the same.
+#include <zlib.h>
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <map>
 
 #include "table.h"
 #include "testing/allocations.h"
@@ -19,13 +20,14 @@ constexpr uint32_t kHalf = 0x80000000;
 constexpr char kBadSet[] = "Invalid combination of planes";
 constexpr char kDepths[] = "planes with different bitdepth is not supported by this decoder";
 
-// A plane with enough data for every code that stands for no more than 4 bytes a pixel.
-Plane SomePlane(const std::string& code, uint32_t width = 4, uint32_t height = 2, uint8_t layout = 0) {
-    return {code, width, height, layout, Bytes(size_t{4} * width * height, 0x5C)};
+// Samples that follow from the plane's code, and that those of larger planes of the same code begin with.
+Bytes DataOf(const std::string& code, size_t size) {
+    return Noise(size, static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(code.data()), 4)));
 }
 
-// From text: boxes, and in them numbers of bytes, the fields of planes, single bytes, or planes with their data:
-//   pack{ sinf:20{ y208@4x2 =0 } sdat{ 16 } plane:_a08@4x2/8 }
+// From text: boxes, and in them numbers of bytes, the fields of planes, single bytes, planes with their data, or that
+// alone:
+//   pack{ sinf:20{ y208@4x2 =0 } sdat{ 16 } plane:_a08@4x2/8 sdat{ _a08/8 } }
 // A number behind a box's kind is what it states as its size. In codes _ stands for a space.
 Bytes ContentFrom(std::istringstream& words) {
     Bytes content;
@@ -35,19 +37,22 @@ Bytes ContentFrom(std::istringstream& words) {
         };
         const bool isPlane = word.starts_with("plane:");
         word = isPlane ? word.substr(6) : word;
+        std::string code = word.substr(0, 4);
+        std::replace(code.begin(), code.end(), '_', ' ');
+        const bool hasSize = word.find('/') != std::string::npos;
         Bytes item;
         if (word.back() == '{') {
             const Bytes inside = ContentFrom(words);
             const auto trueSize = static_cast<uint32_t>(inside.size() + 8);
-            item = Box(word.substr(0, 4), inside, word[4] == ':' ? numberBehind(':') : trueSize);
+            item = Box(code, inside, word[4] == ':' ? numberBehind(':') : trueSize);
         } else if (word.find('@') != std::string::npos) {
-            std::string code = word.substr(0, 4);
-            std::replace(code.begin(), code.end(), '_', ' ');
             Plane plane{code, numberBehind('@'), numberBehind('x')};
-            const bool hasSize = word.find('/') != std::string::npos;
-            plane.data.resize(!isPlane ? 0 : hasSize ? numberBehind('/') : size_t{4} * plane.width * plane.height);
+            const size_t usual = isPlane ? size_t{4} * plane.width * plane.height : 0;
+            plane.data = DataOf(code, hasSize ? numberBehind('/') : usual);
             item = isPlane ? Join({Sinf(plane), Sdat(plane)})
                            : Join({LittleEndian(plane.width), LittleEndian(plane.height), Letters(code)});
+        } else if (hasSize) {
+            item = DataOf(code, numberBehind('/'));
         } else {
             item = word[0] == '=' ? Bytes{static_cast<uint8_t>(numberBehind('='))} : Bytes(std::stoul(word), 0x5C);
         }
@@ -91,7 +96,7 @@ TEST(Reader, TakesAlphaOfThePicturesOwnDepthAlone) {
         const bool integer = type != Half16 && type != Float32 && type != Fixed2p14;
         for (const std::string code : {" a08", " a16", "rl08", "rl16"}) {
             std::vector<Plane> planes = NoisePlanes(MakeParams(order, type, 4, 2), 1);
-            planes.push_back(SomePlane(code));
+            planes.push_back({code, 4, 2, 0, Bytes(16)});
             UncompressedParams read = MakeParams(0, 0, 0, 0);
             const bool sameDepth = TypeBits(type) == (code[3] == '8' ? 8 : 16);
             EXPECT_EQ(ReadMetadata(decoder, PayloadOf(planes), read), !integer    ? kBadSet
@@ -100,100 +105,43 @@ TEST(Reader, TakesAlphaOfThePicturesOwnDepthAlone) {
                 << planes[0].code << " with " << code;
         }
     }
-    for (const std::string code : {"rl08", "rl16"}) {
-        UncompressedParams read = MakeParams(0, 0, 0, 0);
-        EXPECT_EQ(ReadMetadata(decoder, PayloadOf({SomePlane(code)}), read), "");
-        EXPECT_EQ(RecordBytes(read), RecordBytes(MakeParams(AlphaOnly, code == "rl08" ? 1 : 2, 4, 2)));
-    }
 }
 
-class TolerantReader : public ::testing::Test {
-protected:
-    UncompressedParams params_ = MakeParams(YCbCrA420Planar, Uint8, 6, 4);
-    std::vector<Plane> planes_ = NoisePlanes(params_, 11);
-    TestDecoder decoder_{3};
-
-    // The payload gives the same metadata and the same picture as one that an encoder would have laid out.
-    void ExpectSameAs(const UncompressedParams& params, const std::vector<Plane>& planes, const Bytes& payload) {
-        Bytes expected(PictureSize(params));
-        DecodeInto(params, planes, PayloadOf(planes), expected);
-        UncompressedParams read = MakeParams(0, 0, 0, 0);
-        EXPECT_EQ(ReadMetadata(decoder_, payload, read), "");
-        EXPECT_EQ(RecordBytes(read), RecordBytes(params));
-        const Frame picture = Decode(decoder_, params, payload, Bytes(expected.size()));
-        EXPECT_EQ(picture.message, "");
-        EXPECT_EQ(Difference(picture.bytes, expected), "");
-    }
-    void ExpectSame(const Bytes& payload) { ExpectSameAs(params_, planes_, payload); }
-};
-
-TEST_F(TolerantReader, TakesPlanesInAnyOrder) {
-    std::array<size_t, 4> order{0, 1, 2, 3};
-    do {
-        SCOPED_TRACE(::testing::PrintToString(order));
-        ExpectSame(PayloadOf({planes_[order[0]], planes_[order[1]], planes_[order[2]], planes_[order[3]]}));
-    } while (std::next_permutation(order.begin(), order.end()));
+// The payload gives the same metadata and the same picture as one that an encoder would have laid out.
+void ExpectSame(const UncompressedParams& params, const std::vector<Plane>& planes, const Bytes& payload) {
+    TestDecoder& decoder = WithWorkers<TestDecoder>(2);
+    Bytes expected(PictureSize(params));
+    DecodeInto(params, planes, PayloadOf(planes), expected);
+    UncompressedParams read = MakeParams(0, 0, 0, 0);
+    EXPECT_EQ(ReadMetadata(decoder, payload, read), "");
+    EXPECT_EQ(RecordBytes(read), RecordBytes(params));
+    const Frame picture = Decode(decoder, params, payload, Bytes(expected.size()));
+    EXPECT_EQ(picture.message, "");
+    EXPECT_EQ(Difference(picture.bytes, expected), "");
 }
 
-TEST_F(TolerantReader, TakesTheAlternativeSpellings) {
-    struct Spelling {
-        uint32_t order, type;
-        std::vector<std::string> codes;
-    };
-    const Spelling spellings[] = {
-        {CbYCrY, Half16, {"  h2"}},
-        {CbYCrY, Float32, {"  f2"}},
-        {CbYCr, Half16, {"  h4"}},
-        {CbYCr, Float32, {"  f4"}},
-        {RGB, Half16, {"rg h"}},
-        {RGB, Float32, {"rg f"}},
-        {YCbCr420Planar, Half16, {"  yh", "cb h", "cr h"}},
-        {YCbCr420Planar, Float32, {"  yf", "cb f", "cr f"}},
-    };
-    for (const Spelling& spelling : spellings) {
-        const UncompressedParams params = MakeParams(spelling.order, spelling.type, 6, 4);
+TEST(TolerantReader, TakesTheAlternativeSpellings) {
+    for (const TableRow& row : ReadTable("alternative_spellings.tsv")) {
+        SCOPED_TRACE(row.Text("codes"));
+        const UncompressedParams params = MakeParams(row.Order(), row.Type(), 6, 4);
         const std::vector<Plane> planes = NoisePlanes(params, 5);
         std::vector<Plane> spelled = planes;
         for (size_t k = 0; k < planes.size(); ++k) {
-            spelled[k].code = spelling.codes[k];
+            spelled[k].code = row.Text("codes").substr(4 * k, 4);
         }
-        SCOPED_TRACE(spelling.codes[0]);
-        ExpectSameAs(params, planes, PayloadOf(spelled));
+        ExpectSame(params, planes, PayloadOf(spelled));
     }
 }
 
-TEST_F(TolerantReader, TakesBoxesThatNoEncoderWrites) {
-    const Bytes junk = Box("junk", Bytes(13, 0x73));
-    const Bytes stopped = Box("\1\2\3\4", {}, 0);
-    const Bytes y = Icmp(planes_[0]);
-    const Bytes cb = Icmp(planes_[1]);
-    const Bytes cr = Icmp(planes_[2]);
-    const Bytes a = Icmp(planes_[3]);
-    const Bytes alphaPair = Join({Sinf(planes_[3]), Sdat(planes_[3])});
-    Plane longer = planes_[1];
-    longer.data.resize(longer.data.size() + 5, 0xEE);
-    const Bytes whole = PayloadOf(planes_);
-    const std::pair<const char*, Bytes> cases[] = {
-        {"unknown boxes all around", Pack({junk, y, stopped, cb, junk, junk, cr, a, junk})},
-        {"planes in a second pack are none", Pack({y, cb, cr, a, Box("pack", a)})},
-        {"sdat without sinf", Pack({Sdat(planes_[2]), y, cb, cr, a})},
-        {"less than a header behind the planes", Pack({y, cb, cr, a, Bytes(7, 0xEE)})},
-        {"box without end behind the planes", Pack({y, cb, cr, a, Box("junk", {}, kMax - 15)})},
-        {"tails in icmp", Pack({Icmp(planes_[0], junk), Icmp(planes_[1], {1}), Icmp(planes_[2], a), a})},
-        {"sinf of 20 bytes", Pack({Box("icmp", Join({Sinf(planes_[0], 20), Sdat(planes_[0])})), cb, cr, a})},
-        {"sinf of 40 bytes", Pack({y, cb, Box("icmp", Join({Sinf(planes_[2], 40), Sdat(planes_[2])})), a})},
-        {"bare pair, then icmp", Pack({alphaPair, y, cb, cr})},
-        {"larger sdat", Pack({y, Icmp(longer), cr, a})},
-        {"larger sdat, past the end",
-         Pack({y, cb, cr, Box("icmp", Join({Sinf(planes_[3]), Box("sdat", planes_[3].data, kMax)}))})},
-        {"icmp smaller than its planes", Pack({Box("icmp", Join({Sinf(planes_[0]), Sdat(planes_[0])}), 8), cb,
-                                               Box("icmp", Join({Sinf(planes_[2]), Sdat(planes_[2])}), 30), a})},
-        {"last icmp below 8", Pack({y, cb, cr, Box("icmp", alphaPair, 0)})},
-        {"bytes behind the payload", Join({whole, whole, {1, 2, 3}})},
-    };
-    for (const auto& [name, payload] : cases) {
-        SCOPED_TRACE(name);
-        ExpectSame(payload);
+TEST(TolerantReader, TakesBoxesAndOrdersOfPlanesThatNoEncoderWrites) {
+    const UncompressedParams params = MakeParams(YCbCrA420Planar, Uint8, 6, 4);
+    std::vector<Plane> planes = NoisePlanes(params, 11);
+    for (Plane& plane : planes) {
+        plane.data = DataOf(plane.code, plane.data.size());
+    }
+    for (const TableRow& row : ReadTable("odd_payloads.tsv")) {
+        SCOPED_TRACE(row.Text("name"));
+        ExpectSame(params, planes, PayloadFrom(row.Text("payload")));
     }
 }
 
@@ -218,7 +166,7 @@ TEST(CodedAlpha, GivesNothingButItsOwnBytes) {
     // The end of the last band is still there, but behind the payload.
     Bytes cut = whole;
     const auto size = static_cast<uint32_t>(whole.size() - 40);
-    std::copy_n(LittleEndian(size).begin(), 4, cut.begin());
+    StateSize(cut, 0, size);
     Bytes target(2048);
     EXPECT_EQ(decoder.Outcome(Plenar_DecodeFrame(decoder.get(), &rgba, cut.data(), size, target.data(), 2048, nullptr)),
               "rle stream runs past the end of the coded plane");
@@ -232,28 +180,12 @@ TEST(Reader, BelievesNoStatedNumber) {
     const UncompressedParams params = MakeParams(ARGB, Uint8, 16, 4);
     const Bytes picture = Noise(256, 1);
     const Bytes whole = Encode(WithWorkers<TestEncoder>(0), params, picture, MakeCompressed(1)).bytes;
-    std::map<std::string, Bytes> payloads;
-    const auto addWith = [&](uint32_t field, uint32_t stated, size_t size) {
-        const std::string name = std::to_string(stated) + " at " + std::to_string(field);
-        Bytes& payload = payloads[name] = Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
-        std::memcpy(payload.data() + field, &stated, std::min<size_t>(size, 4));
-    };
-    // The sizes of boxes, widths and heights of the first plane, then of the second.
-    for (const uint32_t field : {0U, 8U, 16U, 24U, 28U, 37U, 237U, 245U, 253U, 257U, 266U}) {
-        uint32_t truth = 0;
-        std::memcpy(&truth, &whole[field], 4);
-        for (const uint32_t stated : {0U, 1U, 7U, 8U, 9U, 19U, 20U, 21U, truth - 1, truth + 1, kHalf - 1, kHalf,
-                                      kHalf + 1, kMax - 8, kMax - 7, kMax - 1, kMax}) {
-            addWith(field, stated, whole.size());
-        }
-    }
-    for (uint32_t size = 1; size < whole.size(); ++size) {
-        addWith(0, size, size);
-    }
     TestDecoder& decoder = WithWorkers<TestDecoder>(1);
     const AllocationWatch watch;
-    for (const auto& [name, payload] : payloads) {
-        SCOPED_TRACE(name);
+    const auto check = [&](uint32_t field, uint32_t stated, size_t size) {
+        SCOPED_TRACE(::testing::Message() << stated << " at " << field);
+        Bytes payload(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
+        std::memcpy(payload.data() + field, &stated, std::min<size_t>(size, 4));
         UncompressedParams read = MakeParams(0, 0, 0, 0);
         const std::string refusal = ReadMetadata(decoder, payload, read);
         const Frame frame = Decode(decoder, params, payload, Bytes(256));
@@ -262,6 +194,18 @@ TEST(Reader, BelievesNoStatedNumber) {
             EXPECT_EQ(RecordBytes(read), RecordBytes(params));
             EXPECT_EQ(Difference(frame.bytes, picture), "");
         }
+    };
+    // The sizes of boxes, widths and heights of the first plane, then of the second.
+    for (const uint32_t field : {0U, 8U, 16U, 24U, 28U, 37U, 237U, 245U, 253U, 257U, 266U}) {
+        uint32_t truth = 0;
+        std::memcpy(&truth, &whole[field], 4);
+        for (const uint32_t stated : {0U, 1U, 7U, 8U, 9U, 19U, 20U, 21U, truth - 1, truth + 1, kHalf - 1, kHalf,
+                                      kHalf + 1, kMax - 8, kMax - 7, kMax - 1, kMax}) {
+            check(field, stated, whole.size());
+        }
+    }
+    for (uint32_t size = 1; size < whole.size(); ++size) {
+        check(0, size, size);
     }
     EXPECT_LT(watch.LargestBlock(), 4096U);
     EXPECT_EQ(Decode(decoder, params, whole, Bytes(256)).bytes, picture);

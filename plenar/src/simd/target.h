@@ -1,5 +1,5 @@
-// Which instructions the kernels of all modules use: one enumeration, detected when the library is loaded, and forced in
-// one place by tests and benchmarks.
+// Which instructions the kernels of all modules use: one enumeration, detected when the library is loaded, and forced
+// in one place by tests and benchmarks.
 #pragma once
 
 #include <cstddef>
