@@ -12,22 +12,8 @@ FaultSite allocations;
 
 namespace {
 
-std::atomic<bool> counting = false;
-std::atomic<ptrdiff_t> blocks = 0;
-std::atomic<ptrdiff_t> bytes = 0;
-std::atomic<ptrdiff_t> mostBytes = 0;
-std::atomic<ptrdiff_t> largestBlock = 0;
-
 void Raise(std::atomic<ptrdiff_t>& most, ptrdiff_t value) {
     for (ptrdiff_t seen = most; seen < value && !most.compare_exchange_weak(seen, value);) {
-    }
-}
-
-void Count(void* block, ptrdiff_t change, size_t asked = 0) {
-    if (counting.load(std::memory_order_relaxed)) {
-        blocks += change;
-        Raise(mostBytes, bytes += change * static_cast<ptrdiff_t>(malloc_usable_size(block)));
-        Raise(largestBlock, static_cast<ptrdiff_t>(asked));
     }
 }
 
@@ -39,13 +25,13 @@ void* Allocate(size_t size, size_t alignment) {
     if (block == nullptr) {
         throw std::bad_alloc();
     }
-    Count(block, 1, size);
+    AllocationWatch::Count(block, 1, size);
     return block;
 }
 
 void Release(void* block) {
     if (block != nullptr) {
-        Count(block, -1);
+        AllocationWatch::Count(block, -1, 0);
         std::free(block);
     }
 }
@@ -53,20 +39,20 @@ void Release(void* block) {
 }  // namespace
 
 AllocationWatch::AllocationWatch() {
-    blocks = bytes = mostBytes = largestBlock = 0;
-    counting = true;
+    blocks_ = bytes_ = mostBytes_ = largestBlock_ = 0;
+    isCounting_ = true;
 }
+
 AllocationWatch::~AllocationWatch() {
-    counting = false;
+    isCounting_ = false;
 }
-ptrdiff_t AllocationWatch::Blocks() const {
-    return blocks;
-}
-size_t AllocationWatch::MostBytes() const {
-    return static_cast<size_t>(mostBytes.load());
-}
-size_t AllocationWatch::LargestBlock() const {
-    return static_cast<size_t>(largestBlock.load());
+
+void AllocationWatch::Count(void* block, ptrdiff_t change, size_t asked) {
+    if (isCounting_.load(std::memory_order_relaxed)) {
+        blocks_ += change;
+        Raise(mostBytes_, bytes_ += change * static_cast<ptrdiff_t>(malloc_usable_size(block)));
+        Raise(largestBlock_, static_cast<ptrdiff_t>(asked));
+    }
 }
 
 }  // namespace plenar_test
@@ -74,8 +60,10 @@ size_t AllocationWatch::LargestBlock() const {
 using plenar_test::Allocate;
 using plenar_test::Release;
 
-// The forms for arrays call these.
 void* operator new(size_t size) {
+    return Allocate(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+}
+void* operator new[](size_t size) {
     return Allocate(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 }
 void* operator new(size_t size, std::align_val_t alignment) {
@@ -84,7 +72,13 @@ void* operator new(size_t size, std::align_val_t alignment) {
 void operator delete(void* block) noexcept {
     Release(block);
 }
+void operator delete[](void* block) noexcept {
+    Release(block);
+}
 void operator delete(void* block, size_t) noexcept {
+    Release(block);
+}
+void operator delete[](void* block, size_t) noexcept {
     Release(block);
 }
 void operator delete(void* block, std::align_val_t) noexcept {

@@ -20,10 +20,20 @@ public:
     AllocationWatch& operator=(const AllocationWatch&) = delete;
 
     // Less those that were released.
-    ptrdiff_t Blocks() const;
+    ptrdiff_t Blocks() const { return blocks_; }
     // At one time.
-    size_t MostBytes() const;
-    size_t LargestBlock() const;
+    size_t MostBytes() const { return static_cast<size_t>(mostBytes_.load()); }
+    size_t LargestBlock() const { return static_cast<size_t>(largestBlock_.load()); }
+
+    // A block that comes or goes, and the size that was asked for.
+    static void Count(void* block, ptrdiff_t change, size_t asked);
+
+private:
+    inline static std::atomic<bool> isCounting_ = false;
+    inline static std::atomic<ptrdiff_t> blocks_ = 0;
+    inline static std::atomic<ptrdiff_t> bytes_ = 0;
+    inline static std::atomic<ptrdiff_t> mostBytes_ = 0;
+    inline static std::atomic<ptrdiff_t> largestBlock_ = 0;
 };
 
 }  // namespace plenar_test

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <future>
-#include <limits>
 
 #include "table.h"
 #include "worker_counts.h"
@@ -13,8 +12,6 @@ namespace {
 
 using namespace plenar;  // orders and types
 using namespace std::string_literals;
-
-constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
 
 ptrdiff_t ThreadCount() {
     const std::filesystem::directory_iterator tasks("/proc/self/task");

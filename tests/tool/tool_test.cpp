@@ -14,9 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using OIIO::TypeDesc;
-using plenar_test::Bytes;
-using plenar_test::ReadTable;
-using plenar_test::TableRow;
+using namespace plenar_test;
 using namespace std::string_literals;
 
 struct PictureKind {
@@ -71,7 +69,6 @@ protected:
 };
 
 constexpr PictureKind kRgba8{TypeDesc::UINT8, 8, 4};
-constexpr const char* kRawUyvy = "--raw --size 26x10 --order CbYCrY --type Uint8 ";
 
 TEST_F(Tool, PicturesComeBackBitForBit) {
     for (const TableRow& row : ReadTable("pictures.tsv")) {
@@ -150,7 +147,7 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
     SavePicture("rgba.png", kRgba8);
     SavePicture("half.exr", {TypeDesc::HALF, 16, 3});
     Save("p.raw", Noise(520));
-    ASSERT_EQ(RunPlenar("encode p.raw yuv.plenar "s + kRawUyvy), 0) << err_;
+    ASSERT_EQ(RunPlenar("encode p.raw yuv.plenar --raw --size 26x10 --order CbYCrY --type Uint8"), 0) << err_;
     ASSERT_EQ(RunPlenar("encode half.exr half.plenar"), 0) << err_;
     ASSERT_EQ(RunPlenar("encode rgba.png rgba.plenar"), 0) << err_;
     std::string cut = Text("yuv.plenar");
