@@ -27,7 +27,7 @@ constexpr uint32_t kMaxThreads = 1024;
 constexpr const char* kDescription =
     "plenar turns pictures into PlenarSDK frame payloads and back.\n"
     "A payload holds one picture: uncompressed planes of samples with a small description around them; an alpha\n"
-    "plane may be coded without loss. Samples are never changed on the way in or out.";
+    "plane may be coded without loss. Samples are not changed on the way in or out unless a warning says so.";
 
 constexpr const char* kExamples =
     "Examples:\n"
@@ -58,14 +58,16 @@ constexpr const char* kEncodeDetails =
     "Uint12, Uint16, Half16 or Float32. Of a file with several pictures the first is taken, and of a picture with a\n"
     "data window that window. --order and --type may ask for others that take the samples as they are: other\n"
     "arrangements of RGB, one without the alpha, or words of more bits for 10 and 12 bits.\n"
-    "Payloads keep alpha of types Uint8 and Uint16 only; where it is lost, a warning says so.";
+    "Payloads keep alpha of types Uint8 and Uint16 only. What a payload doesn't hold is told in one line a file, is "
+    "an\n"
+    "error with --strict, and is kept beside the payload with --sidecar.";
 
 constexpr const char* kDecodeDetails =
     "Without --raw, OUTPUT is a picture file, and its extension gives the file format. Y'CbCr payloads need --raw,\n"
     "which writes the bare samples. Order and type are those that 'plenar info' shows, unless others are given that\n"
     "hold the same planes: RGB of an ARGB payload, AlphaOnly, Packed10 for Uint10, Float32 for Fixed2p14.\n"
     "Samples of 10 and 12 bits go into 16-bit words whose low bits repeat the high ones, with --raw into words whose\n"
-    "low bits are zero.";
+    "low bits are zero. What the file format doesn't hold is told in one line a file, and is an error with --strict.";
 
 void ParseSize(const std::string& text, uint32_t& width, uint32_t& height) {
     const char* const end = text.data() + text.size();
@@ -95,8 +97,10 @@ void AddBatchOptions(CLI::App& command, BatchOptions& batch) {
                     "Threads on one file, 0 for one on each processor (default: 0 for one file, else 1)")
         ->check(CLI::Range(int64_t{0}, int64_t{kMaxThreads}))
         ->type_name("UINT");
-    command.add_flag("--resume", batch.resume,
-                     "Keep outputs that are complete and newer than their inputs, which an earlier run left");
+    command.add_flag(
+        "--resume", batch.resume,
+        "Keep outputs that are complete and newer than their inputs, which an earlier run left; others that\n"
+        "are there are replaced only with --overwrite");
     command.add_flag("--quiet", batch.quiet, "Say only what went wrong");
     command.add_flag("--timing", batch.timing, "Say where the time went");
     command.add_option("--report", batch.report, "Write what became of each frame into this file, as JSON")
