@@ -148,7 +148,7 @@ void Compare(const Target& target, const OIIO::ImageSpec& spec, const Picture& p
     for (const auto& [name, value] : StatedMetadata(spec)) {
         const auto found = kept.find(name);
         if (found == kept.end() || found->second != value) {
-            losses.push_back(name + " " + value);
+            losses.push_back(std::string(name).append(" ").append(value));
         }
     }
 }
