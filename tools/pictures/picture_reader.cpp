@@ -85,7 +85,7 @@ Picture ReadPictureFile(const std::string& file, AlphaChange alphaChange, FileDe
     picture.notes.metadata = MetadataText(spec);
     picture.notes.alpha = AlphaMeaningOf(spec, input->format_name());
     for (const auto& [name, value] : StatedMetadata(spec)) {
-        picture.notes.stated.push_back(name + " " + value);
+        picture.notes.stated.push_back(std::string(name).append(" ").append(value));
     }
     memory = MakeSharedMemory(spec.image_bytes(true));
     picture.samples = Buffer(memory);
