@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "codec_session.h"
@@ -9,8 +8,10 @@
 #include "formats.h"
 #include "frame_source.h"
 #include "payload_view.h"
+#include "phase_timer.h"
 #include "picture_file.h"
 #include "sidecar.h"
+#include "stream_io.h"
 
 namespace plenar_tool {
 
@@ -30,6 +31,29 @@ void CheckEncodeTarget(const std::string& file, const WriteOptions& options, boo
                                  "--out-dir, for one another output");
     }
     CheckTarget(file, options);
+}
+
+// An interrupted run may have left a sidecar without its payload.
+WriteOptions SidecarWriteOptions(const EncodeOptions& options, WriteOptions writeOptions) {
+    writeOptions.overwrite = writeOptions.overwrite || options.batch.resume;
+    return writeOptions;
+}
+
+// A sidecar that stays beside a new payload would be taken for its own.
+void CheckSidecar(const std::string& payloadFile, const EncodeOptions& options, const WriteOptions& writeOptions) {
+    if (IsStream(payloadFile)) {
+        if (options.file.sidecar) {
+            throw std::runtime_error("a payload that goes into a stream can have no --sidecar");
+        }
+        return;
+    }
+    const std::filesystem::path sidecar = SidecarPath(payloadFile);
+    if (options.file.sidecar) {
+        CheckTarget(sidecar, SidecarWriteOptions(options, writeOptions));
+    } else if (std::filesystem::exists(std::filesystem::symlink_status(sidecar))) {
+        throw std::runtime_error("can't write " + payloadFile + ": " + sidecar.string() +
+                                 " tells of an earlier payload; --sidecar --overwrite replaces it");
+    }
 }
 
 uint32_t NaturalOrder(const std::string& channels) {
@@ -112,9 +136,24 @@ std::vector<std::string> Losses(const Source& source, const Buffer& payload, boo
     return losses;
 }
 
+// Neither file comes alone where one of them can't be written. The payload comes last: where it is, a resumed run has
+// nothing left to do.
+void WriteWithSidecar(const std::string& payloadFile, const Buffer& payload, const PictureNotes& notes,
+                      const EncodeOptions& options, const WriteOptions& writeOptions) {
+    const PhaseTimer timer(Phase::Write);
+    const std::string text = SidecarText(notes);
+    PendingFile pendingPayload(payloadFile, writeOptions);
+    PendingFile pendingSidecar(SidecarPath(payloadFile), SidecarWriteOptions(options, writeOptions));
+    pendingPayload.Write(payload.Bytes());
+    pendingSidecar.Write({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+    pendingSidecar.Commit();
+    pendingPayload.Commit();
+}
+
 void EncodeFile(EncoderSession& session, const EncodeOptions& options, const FileIdentities& inputs, const Task& task) {
     const WriteOptions writeOptions = WriteOptionsOf(options.file, inputs);
     CheckEncodeTarget(task.output, writeOptions, options.picture.raw);
+    CheckSidecar(task.output, options, writeOptions);
     Source source = options.picture.raw ? LoadRaw(task.input, options) : LoadPicture(task.input, options);
     source.params.frameLayout = options.frameLayout;
     CompressedParams compressedParams = MakePayloadParams();
@@ -123,16 +162,10 @@ void EncodeFile(EncoderSession& session, const EncodeOptions& options, const Fil
 
     const Buffer payload = session.Encode(source.params, compressedParams, source.samples.Bytes());
     ReportLosses(task.input, Losses(source, payload, options.file.sidecar), options.file);
-    // Neither file comes alone where one of them can't be written.
-    std::optional<PendingFile> sidecar;
     if (options.file.sidecar) {
-        const std::string text = SidecarText(source.notes);
-        sidecar.emplace(SidecarPath(task.output), writeOptions);
-        sidecar->Write({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
-    }
-    WriteFile(task.output, payload.Bytes(), writeOptions);
-    if (sidecar) {
-        sidecar->Commit();
+        WriteWithSidecar(task.output, payload, source.notes, options, writeOptions);
+    } else {
+        WriteFile(task.output, payload.Bytes(), writeOptions);
     }
 }
 

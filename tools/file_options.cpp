@@ -16,7 +16,8 @@ void AddFileOptions(CLI::App& command, FileOptions& options) {
     command.add_flag(
         "--sidecar", options.sidecar,
         "Keep what a payload doesn't hold (timecode, transfer, orientation, the meaning of alpha and more) "
-        "in PAYLOAD.json: an encode writes it, a decode puts back what the picture format holds");
+        "in PAYLOAD.json: an encode writes it, a decode puts back what the picture format holds. An encode without it "
+        "leaves a payload alone that has one");
     const auto setAlphaChange = [&options](AlphaChange change) {
         return [&options, change](int64_t) { options.alphaChange = change; };
     };

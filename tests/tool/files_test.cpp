@@ -222,6 +222,13 @@ TEST_F(Files, SidecarsKeepWhatPayloadsDrop) {
     EXPECT_EQ(Run("$PLENAR encode a.dpx b.plenar --strict"), 1);
     EXPECT_EQ(Run("$PLENAR encode a.dpx b.plenar --strict --sidecar"), 0) << err_;
     EXPECT_EQ(Text("a.plenar"), Text("b.plenar"));
+    EXPECT_EQ(Run("$PLENAR encode a.dpx b.plenar --overwrite"), 1);
+    EXPECT_NE(err_.find("b.plenar.json tells of an earlier payload"), std::string::npos) << err_;
+    EXPECT_EQ(Run("$PLENAR encode a.dpx - --sidecar > /dev/null"), 1);
+    EXPECT_FALSE(fs::exists("-.json"));
+    fs::remove("b.plenar");  // as after a kill between the two
+    EXPECT_EQ(Run("$PLENAR encode a.dpx b.plenar --sidecar"), 1);
+    EXPECT_EQ(Run("$PLENAR encode a.dpx b.plenar --sidecar --resume"), 0) << err_;
     ASSERT_EQ(Run("$PLENAR decode b.plenar b.dpx --strict --sidecar"), 0) << err_;
     const auto back = OIIO::ImageInput::open("b.dpx");
     ASSERT_TRUE(back);
