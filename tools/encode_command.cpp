@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "codec_session.h"
@@ -48,9 +49,10 @@ void CheckSidecar(const std::string& payloadFile, const EncodeOptions& options, 
         return;
     }
     const std::filesystem::path sidecar = SidecarPath(payloadFile);
+    std::error_code ignored;  // a name that is too long for a sidecar has none
     if (options.file.sidecar) {
         CheckTarget(sidecar, SidecarWriteOptions(options, writeOptions));
-    } else if (std::filesystem::exists(std::filesystem::symlink_status(sidecar))) {
+    } else if (std::filesystem::exists(std::filesystem::symlink_status(sidecar, ignored))) {
         throw std::runtime_error("can't write " + payloadFile + ": " + sidecar.string() +
                                  " tells of an earlier payload; --sidecar --overwrite replaces it");
     }

@@ -82,7 +82,11 @@ void CheckTarget(const fs::path& target, const WriteOptions& options) {
     if (options.inputs != nullptr && options.inputs->Contains(target)) {
         FailToWrite(target, "it is an input of this run, and inputs are never replaced");
     }
-    const fs::file_status status = fs::symlink_status(target);
+    std::error_code error;
+    const fs::file_status status = fs::symlink_status(target, error);
+    if (!fs::status_known(status)) {
+        FailToWrite(target, error.message());
+    }
     if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_symlink(status)) {
         FailToWrite(target, "it exists and is not a regular file");
     }

@@ -166,6 +166,8 @@ TEST_F(Files, NothingIsReplacedUnasked) {
         {"decode a.plenar --raw link.plenar", "can't write link.plenar: it exists"},
         {"decode c.plenar link.plenar --raw --overwrite", "it is an input of this run"},
         {"encode a.png other.png --raw --size 2x2 --order RGB --type Uint8 --overwrite", "it is an input of this run"},
+        {"decode a.plenar " + std::string(256, 'n'), "can't write " + std::string(256, 'n') + ": File name too long"},
+        {"encode a.png " + std::string(248, 'n') + ".plenar --sidecar", ".json: File name too long"},
         {"decode a.plenar o.png --max-pixels 23999", "24000 pixels; at most 23999"},
     };
     const std::string picture = Text("a.png");

@@ -35,11 +35,20 @@ auto CopyKernelFor(uint64_t bytesMoved) {
     return bytesMoved > LastLevelCacheBytes() ? kernels.streamCopy : kernels.copy;
 }
 
+RowShape ShapeOf(const UncompressedParams& params, size_t callerBytes, size_t planeBytes, const uint8_t* planeEnd) {
+    return {.kernels = ActiveRowKernels(),
+            .order = FindOrder(params.colorComponentOrder),
+            .sampleBytes = SampleBytes(params.componentType),
+            .width = params.width,
+            .callerBytes = callerBytes,
+            .planeBytes = planeBytes,
+            .planeEnd = planeEnd};
+}
+
 }  // namespace
 
 void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
-    const Order& order = FindOrder(params.colorComponentOrder);
     if (IsCopied(params)) {
         return CopyRows(pool, {.src = args.src,
                                .srcStride = args.srcStride,
@@ -48,13 +57,7 @@ void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
                                .rowLength = args.dstStride,
                                .rows = params.height});
     }
-    const RowShape shape = {.kernels = ActiveRowKernels(),
-                            .order = order,
-                            .sampleBytes = SampleBytes(params.componentType),
-                            .width = params.width,
-                            .callerBytes = args.rowLength,
-                            .planeBytes = args.dstStride,
-                            .planeEnd = nullptr};
+    const RowShape shape = ShapeOf(params, args.rowLength, args.dstStride, nullptr);
     const EncodeConversion conversion = EncodeConversionFor(shape, params.componentType);
     const bool joinsRows = conversion.joinsRows && args.srcStride == args.rowLength;
     RunInBands(pool, params.height, args.rowLength, [&](const Band& band) {
@@ -65,7 +68,6 @@ void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
 
 void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
-    const Order& order = FindOrder(params.colorComponentOrder);
     if (IsCopied(params) && !args.fixedToFloat) {
         return CopyRows(pool, {.src = args.plane,
                                .srcStride = args.planeStride,
@@ -74,13 +76,7 @@ void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
                                .rowLength = args.planeStride,
                                .rows = params.height});
     }
-    const RowShape shape = {.kernels = ActiveRowKernels(),
-                            .order = order,
-                            .sampleBytes = SampleBytes(params.componentType),
-                            .width = params.width,
-                            .callerBytes = args.rowLength,
-                            .planeBytes = args.planeStride,
-                            .planeEnd = args.planeEnd};
+    const RowShape shape = ShapeOf(params, args.rowLength, args.planeStride, args.planeEnd);
     const DecodeConversion conversion =
         args.fixedToFloat ? FixedToFloatConversionFor(shape) : DecodeConversionFor(shape, params.componentType);
     const bool joinsRows = conversion.joinsRows && args.dstStride == args.rowLength;
