@@ -5,11 +5,22 @@
  * nothing but <stdint.h>.
  *
  * Memory. Every buffer belongs to the caller and is used only while the call that names it runs. Encoder and Decoder
- * objects belong to the library: a create call makes them, the destroy call of the same kind releases them.
+ * objects belong to the library: a create call makes them, the destroy call of the same kind releases them. An object
+ * keeps for life the alpha samples' room of the largest frame so far that has coded alpha among its other samples
+ * (orders 3, 4, 7, 8, 11, 12): width x height bytes at Uint8, twice that at Uint16. Nothing else grows with a frame.
  *
  * Threads. An object serves one call at a time; which thread makes the call doesn't matter. Calls on different objects
  * may overlap freely. The two size functions and Plenar_GetVersion may be called at any time from any thread. Worker
  * threads touch the caller's buffers only while a frame call runs.
+ *
+ * Processes. Worker threads are named "plenar-worker", have stacks of 256 KiB, and block all signals but SIGPROF and
+ * those that tell of the thread's own doing (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS).
+ *   - fork: a child may use and destroy the objects that it inherits. They have no workers there, so that frame calls
+ *     do all work on the calling thread. One that another thread was using is still good; a part of its memory is lost.
+ *   - dlclose: only after all objects are destroyed, as their workers run the library's code.
+ *   - pthread_exit from main: destroy the objects first. While one has workers the process goes on, and no thread is
+ *     left that takes a signal like SIGTERM.
+ *   - two copies of the library in one process: each is whole by itself; an object belongs to the copy that made it.
  *
  * Errors. Functions that return a code return one of the PLENAR_RESULT_ values. With PLENAR_RESULT_FAILED the reason
  * goes, as English text, to the object's message callback, once and on the calling thread. The object stays usable. A
@@ -153,7 +164,13 @@ typedef struct CompressedParams {
  */
 typedef void (*PlenarMessageCallback)(const char* message, void* userData);
 
-/* How an object is made. 28 bytes, no padding between fields. Copied by the create call. */
+/*
+ * How an object is made. 28 bytes, no padding between fields. Copied by the create call.
+ *
+ * A numThreads of 0 counts the processors of the machine. A host that may use fewer says how many: by its affinity
+ * sched_getaffinity(0, sizeof set, &set), numThreads = CPU_COUNT(&set); in a container with a quota the first number of
+ * its cpu.max by the second.
+ */
 typedef struct CreateParams {
     uint64_t size;                         /* must be 28 */
     uint32_t numThreads;                   /* worker threads of the object; 0 means one for each logical processor, and
@@ -178,7 +195,14 @@ typedef struct Decoder Decoder;
  *
  * Return PLENAR_RESULT_OK and store the object, or PLENAR_RESULT_NULL_POINTER (encoder or decoder is null), or
  * PLENAR_RESULT_BAD_RECORD_SIZE. Lack of memory or of threads leaves the call as a C++ exception (std::bad_alloc,
- * std::length_error, std::system_error) with nothing left behind; C hosts that must survive it wrap the call in C++.
+ * std::system_error) with nothing left behind. It ends a C host, unless one function in C++ makes the call for it:
+ *
+ *     extern "C" uint32_t TryCreate(const CreateParams* params, Encoder** encoder) {
+ *         try { return Plenar_CreateEncoder(params, encoder); } catch (...) { return PLENAR_RESULT_FAILED; }
+ *     }
+ *
+ * That works as well where the host or the library is linked with -static-libgcc. A library that is linked with
+ * -static-libstdc++ can't throw into its host: the failure ends the process.
  */
 PLENAR_API uint32_t Plenar_CreateEncoder(const CreateParams* params, Encoder** encoder);
 PLENAR_API uint32_t Plenar_CreateDecoder(const CreateParams* params, Decoder** decoder);

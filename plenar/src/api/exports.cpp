@@ -1,28 +1,11 @@
-#include <memory>
-
+#include "api/codec.h"
 #include "api/guard.h"
 #include "container/metadata_checks.h"
 #include "format/picture_layout.h"
-#include "frame/codec_state.h"
 #include "frame/decode_frame.h"
 #include "frame/encode_frame.h"
 #include "frame/plan_frame.h"
 #include "plenar_sdk.h"
-
-namespace plenar {
-namespace {
-
-// Both kinds of object are alike.
-struct Codec {
-    CodecState state;
-    CreateParams createParams;
-
-    explicit Codec(const CreateParams& params)
-        : state{.pool = WorkPool(WorkerCountFor(params.numThreads))}, createParams(params) {}
-};
-
-}  // namespace
-}  // namespace plenar
 
 struct Encoder : plenar::Codec {
     using Codec::Codec;
@@ -78,6 +61,14 @@ void StoreIfWanted(Value* target, Value value) {
     }
 }
 
+// body(state) gives the bytes that were written.
+template <class Body>
+uint32_t FrameCall(StatusWord& status, Codec& codec, uint32_t* bytesWritten, const Body& body) {
+    return Guard(status, codec.Params(), [&] {
+        codec.Call([&](CodecState& state) { StoreIfWanted(bytesWritten, static_cast<uint32_t>(body(state))); });
+    });
+}
+
 }  // namespace
 }  // namespace plenar
 
@@ -108,11 +99,9 @@ uint32_t Plenar_EncodeFrame(Encoder* encoder, const UncompressedParams* params,
     if (HasWrongSize(*params) || HasWrongSize(*compressedParams)) {
         return ResultBadRecordSize;
     }
-    return Guard(encodeFrameStatus, encoder->createParams, [&] {
-        const uint64_t written =
-            EncodeFrameBody(encoder->state, *params, *compressedParams, static_cast<const uint8_t*>(src), srcSize,
-                            static_cast<uint8_t*>(dst), dstSize);
-        StoreIfWanted(bytesWritten, static_cast<uint32_t>(written));
+    return FrameCall(encodeFrameStatus, *encoder, bytesWritten, [&](CodecState& state) {
+        return EncodeFrameBody(state, *params, *compressedParams, static_cast<const uint8_t*>(src), srcSize,
+                               static_cast<uint8_t*>(dst), dstSize);
     });
 }
 
@@ -124,10 +113,9 @@ uint32_t Plenar_DecodeFrame(Decoder* decoder, const UncompressedParams* params, 
     if (HasWrongSize(*params)) {
         return ResultBadRecordSize;
     }
-    return Guard(decodeFrameStatus, decoder->createParams, [&] {
-        const uint64_t written = DecodeFrameBody(decoder->state, *params, static_cast<const uint8_t*>(src), srcSize,
-                                                 static_cast<uint8_t*>(dst), dstSize);
-        StoreIfWanted(bytesWritten, static_cast<uint32_t>(written));
+    return FrameCall(decodeFrameStatus, *decoder, bytesWritten, [&](CodecState& state) {
+        return DecodeFrameBody(state, *params, static_cast<const uint8_t*>(src), srcSize, static_cast<uint8_t*>(dst),
+                               dstSize);
     });
 }
 
@@ -138,7 +126,7 @@ uint32_t Plenar_ReadMetadata(Decoder* decoder, const void* src, uint32_t srcSize
     if (HasWrongSize(*params)) {
         return ResultBadRecordSize;
     }
-    return Guard(readMetadataStatus, decoder->createParams,
+    return Guard(readMetadataStatus, decoder->Params(),
                  [&] { *params = ReadFrameMetadata(static_cast<const uint8_t*>(src), srcSize); });
 }
 

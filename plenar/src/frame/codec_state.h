@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -13,6 +14,7 @@ struct CodecState {
     WorkPool pool;
     std::unique_ptr<uint8_t[]> scratch = nullptr;
     size_t scratchSize = 0;
+    std::atomic<bool> isInCall = false;  // whether a frame call is changing the rest
 };
 
 // At least `size` bytes, uninitialised, valid until the next call. The buffer grows and never shrinks.

@@ -1,7 +1,10 @@
 #include "pool/work_pool.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
+#include <thread>
 
 namespace plenar {
 
@@ -22,52 +25,60 @@ void SpinFor(const Condition& condition) {
 
 }  // namespace
 
+WorkPool::WorkPool() : process_(getpid()) {}
+
 // The delegated constructor makes the pool complete before the first thread starts, so that a thread that fails to
 // start brings the destructor, which stops and joins the others.
 WorkPool::WorkPool(uint32_t workerCount) : WorkPool() {
-    workers_.reserve(workerCount);
     const uint32_t processors = std::thread::hardware_concurrency();
     workersSpin_ = workerCount <= processors;
     // The owner needs a processor to itself, or it would take a worker's.
     ownerSpins_ = workerCount < processors;
-    // Queues come one by one, so that a count beyond what the machine can run costs no more memory than the threads
+    // Workers come one by one, so that a count beyond what the machine can run costs no more memory than the threads
     // that start.
     for (uint32_t i = 0; i < workerCount; ++i) {
-        Queue& queue = queues_.emplace_back();
-        workers_.emplace_back([this, &queue] { Work(queue); });
+        Worker& worker = workers_.emplace_back(*this);
+        worker.thread.Start(ThreadBody, &worker);
     }
 }
 
 WorkPool::~WorkPool() {
-    for (size_t i = 0; i < workers_.size(); ++i) {
-        queues_[i].state = Stopped;
-        queues_[i].state.notify_one();
-        workers_[i].join();
+    if (IsInherited()) {
+        return;
+    }
+    for (Worker& worker : workers_) {
+        worker.state = Stopped;
+        worker.state.notify_one();
+        worker.thread.Join();
     }
 }
 
+bool WorkPool::IsInherited() const {
+    return process_ != getpid();
+}
+
 void WorkPool::DropBatch() {
-    for (Queue& queue : queues_) {
-        queue.jobs.clear();
+    for (Worker& worker : workers_) {
+        worker.jobs.clear();
     }
     nextQueue_ = 0;
     enqueued_ = 0;
 }
 
 void WorkPool::Wait() {
-    const size_t filled = std::min(enqueued_, queues_.size());
+    const size_t filled = std::min(enqueued_, workers_.size());
     nextQueue_ = 0;
     enqueued_ = 0;
     errors_.clear();
     pending_ = static_cast<uint32_t>(filled);
     for (size_t i = 0; i < filled; ++i) {
-        queues_[i].state = Ready;
+        workers_[i].state = Ready;
         if (i != 0) {
-            queues_[i].state.notify_one();
+            workers_[i].state.notify_one();
         }
     }
     for (size_t i = 0; i < filled; ++i) {
-        RunIfReady(queues_[i]);
+        RunIfReady(workers_[i]);
     }
     AwaitFinish();
     if (!errors_.empty()) {
@@ -84,37 +95,43 @@ void WorkPool::AwaitFinish() {
     }
 }
 
-void WorkPool::Work(Queue& queue) {
-    const auto idle = [&queue] { return queue.state == Idle || queue.state == Taken; };
+void* WorkPool::ThreadBody(void* worker) noexcept {
+    auto& self = *static_cast<Worker*>(worker);
+    self.pool.Work(self);
+    return nullptr;
+}
+
+void WorkPool::Work(Worker& worker) {
+    const auto idle = [&worker] { return worker.state == Idle || worker.state == Taken; };
     for (;;) {
         if (workersSpin_) {
             SpinFor([&] { return !idle(); });
         }
-        for (uint32_t state = queue.state; idle(); state = queue.state) {
-            queue.state.wait(state);
+        for (uint32_t state = worker.state; idle(); state = worker.state) {
+            worker.state.wait(state);
         }
-        if (!RunIfReady(queue) && queue.state == Stopped) {
+        if (!RunIfReady(worker) && worker.state == Stopped) {
             return;
         }
     }
 }
 
-// Takes the queue, if it is released and nobody else has taken it, and runs its jobs.
-bool WorkPool::RunIfReady(Queue& queue) {
+// Takes the worker's queue, if it is released and nobody else has taken it, and runs its jobs.
+bool WorkPool::RunIfReady(Worker& worker) {
     uint32_t expected = Ready;
-    if (!queue.state.compare_exchange_strong(expected, Taken)) {
+    if (!worker.state.compare_exchange_strong(expected, Taken)) {
         return false;
     }
-    RunJobs(queue);
-    queue.state = Idle;
+    RunJobs(worker);
+    worker.state = Idle;
     if (--pending_ == 0) {
         pending_.notify_one();
     }
     return true;
 }
 
-void WorkPool::RunJobs(Queue& queue) {
-    for (Job& job : queue.jobs) {
+void WorkPool::RunJobs(Worker& worker) {
+    for (Job& job : worker.jobs) {
         try {
             job();
         } catch (const std::exception&) {
@@ -122,7 +139,7 @@ void WorkPool::RunJobs(Queue& queue) {
             errors_.push_back(std::current_exception());
         }
     }
-    queue.jobs.clear();
+    worker.jobs.clear();
 }
 
 uint32_t WorkerCountFor(uint32_t numThreads) {

@@ -7,9 +7,10 @@
 #include <exception>
 #include <functional>
 #include <mutex>
-#include <thread>
 #include <utility>
 #include <vector>
+
+#include "pool/worker_thread.h"
 
 namespace plenar {
 
@@ -25,8 +26,8 @@ class WorkPool {
 public:
     using Job = std::function<void()>;
 
-    // Starts `workerCount` threads; 0 is legal. Throws std::bad_alloc, std::length_error or std::system_error, with all
-    // threads that had started joined again.
+    // Starts `workerCount` threads; 0 is legal. Throws std::bad_alloc or std::system_error, with all threads that had
+    // started joined again.
     explicit WorkPool(uint32_t workerCount);
     ~WorkPool();
 
@@ -34,6 +35,10 @@ public:
     WorkPool& operator=(const WorkPool&) = delete;
 
     uint32_t WorkerCount() const { return static_cast<uint32_t>(workers_.size()); }
+
+    // Whether a fork has copied the pool into this process, where its workers don't exist. Such a pool may be destroyed
+    // if no batch was being filled or run when it was copied, and can do nothing else.
+    bool IsInherited() const;
 
     // Adds a job to the batch; job i goes to the queue of worker i modulo the worker count. What the job refers to must
     // outlive the batch. When this throws (memory), the batch is dropped: no job of it will run.
@@ -45,24 +50,29 @@ public:
     void Wait();
 
 private:
-    WorkPool() = default;
+    WorkPool();
 
-    // How a queue stands: being filled or empty; released; being run; or its worker is to end.
+    // How a worker's queue stands: being filled or empty; released; being run; or the worker is to end.
     enum QueueState : uint32_t { Idle, Ready, Taken, Stopped };
 
-    struct alignas(64) Queue {  // a cache line each, so that no worker waits on another's
+    struct alignas(64) Worker {  // a cache line each, so that none waits on another's
+        explicit Worker(WorkPool& owner) : pool(owner) {}
+
+        WorkPool& pool;
+        WorkerThread thread;
         std::atomic<uint32_t> state{Idle};
         std::vector<Job> jobs;
     };
 
-    void Work(Queue& queue);
-    bool RunIfReady(Queue& queue);
-    void RunJobs(Queue& queue);
+    static void* ThreadBody(void* worker) noexcept;
+    void Work(Worker& worker);
+    bool RunIfReady(Worker& worker);
+    void RunJobs(Worker& worker);
     void AwaitFinish();
     void DropBatch();
 
-    std::vector<std::thread> workers_;
-    std::deque<Queue> queues_;
+    pid_t process_;
+    std::deque<Worker> workers_;
     size_t nextQueue_ = 0;
     size_t enqueued_ = 0;
     std::atomic<uint32_t> pending_{0};  // queues of the released batch that have not ended
@@ -77,13 +87,13 @@ void WorkPool::Enqueue(Callable&& job) {
     try {
         // Room for every job's failure is made here, so that a worker never has to allocate to report one.
         errors_.reserve(enqueued_ + 1);
-        queues_[nextQueue_].jobs.emplace_back(std::forward<Callable>(job));
+        workers_[nextQueue_].jobs.emplace_back(std::forward<Callable>(job));
     } catch (...) {
         // The jobs refer to locals of the frame that this failure unwinds, so they must not stay behind.
         DropBatch();
         throw;
     }
-    nextQueue_ = (nextQueue_ + 1) % queues_.size();
+    nextQueue_ = (nextQueue_ + 1) % workers_.size();
     ++enqueued_;
 }
 

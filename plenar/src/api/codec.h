@@ -1,0 +1,70 @@
+// What encoders and decoders are: both kinds are alike.
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "frame/codec_state.h"
+#include "plenar_sdk.h"
+
+namespace plenar {
+
+// A fork may copy an object into another process, without its threads, and in the middle of a call of another thread.
+class Codec {
+public:
+    explicit Codec(const CreateParams& params)
+        : state_(MakeState(WorkerCountFor(params.numThreads))), params_(params) {}
+    ~Codec() { DropState(); }
+
+    Codec(const Codec&) = delete;
+    Codec& operator=(const Codec&) = delete;
+
+    const CreateParams& Params() const { return params_; }
+
+    // Runs a frame call's body(state).
+    template <class Body>
+    void Call(const Body& body) {
+        if (IsInherited()) {
+            auto withoutWorkers = MakeState(0);
+            DropState();
+            state_ = std::move(withoutWorkers);
+        }
+        const CallMark mark(state_->isInCall);
+        body(*state_);
+    }
+
+private:
+    class CallMark {
+    public:
+        explicit CallMark(std::atomic<bool>& isInCall) : isInCall_(isInCall) { isInCall_ = true; }
+        ~CallMark() { isInCall_.store(false, std::memory_order_release); }
+
+        CallMark(const CallMark&) = delete;
+        CallMark& operator=(const CallMark&) = delete;
+
+    private:
+        std::atomic<bool>& isInCall_;
+    };
+
+    static std::unique_ptr<CodecState> MakeState(uint32_t workers) {
+        return std::unique_ptr<CodecState>(new CodecState{.pool = WorkPool(workers)});
+    }
+
+    // Asks the system only where it matters: a state without workers that nobody is changing is good in any process.
+    bool IsInherited() const {
+        return (state_->pool.WorkerCount() != 0 || state_->isInCall) && state_->pool.IsInherited();
+    }
+
+    // What a fork found being changed stays as it is, memory and all: nobody here will finish the change.
+    void DropState() {
+        if (state_->isInCall && state_->pool.IsInherited()) {
+            static_cast<void>(state_.release());
+        }
+        state_.reset();
+    }
+
+    std::unique_ptr<CodecState> state_;
+    CreateParams params_;
+};
+
+}  // namespace plenar
