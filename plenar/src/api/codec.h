@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <memory>
+#include <utility>
 
 #include "frame/codec_state.h"
 #include "plenar_sdk.h"
@@ -13,7 +14,7 @@ namespace plenar {
 class Codec {
 public:
     explicit Codec(const CreateParams& params)
-        : state_(MakeState(WorkerCountFor(params.numThreads))), params_(params) {}
+        : state_(std::make_unique<CodecState>(WorkerCountFor(params.numThreads))), params_(params) {}
     ~Codec() { DropState(); }
 
     Codec(const Codec&) = delete;
@@ -25,7 +26,7 @@ public:
     template <class Body>
     void Call(const Body& body) {
         if (IsInherited()) {
-            auto withoutWorkers = MakeState(0);
+            auto withoutWorkers = std::make_unique<CodecState>(0);
             DropState();
             state_ = std::move(withoutWorkers);
         }
@@ -45,10 +46,6 @@ private:
     private:
         std::atomic<bool>& isInCall_;
     };
-
-    static std::unique_ptr<CodecState> MakeState(uint32_t workers) {
-        return std::unique_ptr<CodecState>(new CodecState{.pool = WorkPool(workers)});
-    }
 
     // Asks the system only where it matters: a state without workers that nobody is changing is good in any process.
     bool IsInherited() const {

@@ -11,6 +11,8 @@ namespace plenar {
 
 // What an encoder or a decoder keeps from frame to frame: its threads and one temporary buffer.
 struct CodecState {
+    explicit CodecState(uint32_t workers) : pool(workers) {}
+
     WorkPool pool;
     std::unique_ptr<uint8_t[]> scratch = nullptr;
     size_t scratchSize = 0;
