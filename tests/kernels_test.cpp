@@ -1,6 +1,9 @@
 // Every kernel of every target against its plain twin. A failure names kernel, target, order, sample size and length.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
+#include <cstring>
 #include <set>
 
 #include "testing/band_kernel_cases.h"
@@ -96,6 +99,47 @@ TEST_P(BandKernel, DoesWhatItsPlainTwinDoes) {
 
 INSTANTIATE_TEST_SUITE_P(Kernels, BandKernel, ::testing::ValuesIn(BandKernelCases()),
                          [](const auto& test) { return test.param.kernel; });
+
+// How far a target's decoders get by themselves in what an encoder wrote: alone up to the last window, and as a pair
+// side by side, up to where one of them lacks the room for a few whole vectors.
+template <class Sample>
+void CheckProgress(const plenar::RleBandKernels& kernels) {
+    constexpr uint32_t kSamples = 4096;
+    const Bytes plain = Noise(kSamples * sizeof(Sample), 1);
+    const plenar::RleParams params = {kSamples, 1, 8 * sizeof(Sample), 1, 0};
+    Bytes coded(plenar::RleMaxStreamSize(params, kSamples));
+    coded.resize(kernels.encode_band(params, plain.data(), coded.data()));
+    Bytes decoded(3 * plain.size());
+    const auto start = [&](size_t place) {
+        return plenar::RleStartBand<Sample>(coded.data(), coded.size(), &decoded[place * plain.size()], kSamples);
+    };
+    plenar::RleDecodeState alone = start(0), first = start(1), second = start(2);
+    kernels.decode_tokens(alone);
+    EXPECT_GT(alone.position / 8 + plenar::kRleDecodeWindow, coded.size());
+    EXPECT_LT(kernels.decode_tokens_of_two(first, second).remaining, 80U);
+    EXPECT_LT(std::max(first.remaining, second.remaining), 90U);
+}
+
+TEST(VectorKernels, AreTheTargetsOwnAndLeaveNoOrdinaryToken) {
+    using Functions = std::array<void*, sizeof(plenar::RowKernels) / sizeof(void*)>;
+    const auto targets = plenar::RunnableTargets();
+    for (size_t i = 1; i < targets.size(); ++i) {
+        SCOPED_TRACE(NameOf(targets[i]));
+        CheckProgress<uint8_t>(plenar::RleKernelsFor(targets[i]).of_8_bits);
+        CheckProgress<uint16_t>(plenar::RleKernelsFor(targets[i]).of_16_bits);
+        const auto narrower = std::bit_cast<Functions>(plenar::RowKernelsFor(targets[i - 1]));
+        const auto own = std::bit_cast<Functions>(plenar::RowKernelsFor(targets[i]));
+        for (size_t kernel = 0; kernel < own.size(); ++kernel) {
+            EXPECT_NE(own.at(kernel), narrower.at(kernel)) << "row kernel " << kernel;
+        }
+        for (const BandKernelCase& kernelCase : BandKernelCases()) {
+            plenar::RleBandKernels kernels = BandKernelsFor(targets[i - 1], kernelCase.depth);
+            kernelCase.take(kernels, BandKernelsFor(targets[i], kernelCase.depth));
+            EXPECT_NE(std::memcmp(&kernels, &BandKernelsFor(targets[i - 1], kernelCase.depth), sizeof kernels), 0)
+                << kernelCase.kernel;
+        }
+    }
+}
 
 }  // namespace
 }  // namespace plenar_test

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <random>
 
+#include "rle/band_decoder.h"
 #include "table.h"
 #include "testing/coded_planes.h"
 #include "testing/message_of.h"
@@ -11,6 +12,21 @@
 #include "testing/targets.h"
 
 namespace plenar_test {
+namespace {
+
+uint32_t pairs = 0;
+
+}  // namespace
+
+// The linker has calls of RleDecodeTwoBands end up in the first of these, and calls of the second at the real one.
+void CountPair(plenar::RleBandJob& first, plenar::RleBandJob& second) asm("__wrap_" PLENAR_DECODE_TWO_BANDS);
+void DecodePair(plenar::RleBandJob& first, plenar::RleBandJob& second) asm("__real_" PLENAR_DECODE_TWO_BANDS);
+
+void CountPair(plenar::RleBandJob& first, plenar::RleBandJob& second) {
+    ++pairs;
+    DecodePair(first, second);
+}
+
 namespace {
 
 using plenar::RleParams;
@@ -73,6 +89,25 @@ TEST(PlaneCodec, LongRunsStandAmongShortOnes) {
             EXPECT_EQ(EncodePlane(params, plain), coded) << target;
             EXPECT_EQ(DecodePlane(params, coded, Bytes(plain.size())), plain) << target;
         });
+    }
+}
+
+// What decides: samples in a band, bands for each worker, and how short the runs are.
+TEST(PlaneCodec, BusyBandsAreDecodedInPairs) {
+    const struct {
+        RleParams params;
+        uint32_t flatRows;
+        uint32_t workers;
+        uint32_t pairs;
+    } cases[] = {{{1024, 4, 8, 4, 0}, 0, 0, 2}, {{1023, 4, 8, 4, 0}, 0, 0, 0}, {{1024, 5, 8, 5, 0}, 0, 2, 2},
+                 {{1024, 4, 8, 4, 0}, 0, 2, 2}, {{1024, 5, 8, 5, 0}, 0, 3, 0}, {{1024, 1, 8, 1, 0}, 0, 0, 0},
+                 {{64, 64, 16, 4, 0}, 0, 0, 2}, {{64, 64, 8, 4, 0}, 60, 0, 2}, {{64, 64, 8, 4, 0}, 61, 0, 0}};
+    for (const auto& [params, flatRows, workers, expected] : cases) {
+        Bytes plain = Noise(plenar::RlePlainSize(params), 1);
+        std::fill_n(plain.begin(), flatRows * params.width, uint8_t{7});
+        pairs = 0;
+        EXPECT_EQ(DecodePlane(params, EncodePlane(params, plain), Bytes(plain.size()), workers), plain);
+        EXPECT_EQ(pairs, expected) << params.width << " x " << params.height << ", " << workers << " workers";
     }
 }
 
