@@ -87,6 +87,11 @@ Bytes Run(const RleBandKernels& kernels, const Band& band, const Band& other, ui
 
 }  // namespace
 
+const RleBandKernels& BandKernelsFor(plenar::Target target, uint32_t depth) {
+    const plenar::RleKernels& kernels = plenar::RleKernelsFor(target);
+    return depth == 8 ? kernels.of_8_bits : kernels.of_16_bits;
+}
+
 const std::vector<BandKernelCase>& BandKernelCases() {
     static const std::vector<BandKernelCase> kCases = {
         {"encode_band8", 8, Take<&RleBandKernels::encode_band>},
@@ -103,18 +108,14 @@ const std::vector<BandKernelCase>& BandKernelCases() {
 
 std::string BandKernelFailure(const BandKernelCase& kernelCase, const Band& band, const Band& other, uint32_t place) {
     const auto run = kernelCase.depth == 8 ? Run<uint8_t> : Run<uint16_t>;
-    const auto kernelsFor = [&](plenar::Target target) {
-        const plenar::RleKernels& kernels = plenar::RleKernelsFor(target);
-        return kernelCase.depth == 8 ? kernels.of_8_bits : kernels.of_16_bits;
-    };
     Bytes expected;
     for (const plenar::Target target : plenar::RunnableTargets()) {
         static char what[128];
         std::snprintf(what, sizeof what, "%s of %s, %u x %u samples, place %u: ", kernelCase.kernel, NameOf(target),
                       band.width, band.height, place);
         NoteForFaults(what);
-        RleBandKernels kernels = kernelsFor(plenar::Target::Plain);
-        kernelCase.take(kernels, kernelsFor(target));
+        RleBandKernels kernels = BandKernelsFor(plenar::Target::Plain, kernelCase.depth);
+        kernelCase.take(kernels, BandKernelsFor(target, kernelCase.depth));
         const Bytes result = run(kernels, band, other, place);
         expected = target == plenar::Target::Plain ? result : expected;
         if (result != expected) {

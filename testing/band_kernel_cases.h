@@ -22,6 +22,9 @@ inline std::ostream& operator<<(std::ostream& stream, const BandKernelCase& kern
 
 const std::vector<BandKernelCase>& BandKernelCases();
 
+// A target's kernels for samples of 8 or 16 bits.
+const plenar::RleBandKernels& BandKernelsFor(plenar::Target target, uint32_t depth);
+
 // A band's stream, sound or not, and the samples that an encoder is to code.
 struct Band {
     Bytes stream;

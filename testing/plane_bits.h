@@ -64,11 +64,11 @@ public:
         Value(value, width, shortForm);
     }
 
-    // One group for each entry, in raw form.
+    // One group for each entry, in raw form. Differences wrap at 32 bits.
     void List(const std::vector<uint32_t>& entries) {
-        int64_t running = 0x7FFFFF;
+        uint32_t running = 0x7FFFFF;
         for (const uint32_t entry : entries) {
-            const int64_t delta = entry - running;
+            const int64_t delta = static_cast<int32_t>(entry - running);
             Bits(1, 1);
             Value(static_cast<uint32_t>(delta < 0 ? -2 * delta - 1 : 2 * delta), 24, false);
             running = entry;

@@ -79,6 +79,8 @@ TEST(DamagedPlane, EachKindHasItsMessageInEveryForm) {
         {"group of more than 32 bits", kGroupPastList, Groups(255, {(uint64_t{1} << 32) + 1})},
         {"third band starts past the end", kBandStart, PlaneOf({3, 4, 0}, {5, 5, 0}, {half, half})},
         {"second band starts past the end", kBandStart, PlaneOf({0xFFFFFF, 3}, {5, 5}, {half, half})},
+        {"a last size of nothing before most of the plane", "", PlaneOf({0, 0}, {0, 10}, {ManyEmptyRuns(200)})},
+        {"2^32 rows too many", kRowSum, PlaneOf({3, 3}, {~0U, 11}, {half, half})},
         {"a row too few", kRowSum, PlaneOf({3, 3}, {5, 4}, {half, half})},
         {"a row too many", kRowSum, PlaneOf({3, 3}, {5, 6}, {half, half})},
         {"many rows too many", kRowSum, PlaneOf({3, 3}, {5, 16000000}, {half, half})},

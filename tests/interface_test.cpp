@@ -49,6 +49,11 @@ TEST(Objects, OwnAsManyThreadsAsAskedFor) {
         }
         EXPECT_EQ(ThreadCount(), before);
     }
+    const ptrdiff_t before = ThreadCount();
+    Encoder* withoutParams = nullptr;
+    EXPECT_EQ(Plenar_CreateEncoder(nullptr, &withoutParams), 0U);
+    EXPECT_EQ(ThreadCount() - before, processors == 1 ? 0 : processors);
+    Plenar_DestroyEncoder(withoutParams);
     done.set_value();
     first.join();
 }

@@ -1,11 +1,15 @@
 // Every kernel of every target against its plain twin. A failure names kernel, target, order, sample size and length.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
+#include <cstring>
 #include <set>
 
 #include "testing/band_kernel_cases.h"
 #include "testing/exact_buffer.h"
 #include "testing/fuzz_input.h"
+#include "testing/plane_bits.h"
 #include "testing/row_kernel_cases.h"
 #include "testing/token_stream.h"
 
@@ -96,6 +100,49 @@ TEST_P(BandKernel, DoesWhatItsPlainTwinDoes) {
 
 INSTANTIATE_TEST_SUITE_P(Kernels, BandKernel, ::testing::ValuesIn(BandKernelCases()),
                          [](const auto& test) { return test.param.kernel; });
+
+// How far a target's decoders get by themselves in short tokens, alone and as a pair: up to the last window of the
+// stream, and all but the first one by as many as a window holds.
+template <class Sample>
+void CheckProgress(const plenar::RleBandKernels& kernels) {
+    constexpr uint32_t kTokens = 4096;
+    constexpr uint32_t kOfWindow = sizeof(Sample) == 1 ? 4 : 2;
+    PlaneBits bits;
+    for (uint32_t i = 0; i < kTokens; ++i) {
+        bits.Token(0, 1, 2, 8 * sizeof(Sample), true);
+    }
+    const Bytes& stream = bits.Get();
+    Bytes samples(2 * kTokens * sizeof(Sample));
+    const auto start = plenar::RleStartBand<Sample>(stream.data(), stream.size(), samples.data(), 2 * kTokens);
+    plenar::RleDecodeState alone = start, first = start, second = start;
+    kernels.decode_tokens(alone);
+    kernels.decode_tokens_of_two(first, second);
+    for (const plenar::RleDecodeState& state : {alone, first, second}) {
+        EXPECT_GT(state.position / 8 + plenar::kRleDecodeWindow, stream.size());
+        EXPECT_EQ((2 * kTokens - state.remaining) % kOfWindow, 1U);
+    }
+}
+
+TEST(VectorKernels, AreTheTargetsOwnAndLeaveNoOrdinaryToken) {
+    using Functions = std::array<void*, sizeof(plenar::RowKernels) / sizeof(void*)>;
+    const auto targets = plenar::RunnableTargets();
+    for (size_t i = 1; i < targets.size(); ++i) {
+        SCOPED_TRACE(NameOf(targets[i]));
+        CheckProgress<uint8_t>(plenar::RleKernelsFor(targets[i]).of_8_bits);
+        CheckProgress<uint16_t>(plenar::RleKernelsFor(targets[i]).of_16_bits);
+        const auto narrower = std::bit_cast<Functions>(plenar::RowKernelsFor(targets[i - 1]));
+        const auto own = std::bit_cast<Functions>(plenar::RowKernelsFor(targets[i]));
+        for (size_t kernel = 0; kernel < own.size(); ++kernel) {
+            EXPECT_NE(own.at(kernel), narrower.at(kernel)) << "row kernel " << kernel;
+        }
+        for (const BandKernelCase& kernelCase : BandKernelCases()) {
+            plenar::RleBandKernels kernels = BandKernelsFor(targets[i - 1], kernelCase.depth);
+            kernelCase.take(kernels, BandKernelsFor(targets[i], kernelCase.depth));
+            EXPECT_NE(std::memcmp(&kernels, &BandKernelsFor(targets[i - 1], kernelCase.depth), sizeof kernels), 0)
+                << kernelCase.kernel;
+        }
+    }
+}
 
 }  // namespace
 }  // namespace plenar_test

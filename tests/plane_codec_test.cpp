@@ -1,9 +1,12 @@
 // Encoding and decoding of whole planes: exact bytes, sizes and limits, and planes that no encoder of ours writes.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <random>
 
+#include "base/bytes.h"
+#include "rle/rle_kernels.h"
 #include "table.h"
 #include "testing/coded_planes.h"
 #include "testing/message_of.h"
@@ -11,6 +14,36 @@
 #include "testing/targets.h"
 
 namespace plenar_test {
+namespace {
+
+using plenar::RleBandKernels;
+using plenar::RleDecodeState;
+
+std::atomic<uint32_t> pairs = 0;
+
+}  // namespace
+
+// The linker has calls of RleActiveKernels end up in the first of these, and calls of the second at the real one.
+const RleBandKernels& CountingKernels(uint32_t bitdepth) asm("__wrap_" PLENAR_ACTIVE_KERNELS);
+const RleBandKernels& RealKernels(uint32_t bitdepth) asm("__real_" PLENAR_ACTIVE_KERNELS);
+
+namespace {
+
+template <uint32_t Bitdepth>
+RleDecodeState& CountPair(RleDecodeState& first, RleDecodeState& second) {
+    pairs += first.position == 0 ? 1 : 0;
+    return RealKernels(Bitdepth).decode_tokens_of_two(first, second);
+}
+
+}  // namespace
+
+const RleBandKernels& CountingKernels(uint32_t bitdepth) {
+    thread_local RleBandKernels kernels;
+    kernels = RealKernels(bitdepth);
+    kernels.decode_tokens_of_two = bitdepth == 8 ? CountPair<8> : CountPair<16>;
+    return kernels;
+}
+
 namespace {
 
 using plenar::RleParams;
@@ -73,6 +106,44 @@ TEST(PlaneCodec, LongRunsStandAmongShortOnes) {
             EXPECT_EQ(EncodePlane(params, plain), coded) << target;
             EXPECT_EQ(DecodePlane(params, coded, Bytes(plain.size())), plain) << target;
         });
+    }
+}
+
+// The longest tokens that can be read at once, and longer ones, behind any number of bits of a byte.
+TEST(PlaneCodec, LongTokensBeginAtAnyBit) {
+    for (const uint32_t run : {1U << 19, 1U << 20}) {
+        for (uint32_t shift = 0; shift < 8; ++shift) {
+            PlaneBits bits;
+            for (uint32_t i = 0; i < shift; ++i) {
+                bits.Token(0, 1, 2, 16, false);
+            }
+            bits.Token(0, run, 0xFFFF, 16, false);
+            const Bytes plane = PlaneOf({0}, {1}, {bits.Get(), Bytes(30)});
+            OnEachTarget([&](const char* target) {
+                const Bytes samples = DecodePlane({shift + run, 1, 16, 1, 0}, plane, Bytes(2 * (shift + run)));
+                EXPECT_EQ(plenar::LoadAs<uint16_t>(&samples[2 * shift]), static_cast<uint16_t>(shift - 1))
+                    << target << ", " << shift << " tokens in front";
+            });
+        }
+    }
+}
+
+// What decides: samples in a band, bands for each worker, and how short the runs are.
+TEST(PlaneCodec, BusyBandsAreDecodedInPairs) {
+    const struct {
+        RleParams params;
+        uint32_t flatRows;
+        uint32_t workers;
+        uint32_t pairs;
+    } cases[] = {{{1024, 4, 8, 4, 0}, 0, 0, 2}, {{1023, 4, 8, 4, 0}, 0, 0, 0}, {{1024, 5, 8, 5, 0}, 0, 2, 2},
+                 {{1024, 4, 8, 4, 0}, 0, 2, 2}, {{1024, 5, 8, 5, 0}, 0, 3, 0}, {{1024, 1, 8, 1, 0}, 0, 0, 0},
+                 {{64, 64, 16, 4, 0}, 0, 0, 2}, {{64, 64, 8, 4, 0}, 60, 0, 2}, {{64, 64, 8, 4, 0}, 61, 0, 0}};
+    for (const auto& [params, flatRows, workers, expected] : cases) {
+        Bytes plain = Noise(plenar::RlePlainSize(params), 1);
+        std::fill_n(plain.begin(), flatRows * params.width, uint8_t{7});
+        pairs = 0;
+        EXPECT_EQ(DecodePlane(params, EncodePlane(params, plain), Bytes(plain.size()), workers), plain);
+        EXPECT_EQ(pairs, expected) << params.width << " x " << params.height << ", " << workers << " workers";
     }
 }
 

@@ -16,6 +16,7 @@
 namespace plenar {
 namespace {
 
+using plenar_test::allocations;
 using plenar_test::AllocationWatch;
 using plenar_test::MessageOf;
 using plenar_test::threadStarts;
@@ -85,6 +86,32 @@ TEST_P(WorkPoolTest, AFailureReachesWaitOnceAndStopsNoOtherJob) {
         pool.Enqueue([&ran] { ++ran; });
         EXPECT_EQ(FailureOf(pool), "");
     }
+}
+
+// Two jobs of the same queue, which one thread runs in order.
+TEST_P(WorkPoolTest, TheEarliestFailureIsTheOneTold) {
+    WorkPool pool(GetParam());
+    for (uint32_t i = 0; i <= GetParam(); ++i) {
+        pool.Enqueue([&, i] {
+            if (i % GetParam() == 0) {
+                throw std::runtime_error(i == 0 ? "earlier" : "later");
+            }
+        });
+    }
+    EXPECT_EQ(FailureOf(pool), "earlier");
+}
+
+TEST_P(WorkPoolTest, ABatchThatLacksMemoryIsDroppedAndTheNextOneRuns) {
+    WorkPool pool(GetParam());
+    std::atomic<uint32_t> ran{0};
+    const auto job = [&ran] { ++ran; };
+    pool.Enqueue(job);
+    allocations.Arm(1);
+    EXPECT_EQ(MessageOf([&] { pool.Enqueue(job); }), "std::bad_alloc");
+    allocations.Disarm();
+    pool.Enqueue(job);
+    EXPECT_EQ(FailureOf(pool), "");
+    EXPECT_EQ(ran, 1U);
 }
 
 TEST_P(WorkPoolTest, IsDestroyedWhateverItsLastBatchWas) {

@@ -89,6 +89,8 @@ TEST_F(Batch, WrongOptionsSayWhatWouldDo) {
         {"encode a b --raw --size 2x2 --order p010le", "--order p010le: this format keeps Cb and Cr together"},
         {"encode a b --raw --size 2x2 --order v210 --type Uint8", "--order v210 means CbYCrY with Packed10"},
         {"encode a b --raw --size 2x2 --order RGB", "--raw requires --type"},
+        {"encode a b --raw --size 26x10x --order UYVY", "--size: WIDTHxHEIGHT expected"},
+        {"encode a b --alpha-rle --alpha-bands 256", "--alpha-bands: Value 256 not in range"},
         {"encode a b --type float", "--type float: no type has this name (did you mean Float32?); give Uint8, "},
         {"encode a b --threads 1000000", "--threads: Value 1000000 not in range"},
         {"encode in out.plenar"s + kRaw, "both in/s.0001.yuv and in/s.0002.yuv would be written to out.plenar"},

@@ -8,6 +8,8 @@
 
 #include "payload_view.h"
 #include "table.h"
+#include "testing/payload_builder.h"
+#include "testing/plane_bits.h"
 #include "tool_run.h"
 
 namespace {
@@ -146,6 +148,8 @@ TEST_F(Tool, FailuresNameTheFileAndLeaveTheOutputAlone) {
     SavePicture("rgb.png", {TypeDesc::UINT8, 8, 3});
     SavePicture("rgba.png", kRgba8);
     SavePicture("half.exr", {TypeDesc::HALF, 16, 3});
+    SavePicture("words.dpx", {TypeDesc::UINT16, 12, 3});
+    fs::create_directories("folder/rgb.plenar");
     Save("p.raw", Noise(520));
     ASSERT_EQ(RunPlenar("encode p.raw yuv.plenar --raw --size 26x10 --order CbYCrY --type Uint8"), 0) << err_;
     ASSERT_EQ(RunPlenar("encode half.exr half.plenar"), 0) << err_;
@@ -204,6 +208,12 @@ TEST_F(Tool, InfoShowsPlanesAndBands) {
     EXPECT_EQ(rows, (std::vector<int>{3, 3, 2, 2}));
     EXPECT_EQ(end, fs::file_size("p.plenar"));
 
+    ASSERT_EQ(RunPlenar("info p.plenar"), 0);
+    const auto last = alpha.at("bands").at(3).at("bytes").get<uint64_t>();
+    EXPECT_NE(out_.find("    2 rows from row 8: " + std::to_string(last) + " bytes at " + std::to_string(end - last)),
+              std::string::npos)
+        << out_;
+
     std::string odd = Text("p.plenar");
     odd[32] = '\xFF';  // the first letter of the first plane's code
     Save("odd.plenar", odd);
@@ -218,6 +228,25 @@ TEST_F(Tool, FormatsListsEveryPair) {
     EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 108);  // a head, 106 pairs, their number
     EXPECT_NE(out_.find("YCbCrA420Planar  Uint8      \" y08\", \"cb08\", \"cr08\", \" a08\"\n"), std::string::npos);
     EXPECT_NE(out_.find("CbYCrY           Packed10   \"y210\"\n"), std::string::npos);
+}
+
+TEST_F(Tool, ViewGoesOnBehindWhatItSkips) {
+    const Plane planes[] = {{" y2f", 1, 1, 0, Bytes(8)}, {" rgh", 1, 1, 0, Bytes(6)}, {"rg12", 1, 1, 0, Bytes(5)}};
+    const auto view = plenar_tool::ViewPayload(
+        Pack({Box("junk", Bytes(5)), Icmp(planes[0], Bytes(3)), Box("junk", {}, 0), Icmp(planes[1]), Icmp(planes[2])}));
+    std::vector<std::pair<uint64_t, uint32_t>> found;
+    for (const auto& plane : view.planes) {
+        found.emplace_back(plane.offset, plane.info.depth);
+    }
+    EXPECT_EQ(found, (std::vector<std::pair<uint64_t, uint32_t>>{{58, 32}, {114, 16}, {157, 12}}));
+    EXPECT_EQ(view.remarks.size(), 3U);
+}
+
+TEST_F(Tool, ViewTakesTheLongestBandTable) {
+    const std::vector<uint32_t> entries(255, 1);
+    const auto table = plenar_tool::ReadBandTable(PlaneOf(entries, entries, {Bytes(255)}), 255);
+    EXPECT_EQ(table.problem, "");
+    EXPECT_EQ(table.tableBytes, 1659U);
 }
 
 // Exactly sized buffers, so that a sanitizer sees any read outside.
