@@ -11,7 +11,7 @@ namespace plenar_test {
 namespace {
 
 TEST(Scratch, IsAsLargeAsAskedForAlsoBehindAFailure) {
-    plenar::CodecState state{.pool = plenar::WorkPool(0)};
+    plenar::CodecState state(0);
     for (const size_t size : {100U, 50U, 200U}) {
         allocations.Arm(size == 200 ? 1 : 0);
         const bool lacksMemory = MessageOf([&] { std::fill_n(plenar::Scratch(state, size), size, uint8_t{1}); }) != "";
