@@ -1,19 +1,31 @@
 // Many calls on one encoder and one decoder, most of them wrong in one way or another. A good frame has to come out
 // after each as it did at first.
+#include <cinttypes>
+#include <cstdio>
+
 #include "ways.h"
 
 namespace plenar_fuzz {
 namespace {
 
+// Told at the end, as an input is one execution whatever the number of its calls.
+struct CallCount {
+    uint64_t calls = 0;
+    ~CallCount() { std::fprintf(stderr, "library_calls: %" PRIu64 "\n", calls); }
+};
+CallCount count;
+
 class Sequence {
 public:
-    explicit Sequence(uint32_t threads) : encoder_(threads), decoder_(threads), payload_(Good()) {}
+    Sequence(uint32_t threads, uint32_t rarity)
+        : encoder_(threads), decoder_(threads), rarity_(rarity), payload_(Good()) {}
 
     void Step(FuzzInput& input) {
         const uint32_t kind = input.Byte() % 3;
+        count.calls += kind == 0 ? 4 : 3;
         UncompressedParams other = TakePicture(input);
         TakeStrides(input, other);
-        const uint32_t pictureBytes = RoomFor(Plenar_GetUncompressedBufSize(&other), input.Byte() % 4 == 3);
+        const uint32_t pictureBytes = RoomFor(Plenar_GetUncompressedBufSize(&other), input.Byte() % 4 == 3, rarity_);
         if (kind == 0) {
             Bytes damaged = payload_;
             damaged[input.Word() % damaged.size()] ^= input.Byte();
@@ -22,12 +34,13 @@ public:
             Decode(decoder_, params_, damaged, Bytes(picture_.size()));
         } else if (kind == 1) {
             const CompressedParams options = TakeOptions(input);
-            const uint32_t room = RoomFor(Plenar_GetCompressedBufSize(&other, &options), input.Byte() % 4 == 3);
+            const uint32_t room =
+                RoomFor(Plenar_GetCompressedBufSize(&other, &options), input.Byte() % 4 == 3, rarity_);
             Encode(encoder_, other, Noise(pictureBytes, 2), options, Bytes(room), kGuardedPlaces);
         } else {
             UncompressedParams held = other;
             held.width %= 64;
-            held.height %= 64;
+            held.height %= 8;
             Decode(decoder_, other, PayloadOf(NoisePlanes(held, 3)), Bytes(pictureBytes));
         }
         Require(Good() == payload_, "a good frame gives the bytes that it gave at first");
@@ -40,6 +53,7 @@ private:
 
     TestEncoder encoder_;
     TestDecoder decoder_;
+    const uint32_t rarity_;
     const UncompressedParams params_ = MakeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 13, 9);
     const Bytes picture_ = Noise(PictureSize(params_), 1);
     const Bytes payload_;
@@ -52,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace plenar_fuzz;
     FuzzInput input(data, size);
     const uint8_t threads = input.Byte();
-    Sequence sequence(threads < 0xE0 ? 1 : threads % 4);
+    Sequence sequence(threads < 0xFC ? 1 : threads % 4, Rarity(data, size));
     for (int calls = 0; calls < 40 && input.HasMore(); ++calls) {
         sequence.Step(input);
     }

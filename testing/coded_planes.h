@@ -19,22 +19,31 @@ inline Bytes Padded(const plenar::RleParams& params, const Bytes& plain, uint64_
     return rows;
 }
 
-inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
+inline Bytes EncodePlane(plenar::WorkPool& pool, const plenar::RleParams& params, const Bytes& plain) {
     const ExactBuffer src(plain);
     Bytes coded(plenar::RleMaxCodedSize(params));
-    plenar::WorkPool pool(workers);
     coded.resize(plenar::RleEncodePlane(pool, params, src.data(), plain.size(), coded.data(), coded.size()));
     return coded;
 }
 
 // Decodes over `before`, whose size is the target's.
-inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, const Bytes& before,
-                         uint32_t workers = 0) {
+inline Bytes DecodePlane(plenar::WorkPool& pool, const plenar::RleParams& params, const Bytes& coded,
+                         const Bytes& before) {
     const ExactBuffer src(coded);
     const ExactBuffer dst(before);
-    plenar::WorkPool pool(workers);
     plenar::RleDecodePlane(pool, params, src.data(), coded.size(), dst.data(), before.size());
     return dst.Content();
+}
+
+inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
+    plenar::WorkPool pool(workers);
+    return EncodePlane(pool, params, plain);
+}
+
+inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, const Bytes& before,
+                         uint32_t workers = 0) {
+    plenar::WorkPool pool(workers);
+    return DecodePlane(pool, params, coded, before);
 }
 
 }  // namespace plenar_test
