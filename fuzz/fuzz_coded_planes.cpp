@@ -17,16 +17,11 @@ using namespace plenar_test;
 namespace {
 
 using plenar::RleParams;
-using plenar::WorkPool;
 
 // The samples of a plane, by the input's rarity: as a rule all the ways in which runs can end, then bands that are
 // decoded in pairs, and most seldom runs that are written by loops of their own.
-constexpr uint64_t kUsualSamples = 320;
-constexpr uint64_t kManySamples = 1U << 12;
-constexpr uint64_t kMostSamples = 1U << 17;
-
-uint64_t SamplesFor(uint32_t rarity) {
-    return rarity < 6 ? kUsualSamples : rarity < 10 ? kManySamples : kMostSamples;
+uint32_t SamplesFor(uint32_t rarity) {
+    return rarity < 6 ? 320 : rarity < 10 ? 1U << 12 : 1U << 17;
 }
 
 struct CodedPlane {
@@ -45,9 +40,9 @@ struct CodedPlane {
 };
 
 // Of no more samples than `most`; `surplus` is what the tokens of each band have beyond its samples.
-CodedPlane TakePlane(FuzzInput& input, uint64_t most, int64_t surplus) {
+CodedPlane TakePlane(FuzzInput& input, uint32_t most, int64_t surplus) {
     const uint32_t depth = input.Flag() ? 16 : 8;
-    const uint32_t width = 1 + input.Number(240) % static_cast<uint32_t>(std::min(most, kManySamples));
+    const uint32_t width = 1 + input.Number(240) % std::min(most, 4096U);
     CodedPlane plane = {{width, 0, depth, input.Byte(), 0}, {}, {}, {}, {}, 0};
     const uint32_t padding = input.Byte();
     plane.params.row_bytes = padding < 128 ? 0 : width * depth / 8 + padding % 16;
@@ -88,9 +83,9 @@ Bytes Damage(FuzzInput& input, CodedPlane plane) {
 }
 
 // The plane, or the message of a failure.
-Bytes Decode(WorkPool& pool, const RleParams& params, const Bytes& coded) {
+Bytes Decode(const RleParams& params, const Bytes& coded, uint32_t workers) {
     Bytes plane(plenar::RlePlainSize(params), 0xCD);
-    const std::string message = MessageOf([&] { plane = DecodePlane(pool, params, coded, plane); });
+    const std::string message = MessageOf([&] { plane = DecodePlane(params, coded, plane, workers); });
     return message.empty() ? plane : Bytes(message.begin(), message.end());
 }
 
@@ -99,26 +94,24 @@ template <class Make>
 Bytes SameOnEachTarget(const char* what, const Make& make) {
     std::optional<Bytes> made;
     OnEachTarget([&](const char* target) {
-        Bytes other = make();
-        if (made && *made != other) {
-            Require(false, std::string(what) + ", also those of " + target);
-        }
-        made = std::move(other);
+        const Bytes other = make();
+        Require(!made || *made == other, std::string(what) + ", also those of " + target);
+        made = other;
     });
     return *made;
 }
 
-void RequireSamples(WorkPool& pool, RleParams params, const Bytes& coded, const Bytes& samples) {
+void RequireSamples(RleParams params, const Bytes& coded, const Bytes& samples) {
     params.row_bytes = 0;
-    Require(Decode(pool, params, coded) == samples, "tokens stand for their samples");
+    Require(Decode(params, coded, 0) == samples, "tokens stand for their samples");
 }
 
 // Samples of sound planes have the structure that encoders look for.
-void RequireSameCodes(WorkPool& pool, const CodedPlane& plane) {
+void RequireSameCodes(const CodedPlane& plane, uint32_t workers) {
     const Bytes padded = Padded(plane.params, plane.plain, plenar::RlePlainSize(plane.params));
-    const Bytes coded =
-        SameOnEachTarget("all encoders write the same bytes", [&] { return EncodePlane(pool, plane.params, padded); });
-    RequireSamples(pool, plane.params, coded, plane.plain);
+    const Bytes coded = SameOnEachTarget("all encoders write the same bytes",
+                                         [&] { return EncodePlane(plane.params, padded, workers); });
+    RequireSamples(plane.params, coded, plane.plain);
 }
 
 }  // namespace
@@ -128,15 +121,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace plenar_fuzz;
     FuzzInput input(data, size);
     FuzzInput damage = input.Part(40);
-    static plenar::WorkPool pools[] = {plenar::WorkPool(0), plenar::WorkPool(2)};
-    plenar::WorkPool& pool = pools[damage.Byte() < 0xFC ? 0 : 1];
+    const uint32_t workers = damage.Byte() >= 0xFC ? 2 : 0;
     const bool isDamaged = damage.Flag();
     const CodedPlane plane = TakePlane(input, SamplesFor(Rarity(data, size)), isDamaged ? damage.Byte() % 4 - 1 : 0);
     const Bytes coded = isDamaged ? Damage(damage, plane) : plane.Join();
-    SameOnEachTarget("all decoders agree", [&] { return Decode(pool, plane.params, coded); });
+    SameOnEachTarget("all decoders agree", [&] { return Decode(plane.params, coded, workers); });
     if (!isDamaged) {
-        RequireSamples(pool, plane.params, coded, plane.plain);
-        RequireSameCodes(pool, plane);
+        RequireSamples(plane.params, coded, plane.plain);
+        RequireSameCodes(plane, workers);
     }
     return 0;
 }

@@ -2,30 +2,25 @@
 // after each as it did at first.
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 
 #include "ways.h"
 
 namespace plenar_fuzz {
 namespace {
 
-// Told at the end, as an input is one execution whatever the number of its calls.
-struct CallCount {
-    uint64_t calls = 0;
-    ~CallCount() { std::fprintf(stderr, "library_calls: %" PRIu64 "\n", calls); }
-};
-CallCount count;
+uint64_t calls = 0;  // told at the end, as an input is one execution whatever the number of its calls
 
 class Sequence {
 public:
-    Sequence(uint32_t threads, uint32_t rarity)
-        : encoder_(threads), decoder_(threads), rarity_(rarity), payload_(Good()) {}
+    explicit Sequence(uint32_t threads) : encoder_(threads), decoder_(threads), payload_(Good()) {}
 
     void Step(FuzzInput& input) {
         const uint32_t kind = input.Byte() % 3;
-        count.calls += kind == 0 ? 4 : 3;
+        calls += kind == 0 ? 4 : 3;
         UncompressedParams other = TakePicture(input);
         TakeStrides(input, other);
-        const uint32_t pictureBytes = RoomFor(Plenar_GetUncompressedBufSize(&other), input.Byte() % 4 == 3, rarity_);
+        const uint32_t pictureBytes = RoomFor(Plenar_GetUncompressedBufSize(&other), input.Byte() % 4 == 3);
         if (kind == 0) {
             Bytes damaged = payload_;
             damaged[input.Word() % damaged.size()] ^= input.Byte();
@@ -34,8 +29,7 @@ public:
             Decode(decoder_, params_, damaged, Bytes(picture_.size()));
         } else if (kind == 1) {
             const CompressedParams options = TakeOptions(input);
-            const uint32_t room =
-                RoomFor(Plenar_GetCompressedBufSize(&other, &options), input.Byte() % 4 == 3, rarity_);
+            const uint32_t room = RoomFor(Plenar_GetCompressedBufSize(&other, &options), input.Byte() % 4 == 3);
             Encode(encoder_, other, Noise(pictureBytes, 2), options, Bytes(room), kGuardedPlaces);
         } else {
             UncompressedParams held = other;
@@ -53,7 +47,6 @@ private:
 
     TestEncoder encoder_;
     TestDecoder decoder_;
-    const uint32_t rarity_;
     const UncompressedParams params_ = MakeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT8, 13, 9);
     const Bytes picture_ = Noise(PictureSize(params_), 1);
     const Bytes payload_;
@@ -64,10 +57,12 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace plenar_fuzz;
+    static const int kTold = std::atexit([] { std::fprintf(stderr, "library_calls: %" PRIu64 "\n", calls); });
+    Require(kTold == 0, "the calls are told");
     FuzzInput input(data, size);
     const uint8_t threads = input.Byte();
-    Sequence sequence(threads < 0xFC ? 1 : threads % 4, Rarity(data, size));
-    for (int calls = 0; calls < 40 && input.HasMore(); ++calls) {
+    Sequence sequence(threads < 0xFC ? 1 : threads % 4);
+    for (int steps = 0; steps < 40 && input.HasMore(); ++steps) {
         sequence.Step(input);
     }
     return 0;

@@ -12,14 +12,13 @@ namespace plenar_fuzz {
 
 using namespace plenar_test;
 
-// Of a buffer, as a rule and for one input in 2^kLargeRarity. Where a record asks for more, buffers are smaller
-// than it says, and must be refused. Small pictures have all the ways in which rows can end, and thousands fit in a
-// second.
+// Of a buffer, as a rule and for one input in 2^kLargeRarity. Where a record asks for more, buffers are smaller than it
+// says, and must be refused.
 constexpr uint32_t kUsualBytes = 1U << 13;
 constexpr uint32_t kMostBytes = 1U << 17;
 constexpr uint32_t kLargeRarity = 9;
 
-inline uint32_t RoomFor(uint32_t needed, bool isShort, uint32_t rarity) {
+inline uint32_t RoomFor(uint32_t needed, bool isShort, uint32_t rarity = 0) {
     return std::min(needed, rarity < kLargeRarity ? kUsualBytes : kMostBytes) - (isShort && needed != 0 ? 1 : 0);
 }
 

@@ -1,6 +1,8 @@
 // Calls on coded planes with less to say, in buffers of exact size.
 #pragma once
 
+#include <map>
+
 #include "pool/work_pool.h"
 #include "rle/plane_decoder.h"
 #include "rle/plane_encoder.h"
@@ -19,31 +21,26 @@ inline Bytes Padded(const plenar::RleParams& params, const Bytes& plain, uint64_
     return rows;
 }
 
-inline Bytes EncodePlane(plenar::WorkPool& pool, const plenar::RleParams& params, const Bytes& plain) {
+// Lives on, as to start threads takes longer than to use them.
+inline plenar::WorkPool& PoolOf(uint32_t workers) {
+    static std::map<uint32_t, plenar::WorkPool> pools;
+    return pools.try_emplace(workers, workers).first->second;
+}
+
+inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
     const ExactBuffer src(plain);
     Bytes coded(plenar::RleMaxCodedSize(params));
-    coded.resize(plenar::RleEncodePlane(pool, params, src.data(), plain.size(), coded.data(), coded.size()));
+    coded.resize(plenar::RleEncodePlane(PoolOf(workers), params, src.data(), plain.size(), coded.data(), coded.size()));
     return coded;
 }
 
 // Decodes over `before`, whose size is the target's.
-inline Bytes DecodePlane(plenar::WorkPool& pool, const plenar::RleParams& params, const Bytes& coded,
-                         const Bytes& before) {
-    const ExactBuffer src(coded);
-    const ExactBuffer dst(before);
-    plenar::RleDecodePlane(pool, params, src.data(), coded.size(), dst.data(), before.size());
-    return dst.Content();
-}
-
-inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
-    plenar::WorkPool pool(workers);
-    return EncodePlane(pool, params, plain);
-}
-
 inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, const Bytes& before,
                          uint32_t workers = 0) {
-    plenar::WorkPool pool(workers);
-    return DecodePlane(pool, params, coded, before);
+    const ExactBuffer src(coded);
+    const ExactBuffer dst(before);
+    plenar::RleDecodePlane(PoolOf(workers), params, src.data(), coded.size(), dst.data(), before.size());
+    return dst.Content();
 }
 
 }  // namespace plenar_test

@@ -13,8 +13,7 @@ namespace plenar_test {
 namespace {
 
 constexpr size_t kPagesSize = size_t{1} << 20;
-constexpr size_t kMarks = 64;                 // on either side, where there is room
-constexpr size_t kApartOffset = kMarks + 16;  // so that no buffer there is better aligned than a heap block
+constexpr size_t kMarks = 64;  // on either side, where there is room
 constexpr uint8_t kMark = 0xA5;
 
 // Kept for later buffers: to map pages takes far longer than to use them.
@@ -47,7 +46,7 @@ void PrintNote(int) {
 }  // namespace
 
 ExactBuffer::ExactBuffer(const Bytes& content, uint32_t place, size_t shift) : size_(content.size()) {
-    shift += place % 3 == kApart ? kApartOffset : 0;
+    shift += place % 3 == kApart ? kMarks + alignof(std::max_align_t) : 0;
     if (size_ + shift + kMarks > kPagesSize) {
         block_.reset(new uint8_t[size_]);
         first_ = marks_ = block_.get();
@@ -73,10 +72,6 @@ ExactBuffer::~ExactBuffer() {
         ASAN_UNPOISON_MEMORY_REGION(marks_, static_cast<size_t>(marksEnd_ - marks_));
         idlePages.push_back(pages_);
     }
-}
-
-bool ExactBuffer::Holds(const Bytes& content) const {
-    return std::equal(content.begin(), content.end(), first_, first_ + size_);
 }
 
 bool ExactBuffer::IsIntact() const {

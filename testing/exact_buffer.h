@@ -25,7 +25,6 @@ public:
     uint8_t* data() const { return first_; }
     uint32_t size() const { return static_cast<uint32_t>(size_); }
     Bytes Content() const { return {first_, first_ + size_}; }
-    bool Holds(const Bytes& content) const;
 
     // Whether the bytes around the content are as they were. From then on the address sanitizer lets them be touched.
     bool IsIntact() const;

@@ -23,7 +23,7 @@ Frame CallOn(Codec& codec, const Bytes& source, const Bytes& before, uint32_t pl
     const ExactBuffer dst(before, places / 3, places / 9 % 7);
     uint32_t written = 0xFEDCBA98;
     Frame frame{codec.Outcome(call(src.data(), src.size(), dst.data(), dst.size(), &written))};
-    Require(src.Holds(source) && src.IsIntact(), "a source stays as it is");
+    Require(src.Content() == source && src.IsIntact(), "a source stays as it is");
     Require(dst.IsIntact(), "nothing is written beyond a target");
     Require(!frame.message.starts_with("code "), "a failure has one message, told on its own thread");
     if (frame.message.empty()) {
