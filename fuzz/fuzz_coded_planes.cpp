@@ -18,9 +18,11 @@ namespace {
 
 using plenar::RleParams;
 
-// Of a plane, as a rule and at most.
-constexpr uint64_t kSamples = 1U << 13;
-constexpr uint64_t kMostSamples = 1U << 17;
+// The samples of a plane, by the input's rarity: as a rule all the ways in which runs can end, then bands that are
+// decoded in pairs, and most seldom runs that are written by loops of their own.
+uint32_t SamplesFor(uint32_t rarity) {
+    return rarity < 6 ? 320 : rarity < 10 ? 1U << 12 : 1U << 17;
+}
 
 struct CodedPlane {
     RleParams params;
@@ -37,20 +39,21 @@ struct CodedPlane {
     }
 };
 
-CodedPlane TakePlane(FuzzInput& input) {
+// Of no more samples than `most`; `surplus` is what the tokens of each band have beyond its samples.
+CodedPlane TakePlane(FuzzInput& input, uint32_t most, int64_t surplus) {
     const uint32_t depth = input.Flag() ? 16 : 8;
-    const uint32_t width = 1 + input.Number(200) % 4096;
+    const uint32_t width = 1 + input.Number(240) % std::min(most, 4096U);
     CodedPlane plane = {{width, 0, depth, input.Byte(), 0}, {}, {}, {}, {}, 0};
     const uint32_t padding = input.Byte();
     plane.params.row_bytes = padding < 128 ? 0 : width * depth / 8 + padding % 16;
     const uint32_t bands = 1 + input.Number(6) % 255;
     const bool isBusy = input.Flag();
-    const uint64_t most = input.Byte() < 0xFE ? kSamples : kMostSamples;
     for (uint32_t band = 0; band < bands; ++band) {
         const uint64_t left = most / width - std::min<uint64_t>(most / width, plane.params.height);
         const uint64_t least = band + 1 == bands && plane.params.height == 0 ? 1 : 0;
         const auto rows = static_cast<uint32_t>(std::max(std::min<uint64_t>(input.Number(16), left), least));
-        plane.streams.push_back(TakeStream(input, depth, uint64_t{rows} * width, plane.plain));
+        const int64_t samples = std::max<int64_t>(int64_t{rows} * width + surplus, 0);
+        plane.streams.push_back(TakeStream(input, depth, static_cast<uint64_t>(samples), plane.plain));
         plane.sizes.push_back(static_cast<uint32_t>(plane.streams.back().size()));
         plane.rows.push_back(rows);
         plane.params.height += rows;
@@ -72,7 +75,9 @@ Bytes Damage(FuzzInput& input, CodedPlane plane) {
         hit = static_cast<uint8_t>(hit ^ input.Byte());
     }
     if (input.Flag()) {
-        coded.resize(input.Word() % (coded.size() + 40), input.Byte());
+        const size_t cut = input.Byte();  // mostly among the last tokens
+        coded.resize(cut < 64 ? coded.size() - std::min(coded.size(), cut) : input.Word() % (coded.size() + 40),
+                     input.Byte());
     }
     return coded;
 }
@@ -116,9 +121,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace plenar_fuzz;
     FuzzInput input(data, size);
     FuzzInput damage = input.Part(40);
-    const uint32_t workers = damage.Byte() >= 0xF0 ? 2 : 0;
+    const uint32_t workers = damage.Byte() >= 0xFC ? 2 : 0;
     const bool isDamaged = damage.Flag();
-    const CodedPlane plane = TakePlane(input);
+    const CodedPlane plane = TakePlane(input, SamplesFor(Rarity(data, size)), isDamaged ? damage.Byte() % 4 - 1 : 0);
     const Bytes coded = isDamaged ? Damage(damage, plane) : plane.Join();
     SameOnEachTarget("all decoders agree", [&] { return Decode(plane.params, coded, workers); });
     if (!isDamaged) {

@@ -35,9 +35,9 @@ bool IsEncodable(const UncompressedParams& params, bool codesAlpha, size_t pictu
     return isEven && Fits(params, pictureBytes) && (!codesAlpha || hasCode);
 }
 
-void RequireDecodes(const UncompressedParams& request, const Way& way, const std::vector<Plane>& planes,
-                    const Bytes& payload) {
-    const uint32_t room = RoomFor(Plenar_GetUncompressedBufSize(&request), false);
+void RequireDecodes(const UncompressedParams& request, const Way& way, uint32_t rarity,
+                    const std::vector<Plane>& planes, const Bytes& payload) {
+    const uint32_t room = RoomFor(Plenar_GetUncompressedBufSize(&request), false, rarity);
     Bytes expected = Noise(room, request.width);
     const Frame decoded = Decode(way, request, payload, expected);
     const bool fits = Fits(request, room);
@@ -63,10 +63,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const CompressedParams options = TakeOptions(input);
     const Way first = {};
     const Way second = TakeOtherWay(input);
+    const uint32_t rarity = Rarity(data, size);
     const uint32_t shortfall = input.Byte() % 16;
     const uint32_t needed = Plenar_GetCompressedBufSize(&params, &options);
-    const uint32_t room = RoomFor(needed, shortfall == 14);
-    const Bytes picture = input.Fill(RoomFor(Plenar_GetUncompressedBufSize(&params), shortfall == 15));
+    const uint32_t room = RoomFor(needed, shortfall == 14, rarity);
+    const Bytes picture = input.Fill(RoomFor(Plenar_GetUncompressedBufSize(&params), shortfall == 15, rarity));
 
     const bool codesAlpha = options.alphaRle != 0 && HasAlpha(params.colorComponentOrder);
     const UncompressedParams request = TakeRequest(decoding, params, codesAlpha);
@@ -74,13 +75,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     const bool isSupported = !PlaneCodes(params.colorComponentOrder, params.componentType).empty();
     const bool isModelled = params.width < kMostSide && params.height < kMostSide;  // it goes sample by sample
-    // Narrower ones as well, for all the ways in which a row can end.
-    for (uint32_t less = 0; isSupported && isModelled && less < 6 && less <= params.width; ++less) {
+    // Of other widths as well, for all the ways in which a row can end.
+    if (isSupported && isModelled) {
         UncompressedParams held = params;
         UncompressedParams narrow = request;
-        held.width = narrow.width = params.width - less;
+        held.width = narrow.width = params.width - std::min(params.width, decoding.Byte() % 6U);
         const std::vector<Plane> planes = NoisePlanes(held, shortfall);
-        RequireDecodes(narrow, decodingWay, planes, PayloadOf(planes));
+        RequireDecodes(narrow, decodingWay, rarity, planes, PayloadOf(planes));
     }
 
     const Frame a = Encode(first, params, options, picture, room);
@@ -94,6 +95,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(a.bytes == b.bytes, "a payload follows from the picture alone");
     const std::vector<Plane> planes = EncodedPlanes(params, picture);
     Require(codesAlpha || a.bytes == PayloadOf(planes), "a payload is as the model has it");
-    RequireDecodes(request, decodingWay, planes, a.bytes);
+    RequireDecodes(request, decodingWay, rarity, planes, a.bytes);
     return 0;
 }

@@ -12,11 +12,14 @@ namespace plenar_fuzz {
 
 using namespace plenar_test;
 
-// Where a record asks for more, buffers are smaller than it says, and must be refused.
-constexpr uint32_t kMostBytes = 1U << 19;
+// Of a buffer, as a rule and for one input in 2^kLargeRarity. Where a record asks for more, buffers are smaller than it
+// says, and must be refused.
+constexpr uint32_t kUsualBytes = 1U << 13;
+constexpr uint32_t kMostBytes = 1U << 17;
+constexpr uint32_t kLargeRarity = 9;
 
-inline uint32_t RoomFor(uint32_t needed, bool isShort) {
-    return std::min(needed, kMostBytes) - (isShort && needed != 0 ? 1 : 0);
+inline uint32_t RoomFor(uint32_t needed, bool isShort, uint32_t rarity = 0) {
+    return std::min(needed, rarity < kLargeRarity ? kUsualBytes : kMostBytes) - (isShort && needed != 0 ? 1 : 0);
 }
 
 inline std::pair<uint32_t, uint32_t> TakePair(FuzzInput& input) {
@@ -29,7 +32,7 @@ inline std::pair<uint32_t, uint32_t> TakePair(FuzzInput& input) {
 inline UncompressedParams TakePicture(FuzzInput& input) {
     const auto [order, type] = TakePair(input);
     const uint32_t width = input.Number(80);
-    const uint32_t height = input.Number(20);
+    const uint32_t height = input.Number(6);
     return MakeParams(order, type, width, height, 0, 0, input.Byte() % 3);
 }
 
@@ -64,14 +67,15 @@ struct Way {
 
 inline Way TakeOtherWay(FuzzInput& input) {
     const uint32_t choice = input.Byte();
-    return {1 + choice % 8, 1 + choice / 8 % 2, choice / 16 % 9, 0xFF};
+    const uint32_t codec = input.Byte();
+    return {codec < 0xFC ? 1 : 2 + codec % 2, 1 + choice % 2, choice / 2, 0xFF};
 }
 
 // One of a few objects that live on. Those with threads come up seldom, as waking threads costs more than all else.
 template <class Codec>
 Codec& CodecFor(const Way& way) {
     static std::array<Codec, 4> codecs = {Codec(1), Codec(1), Codec(2), Codec(0)};
-    return codecs[way.codec < 7 ? way.codec % 2 : 2 + way.codec % 2];
+    return codecs[way.codec];
 }
 
 inline Frame Encode(const Way& way, const UncompressedParams& params, const CompressedParams& options,

@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets with the address and undefined sanitizers and runs them. A finding ends the script with a
-# failure, and its input is kept in build/fuzz-work/findings/.
+# Builds the fuzz targets twice and runs both: with the address and undefined sanitizers, and without any, many times as
+# fast. A finding ends the script with a failure, and its input is kept in build/fuzz-work/findings/.
 #
-#   scripts/fuzz.sh MINUTES [TARGET...]   each target for so long, on all processors; keeps what it learns under build/
-#   scripts/fuzz.sh --smoke               about a minute in all, always the same start, from the committed inputs alone
+#   scripts/fuzz.sh MINUTES [TARGET...]   each target for so long, half of it each build, on all processors; keeps what
+#                                         it learns under build/
+#   scripts/fuzz.sh --smoke               a bit more than a minute in all, always the same start, from the committed inputs alone
+#
+# Executions and their rates are told as rows of a table, which build/fuzz-work/rates.md keeps.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -16,45 +19,60 @@ usage() {
 work=build/fuzz-work
 case $1 in
     --smoke)
-        seconds=8 jobs=1 options=(-seed=1) keep=$(mktemp -d)
+        seconds=6 jobs=1 options=(-seed=1) keep=$(mktemp -d)
         trap 'rm -rf "$keep"' EXIT
         ;;
     *[!0-9]* | '') usage ;;
-    *) seconds=$(($1 * 60)) jobs=$(nproc) options=() keep=$work ;;
+    *) seconds=$(($1 * 30)) jobs=$(nproc) options=() keep=$work ;;
 esac
 shift
 targets=("$@")
 ((${#targets[@]} > 0)) || targets=(coded_planes decode metadata round_trip sequence twins)
+builds=(fuzz fuzz-fast)
 
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+for build in "${builds[@]}"; do
+    cmake --preset "$build" >/dev/null
+    cmake --build --preset "$build"
+done
+mkdir -p "$work/findings" "$work/logs"
 
-# Hangs and large allocations are findings too: no target asks the library for more than a small picture.
-options+=(-max_len=4096 -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=64 -print_final_stats=1)
+# Hangs and large allocations are findings too: no target asks the library for more than a small picture. Inputs that
+# take long come up seldom.
+options+=(-max_len=4096 -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=64 -print_final_stats=1
+    -entropic_scale_per_exec_time=1)
+# A finding that is run again without these tells where its memory was allocated.
+export ASAN_OPTIONS=malloc_context_size=0:quarantine_size_mb=8:thread_local_quarantine_size_kb=64${ASAN_OPTIONS:+:$ASAN_OPTIONS}
+TIMEFORMAT='cpu_seconds: %U %S'
 
-# fuzz TARGET SECONDS: one target on all processors, each with a process of its own.
+# fuzz BUILD TARGET: on all processors, each with a process of its own.
 fuzz() {
-    local target=$1 learnt=$keep/$1 job pids=() failed=0
-    mkdir -p "$learnt" "$work/findings" "$work/logs"
+    local build=$1 target=$2 learnt=$keep/$2 job pids=() logs=() failed=0
+    mkdir -p "$learnt"
     local inputs=("fuzz/corpus/$target") words=()
     [[ $target != decode && $target != metadata ]] || words=(-dict=fuzz/payload.dict)
     [[ ! -d fuzz/regressions/$target ]] || inputs+=("fuzz/regressions/$target")
     for ((job = 0; job < jobs; job++)); do
-        build/fuzz/fuzz/fuzz_"$target" "${options[@]}" "${words[@]}" -max_total_time="$2" -reload=1 \
-            -artifact_prefix="$work/findings/$target-" "$learnt" "${inputs[@]}" >"$work/logs/$target-$job.log" 2>&1 &
+        logs+=("$work/logs/$build-$target-$job.log")
+        { time "build/$build/fuzz/fuzz_$target" "${options[@]}" "${words[@]}" -max_total_time="$seconds" -reload=1 \
+            -artifact_prefix="$work/findings/$target-" "$learnt" "${inputs[@]}"; } >"${logs[job]}" 2>&1 &
         pids+=($!)
     done
-    for job in "${!pids[@]}"; do
-        wait "${pids[job]}" || failed=1
-        awk -v name="$target" '/DONE/ { done = $0 } /number_of_executed_units/ { n = $2 }
-            END { print name ": " n " executions; " done }' "$work/logs/$target-$job.log"
+    for job in "${pids[@]}"; do
+        wait "$job" || failed=1
     done
     if ((failed)); then
-        grep -hE 'not so|ERROR|SUMMARY|runtime error|Test unit written' "$work"/logs/"$target"-*.log >&2 || true
+        grep -hE 'not so|ERROR|SUMMARY|runtime error|Test unit written' "${logs[@]}" >&2 || true
         exit 1
     fi
+    awk -v row="| $(date -u +%F) | $target | $build |" '/number_of_executed_units/ { n += $2 }
+        /library_calls/ { calls += $2 } /cpu_seconds/ { cpu += $2 + $3 }
+        END { printf "%s %d | %d |%s\n", row, n, n / cpu, calls ? sprintf(" %d calls |", calls / cpu) : " |" }' \
+        "${logs[@]}" | tee -a "$work/rates.md"
 }
 
-for target in "${targets[@]}"; do
-    fuzz "$target" "$seconds"
+printf '| Date | Target | Build | Executions | A CPU second | |\n|---|---|---|---|---|---|\n' | tee -a "$work/rates.md"
+for build in "${builds[@]}"; do
+    for target in "${targets[@]}"; do
+        fuzz "$build" "$target"
+    done
 done

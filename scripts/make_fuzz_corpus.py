@@ -100,9 +100,15 @@ def any_pair(order, kind):
     return b"\xf0" + word(180 + order + 18 * (9 if kind == 214 else kind))
 
 
+def rare(seed, rarity=10):
+    """The input with bytes at its end that make it as rare as large things are."""
+    rest = -1 - sum(seed) & (1 << rarity) - 1
+    return seed + b"\xff" * (rest // 255) + bytes([rest % 255])
+
+
 def decode_seeds(rng):
     def head(way, source, pair=b"\0", stride=b"\0\0"):
-        return (bytes([way, 0, source]) + pair + b"\0\0\0" + stride).ljust(28, b"\0")
+        return (bytes([way, rng.randrange(256), 0, source]) + pair + b"\0\0\0" + stride).ljust(28, b"\0")
 
     for i, codes in enumerate(PLANE_SETS):
         yield head(8 * i % 256, 2, stride=bytes([i % 3, i % 5])) + payload(codes, 5 + i % 9, 1 + i % 4, rng)
@@ -112,7 +118,11 @@ def decode_seeds(rng):
         yield head(9, 1, any_pair(order, 7)) + payload(codes, 7, 3, rng)
     for order in (1, 15, 16, 14):
         yield head(23, 1, any_pair(order, 1), b"\3\2") + payload(["y208", "rl08"], 7, 5, rng)
-    yield head(7, 1, any_pair(13, 2), b"\0\3") + payload([" y16", "cb16", "cr16", "rl16"], 41, 17, rng)
+    yield rare(head(7, 1, any_pair(13, 2), b"\0\3") + payload([" y16", "cb16", "cr16", "rl16"], 141, 67, rng))
+    for order, kind, code in ((7, 1, "rg08"), (7, 2, "rg16"), (11, 2, "y216"), (14, 1, None), (15, 2, "y216")):
+        alpha = sinf("rl08" if kind == 1 else "rl16", 8, 4) + box("sdat", b"\0\0\0")  # no bands at all
+        colour = [plane(code, 8, 4, rng)] if code else []
+        yield head(3, 1, any_pair(order, kind)) + box("pack", b"".join(box("icmp", p) for p in colour + [alpha]))
 
 
 def metadata_seeds(rng):
@@ -132,41 +142,51 @@ def round_trip_seeds(rng):
         change, wanted = i % 3, rng.randrange(240)
         if (order, 7 if kind == 214 else 5) in PAIRS and kind in (3, 214):  # the types that others are decoded into
             change, wanted = 2, PAIRS.index((order, 7 if kind == 214 else 5))
-        decoding = bytes([change, wanted, i % 4, i % 5, 37 * i % 256]).ljust(24, b"\0")
+        decoding = bytes([change] + [wanted] * (change != 0) + [i % 4, i % 5, 37 * i % 256, i * 7 % 256, i % 6])
         width = 2 + 2 * (i * 7 % 36) if kind != 5 else 10  # a packed row with a group of four pixels at its end
-        record = bytes([i, width, 2 + 2 * (i % 7), i % 2, i % 4, i % 5])
-        coding = bytes([i // 2 % 2, i % 5, 8 * i % 256, 14 + i // 54 if i % 18 == 8 else 0])
-        yield decoding + record + coding + rng.randbytes(i % 40)
+        record = bytes([i, width, 2 + 2 * (i % 2), i % 2, i % 4, i % 5])
+        coding = bytes([i // 2 % 2, i % 5, 8 * i % 256, 255 - i, 14 + i // 54 if i % 18 == 8 else 0])
+        yield decoding.ljust(24, b"\0") + record + coding + rng.randbytes(i % 40)
+    for i in (0, 50, 100):  # large pictures
+        sides = b"\xf0" + word(152) + b"\xf0" + word(66)
+        yield rare(bytes(24) + bytes([i]) + sides + bytes([0, 1, 0, i % 4, 3, 9, 0, 0]) + rng.randbytes(300))
 
 
 def coded_planes_seeds(rng):
     for i in range(24):
         damage = bytes([rng.randrange(256), i % 2]) + rng.randbytes(38)
-        shape = bytes([i // 2 % 2, rng.randrange(240), 0, rng.randrange(256), rng.randrange(240), i // 4 % 2, 0])
+        shape = bytes([i // 2 % 2, rng.randrange(240), 0, rng.randrange(256), rng.randrange(240), i // 4 % 2])
         yield damage + shape + rng.randbytes(8 * (i % 16))
     for i in range(10):  # flat runs and ramps of more than a block among runs of any value
-        tokens = [b"\0\xa7\5\0\0", b"\1\xa7\5\0\0"] + [rng.randbytes(2) + b"\xf0" + rng.randbytes(2) for _ in range(3)]
+        tokens = [b"\0\xd7\5\0\0", b"\1\xd7\5\0\0"] + [rng.randbytes(2) + b"\xf0" + rng.randbytes(2) for _ in range(3)]
         tokens += [bytes([j % 2, 9 + j, 64]) + rng.randbytes(2) for j in range(6)]
-        shape = bytes([i % 2, 199, 0, 200 * (i % 3 // 2), i // 2 % 2, i // 4 % 2, 0, 15])
-        yield bytes(40) + shape + b"".join(rng.choice(tokens) for _ in range(90))
+        shape = bytes([i % 2, 199, 0, 200 * (i % 3 // 2), i // 2 % 2, i // 4 % 2, 15])
+        yield rare(bytes(40) + shape + b"".join(rng.choice(tokens) for _ in range(90)), 6)
     for depth in (0, 1):  # ramps and flat runs that begin and end where the encoder's blocks do
-        yield bytes(40) + bytes([depth, 127, 0, 0, 0, 0, 0, 15]) + 9 * b"\0\xa6\0\x40\5\0\0\xa7\0\0\0"
+        yield rare(bytes(40) + bytes([depth, 127, 0, 0, 0, 0, 15]) + 9 * b"\0\xd6\0\x40\5\0\0\xd7\0\0\0", 6)
     for i in range(4):  # rows of one and of two samples, padded
-        shape = bytes([i // 2, i % 2, 0, 0x84, 0, 0, 0, 15])
+        shape = bytes([i // 2, i % 2, 0, 0x84, 0, 0, 15])
         yield bytes(40) + shape + bytes(rng.choice((0, 1, 9, 170)) for _ in range(100))
     for depth in (0, 1):  # a large plane, flat but for a few samples
-        shape = bytes([depth]) + b"\xf0\x7f\7\0\0\0\0\0\0\xff" + b"\xf0\x80\0\0\0"
-        yield bytes(40) + shape + b"\0\x09\xf0\x34\x12"
+        shape = bytes([depth]) + b"\xf0\x7f\7\0\0\0\0\0\0" + b"\xf0\x80\0\0\0"
+        yield rare(bytes(40) + shape + b"\0\x09\xf0\x34\x12")
+    for depth in (0, 1):  # busy bands, large enough to be decoded in pairs
+        band = b"\x0f" + 16 * b"\0\x26\x40\x77\x55\1\x25\xf0\x33\1" + bytes(4)
+        yield rare(bytes(40) + bytes([depth, 129, 0, 0, 1, 1]) + band + band, 6)
+    for i in range(8):  # runs to the band's end, and one short of it
+        shape = bytes([i % 2, 60 + 22 * i, 0, 0, 0, 0, 1])
+        yield bytes(40) + shape + b"\0\x22\x40\7" * (i // 4) + bytes([i // 2 % 2, i // 4 % 2, 0, 1])
 
 
 def sequence_seeds(rng):
     for i in range(12):
-        yield bytes([0xE2 if i < 2 else 0]) + rng.randbytes(30 * i + 30)
+        yield bytes([0xFE if i < 2 else 0]) + rng.randbytes(30 * i + 30)
 
 
 def twins_seeds(rng):
     for i in range(0, 160, 3):  # kernels all over the table
-        yield bytes([i, 0, 5 * i % 240, i % 3, i % 64, i // 3 % 3, i // 5 % 64]) + rng.randbytes(31)
+        seed = bytes([i, 0, 5 * i % 240, i % 2, i % 3, i % 64, i // 3 % 3, i // 5 % 64]) + rng.randbytes(31)
+        yield rare(seed) if i % 8 == 0 else seed
 
 
 def main():

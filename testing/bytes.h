@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -23,10 +24,20 @@ inline Bytes Join(std::initializer_list<Bytes> parts) {
 // Bytes without a pattern, the same for the same seed.
 inline Bytes Noise(size_t size, uint32_t seed) {
     Bytes bytes(size);
-    uint32_t state = seed * 2654435761U + 1;
-    for (uint8_t& byte : bytes) {
-        state = state * 1664525 + 1013904223;
-        byte = static_cast<uint8_t>(state >> 24);
+    uint64_t state = seed * 0x9E3779B97F4A7C15U + 1;
+    for (size_t done = 0; done < size; done += sizeof state) {
+        state = state * 6364136223846793005U + 1442695040888963407U;
+        const uint64_t mixed = state ^ state >> 33;
+        std::memcpy(&bytes[done], &mixed, std::min(sizeof mixed, size - done));
+    }
+    return bytes;
+}
+
+// So many bytes: the pattern's, over and over; zeros if it has none.
+inline Bytes Repeated(const Bytes& pattern, size_t size) {
+    Bytes bytes(size);
+    for (size_t done = 0; done < size && !pattern.empty(); done += pattern.size()) {
+        std::copy_n(pattern.begin(), std::min(pattern.size(), size - done), &bytes[done]);
     }
     return bytes;
 }

@@ -1,6 +1,8 @@
 // Calls on coded planes with less to say, in buffers of exact size.
 #pragma once
 
+#include <map>
+
 #include "pool/work_pool.h"
 #include "rle/plane_decoder.h"
 #include "rle/plane_encoder.h"
@@ -19,11 +21,16 @@ inline Bytes Padded(const plenar::RleParams& params, const Bytes& plain, uint64_
     return rows;
 }
 
+// Lives on, as to start threads takes longer than to use them.
+inline plenar::WorkPool& PoolOf(uint32_t workers) {
+    static std::map<uint32_t, plenar::WorkPool> pools;
+    return pools.try_emplace(workers, workers).first->second;
+}
+
 inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
     const ExactBuffer src(plain);
     Bytes coded(plenar::RleMaxCodedSize(params));
-    plenar::WorkPool pool(workers);
-    coded.resize(plenar::RleEncodePlane(pool, params, src.data(), plain.size(), coded.data(), coded.size()));
+    coded.resize(plenar::RleEncodePlane(PoolOf(workers), params, src.data(), plain.size(), coded.data(), coded.size()));
     return coded;
 }
 
@@ -32,8 +39,7 @@ inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, co
                          uint32_t workers = 0) {
     const ExactBuffer src(coded);
     const ExactBuffer dst(before);
-    plenar::WorkPool pool(workers);
-    plenar::RleDecodePlane(pool, params, src.data(), coded.size(), dst.data(), before.size());
+    plenar::RleDecodePlane(PoolOf(workers), params, src.data(), coded.size(), dst.data(), before.size());
     return dst.Content();
 }
 

@@ -1,5 +1,6 @@
 #include "testing/exact_buffer.h"
 
+#include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -45,7 +46,8 @@ void PrintNote(int) {
 }  // namespace
 
 ExactBuffer::ExactBuffer(const Bytes& content, uint32_t place, size_t shift) : size_(content.size()) {
-    if (place % 3 == kHeapBlock || size_ + shift + kMarks > kPagesSize) {
+    shift += place % 3 == kApart ? kMarks + alignof(std::max_align_t) : 0;
+    if (size_ + shift + kMarks > kPagesSize) {
         block_.reset(new uint8_t[size_]);
         first_ = marks_ = block_.get();
         marksEnd_ = first_ + size_;
@@ -53,21 +55,27 @@ ExactBuffer::ExactBuffer(const Bytes& content, uint32_t place, size_t shift) : s
         pages_ = TakePages();
         const bool endsAtGuard = place % 3 == kBeforeGuard;
         first_ = endsAtGuard ? pages_ + kPagesSize - shift - size_ : pages_ + shift;
-        marks_ = endsAtGuard ? first_ - kMarks : pages_;
+        marks_ = first_ - std::min(kMarks, static_cast<size_t>(first_ - pages_));
         marksEnd_ = endsAtGuard ? pages_ + kPagesSize : first_ + size_ + kMarks;
     }
     std::fill(marks_, first_, kMark);
     std::copy(content.begin(), content.end(), first_);
     std::fill(first_ + size_, marksEnd_, kMark);
+    if (pages_ != nullptr) {
+        ASAN_POISON_MEMORY_REGION(marks_, static_cast<size_t>(first_ - marks_));
+        ASAN_POISON_MEMORY_REGION(first_ + size_, static_cast<size_t>(marksEnd_ - first_) - size_);
+    }
 }
 
 ExactBuffer::~ExactBuffer() {
     if (pages_ != nullptr) {
+        ASAN_UNPOISON_MEMORY_REGION(marks_, static_cast<size_t>(marksEnd_ - marks_));
         idlePages.push_back(pages_);
     }
 }
 
 bool ExactBuffer::IsIntact() const {
+    ASAN_UNPOISON_MEMORY_REGION(marks_, static_cast<size_t>(marksEnd_ - marks_));
     const auto isMark = [](uint8_t byte) { return byte == kMark; };
     return std::all_of(marks_, first_, isMark) && std::all_of(first_ + size_, marksEnd_, isMark);
 }

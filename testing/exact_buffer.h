@@ -1,5 +1,5 @@
-// Buffers of no more bytes than are asked for: heap blocks, for the address sanitizer to watch, and memory that borders
-// on an inaccessible page, where the processor itself does.
+// Buffers of no more bytes than are asked for. All lie in pages that serve one buffer after another, as fresh memory
+// takes longer to get than to use; the address sanitizer is told which bytes of them are nobody's.
 #pragma once
 
 #include <memory>
@@ -8,8 +8,9 @@
 
 namespace plenar_test {
 
-// Where a buffer lies, modulo 3: in a heap block, or before or behind an inaccessible page.
-inline constexpr uint32_t kHeapBlock = 0;
+// Where a buffer lies, modulo 3: at the alignment of a heap block, which is the one that the address sanitizer watches
+// to the byte at both ends; or before or behind an inaccessible page, where the processor watches one end.
+inline constexpr uint32_t kApart = 0;
 inline constexpr uint32_t kBeforeGuard = 1;
 inline constexpr uint32_t kBehindGuard = 2;
 
@@ -25,7 +26,7 @@ public:
     uint32_t size() const { return static_cast<uint32_t>(size_); }
     Bytes Content() const { return {first_, first_ + size_}; }
 
-    // Whether the bytes around the content are as they were. A heap block has none.
+    // Whether the bytes around the content are as they were. From then on the address sanitizer lets them be touched.
     bool IsIntact() const;
 
 private:
@@ -34,7 +35,7 @@ private:
     uint8_t* marks_;     // the first of those bytes
     uint8_t* marksEnd_;  // behind the last
     uint8_t* pages_ = nullptr;
-    std::unique_ptr<uint8_t[]> block_;
+    std::unique_ptr<uint8_t[]> block_;  // for what is too large for the pages
 };
 
 // Has what is told last printed when the process steps on an inaccessible page, as no check lives to say where.

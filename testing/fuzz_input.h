@@ -2,11 +2,19 @@
 // that every input is one.
 #pragma once
 
+#include <bit>
+#include <numeric>
 #include <utility>
 
 #include "testing/bytes.h"
 
 namespace plenar_test {
+
+// How seldom inputs are such as this: one in 2^n has n or more. Large things are made of rare inputs. It is the sum of
+// the bytes that decides, so that hardly any input that a fuzzer makes from a rare one is rare again, and few are slow.
+inline uint32_t Rarity(const uint8_t* bytes, size_t size) {
+    return static_cast<uint32_t>(std::countr_one(std::accumulate(bytes, bytes + size, 0U)));
+}
 
 class FuzzInput {
 public:
@@ -39,14 +47,7 @@ public:
     }
 
     // What is left, over and over; noise if nothing is.
-    Bytes Fill(size_t size) {
-        const Bytes pattern = Rest();
-        Bytes bytes = Noise(size, 1);
-        for (size_t i = 0; i < size && !pattern.empty(); ++i) {
-            bytes[i] = pattern[i % pattern.size()];
-        }
-        return bytes;
-    }
+    Bytes Fill(size_t size) { return HasMore() ? Repeated(Rest(), size) : Noise(size, 1); }
 
 private:
     const uint8_t* next_;

@@ -11,12 +11,15 @@ namespace plenar_test {
 class PlaneBits {
 public:
     void Bits(uint64_t value, unsigned count) {
-        while (count-- > 0) {
-            if (used_ % 8 == 0) {
+        while (count > 0) {
+            if (free_ == 0) {
                 bytes_.push_back(0);
+                free_ = 8;
             }
-            bytes_.back() = static_cast<uint8_t>(bytes_.back() | (value >> count & 1) << (7 - used_ % 8));
-            ++used_;
+            const unsigned taken = std::min(count, free_);
+            count -= taken;
+            free_ -= taken;
+            bytes_.back() |= static_cast<uint8_t>((value >> count & ((1U << taken) - 1)) << free_);
         }
     }
 
@@ -79,7 +82,7 @@ public:
 
 private:
     Bytes bytes_;
-    uint64_t used_ = 0;
+    unsigned free_ = 0;  // bits of the last byte
 };
 
 // The table of a plane with the streams behind it.

@@ -1,5 +1,6 @@
 #include "testing/row_kernel_cases.h"
 
+#include <cstdio>
 #include <tuple>
 #include <type_traits>
 
@@ -109,13 +110,7 @@ struct Result {
 Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t units, const RowPlaces& places,
            const Bytes& content) {
     const auto bytesOf = [units](size_t bits) { return (bits * units + 7) / 8; };
-    const auto source = [&](size_t bits) {
-        Bytes bytes(bytesOf(bits));
-        for (size_t i = 0; i < bytes.size() && !content.empty(); ++i) {
-            bytes[i] = content[i % content.size()];
-        }
-        return bytes;
-    };
+    const auto source = [&](size_t bits) { return Repeated(content, bytesOf(bits)); };
     const auto [srcBits, dstBits] = std::pair(kernelCase.sourceBits, kernelCase.targetBits);
     const ExactBuffer buffers[] = {{source(srcBits[0]), places.source, places.sourceShift},
                                    {source(srcBits[1]), places.source, places.sourceShift},
@@ -143,17 +138,15 @@ std::string RowKernelFailure(const RowKernelCase& kernelCase, size_t units, cons
                              const Bytes& content) {
     Bytes expected;
     for (const plenar::Target target : plenar::RunnableTargets()) {
-        static std::string what;
-        what = kernelCase.kernel + kernelCase.variant + " of " + NameOf(target) +
-               (kernelCase.orderName.empty() ? "" : ", order " + kernelCase.orderName) +
-               (kernelCase.sampleBytes == 0 ? "" : ", " + std::to_string(kernelCase.sampleBytes) + " bytes a sample") +
-               ", " + std::to_string(units) + " units, places " + std::to_string(places.source) + " and " +
-               std::to_string(places.target) + ": ";
-        NoteForFaults(what.c_str());
+        static char what[160];
+        std::snprintf(what, sizeof what, "%s%s of %s, order %s, %zu bytes a sample, %zu units, places %u and %u: ",
+                      kernelCase.kernel.c_str(), kernelCase.variant.c_str(), NameOf(target),
+                      kernelCase.orderName.c_str(), kernelCase.sampleBytes, units, places.source, places.target);
+        NoteForFaults(what);
         const Result result = Run(kernelCase, plenar::RowKernelsFor(target), units, places, content);
         expected = target == plenar::Target::Plain ? result.bytes : expected;
         if (!result.staysInside) {
-            return what + "writes outside its target";
+            return std::string(what) + "writes outside its target";
         }
         if (result.bytes != expected) {
             return what + Difference(result.bytes, expected);

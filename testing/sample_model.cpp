@@ -81,7 +81,18 @@ struct Code {
     uint64_t RowBytes(uint64_t width) const { return (Bits() * RowSamples(width) + 7) / 8; }
 };
 
-// Where the samples of a plane lie in the caller's picture.
+// Where the samples of a plane lie in the caller's row: as so many of each group of samples there.
+struct SamplePlaces {
+    std::vector<uint64_t> among;
+    uint64_t groupSamples;
+    uint32_t sampleBytes;
+
+    uint64_t Of(uint64_t i) const {
+        return (groupSamples * (i / among.size()) + among[i % among.size()]) * sampleBytes;
+    }
+};
+
+// Where the planes lie in the caller's picture.
 struct Layout {
     const UncompressedParams& params;
     const Arrangement& order = ArrangementOf(params.colorComponentOrder);
@@ -98,13 +109,15 @@ struct Layout {
         }
         return (code.IsAlpha() && order.Is420() ? first + 2 * chroma : 0) + y * stride;
     }
-    uint64_t Sample(const Code& code, uint64_t y, uint64_t i) const {
-        const std::string plane = order.Plane();
-        uint64_t position = order.caller.size() * (i / plane.size()) + order.caller.find(plane[i % plane.size()]);
-        if (code.IsAlpha()) {
-            position = order.alphaApart ? i : order.caller.size() * i + order.caller.find('A');
+    SamplePlaces Samples(const Code& code) const {
+        if (code.IsAlpha() && order.alphaApart) {
+            return {{0}, 1, sampleBytes};
         }
-        return Row(code, y) + position * sampleBytes;
+        SamplePlaces places = {{}, order.caller.size(), sampleBytes};
+        for (const char sample : code.IsAlpha() ? std::string("A") : order.Plane()) {
+            places.among.push_back(order.caller.find(sample));
+        }
+        return places;
     }
 };
 
@@ -122,12 +135,12 @@ void WriteWord(Bytes& bytes, uint64_t offset, uint32_t count, uint32_t word) {
     }
 }
 
-// A sample as it stands in the caller's word.
-uint32_t CallerWord(const Layout& layout, const Code& code, uint64_t y, uint64_t i, const Bytes& picture) {
+// A sample of a row as it stands in the caller's word.
+uint32_t CallerWord(const Layout& layout, const SamplePlaces& places, uint64_t row, uint64_t i, const Bytes& picture) {
     if (layout.params.componentType == plenar::Packed10) {
-        return ((ReadWord(picture, layout.Row(code, y) + 4 * (i / 3), 4) >> (10 * (i % 3))) & 0x3FF) << 6;
+        return ((ReadWord(picture, row + 4 * (i / 3), 4) >> (10 * (i % 3))) & 0x3FF) << 6;
     }
-    return ReadWord(picture, layout.Sample(code, y, i), layout.sampleBytes);
+    return ReadWord(picture, row + places.Of(i), layout.sampleBytes);
 }
 
 // Rows of 10 and 12 bits hold the high bytes of all samples, then the low bits of all samples, lowest bits first. A
@@ -144,12 +157,15 @@ Bytes EncodedPlane(const UncompressedParams& params, const Plane& plane, const B
     const Layout layout = {params};
     const uint32_t bits = code.Bits();
     const uint64_t samples = code.RowSamples(plane.width);
+    const bool isSplit = code.IsSplit();
+    const SamplePlaces places = layout.Samples(code);
     const uint64_t rowBytes = code.RowBytes(plane.width);
     Bytes data(plane.height * rowBytes);
     for (uint64_t y = 0; y < plane.height; ++y) {
+        const uint64_t row = layout.Row(code, y);
         for (uint64_t i = 0; i < samples; ++i) {
-            const uint32_t word = CallerWord(layout, code, y, i, picture);
-            if (code.IsSplit()) {
+            const uint32_t word = CallerWord(layout, places, row, i, picture);
+            if (isSplit) {
                 const uint64_t bit = 8 * samples + i * (bits - 8);
                 const uint32_t low = (word >> (16 - bits)) & ((1U << (bits - 8)) - 1);
                 data.at(y * rowBytes + i) = static_cast<uint8_t>(word >> 8);
@@ -183,10 +199,12 @@ void DecodePlane(const UncompressedParams& params, const Plane& plane, uint64_t 
     const uint32_t bits = code.Bits();
     const uint32_t bytes = layout.sampleBytes;
     const bool fixedToFloat = code.IsFixed() && params.componentType == plenar::Float32;
+    const bool isSplit = code.IsSplit();
+    const SamplePlaces places = layout.Samples(code);
     const uint64_t samples = code.RowSamples(plane.width);
     // With an odd width the swapped rows have a luma sample that the plane lacks; a split row is read as if it had it.
     const bool lacksOne = layout.order.SwapsPairs() && !code.IsAlpha() && samples % 2 == 1;
-    const uint64_t readSamples = samples + (lacksOne && code.IsSplit() ? 1 : 0);
+    const uint64_t readSamples = samples + (lacksOne && isSplit ? 1 : 0);
     for (uint64_t y = 0; y < plane.height; ++y) {
         const uint64_t row = offset + y * code.RowBytes(plane.width);
         const uint64_t target = layout.Row(code, y);
@@ -194,17 +212,17 @@ void DecodePlane(const UncompressedParams& params, const Plane& plane, uint64_t 
             DecodePackedRow(plane.width, src, row, picture, target);
             continue;
         }
-        if (lacksOne && !code.IsSplit()) {
+        if (lacksOne && !isSplit) {
             const uint32_t old = fixedToFloat ? ReadWord(picture, target + samples * bytes, bytes) : 0;
             WriteWord(picture, target + (samples - 1) * bytes, bytes, old);
         }
         for (uint64_t i = 0; i < readSamples; ++i) {
-            uint32_t word = code.IsSplit() ? SplitSample(src, row, readSamples, bits - 8, i)
-                                           : ReadWord(src, row + i * bits / 8, bits / 8);
+            uint32_t word =
+                isSplit ? SplitSample(src, row, readSamples, bits - 8, i) : ReadWord(src, row + i * bits / 8, bits / 8);
             if (fixedToFloat) {
                 word = std::bit_cast<uint32_t>(static_cast<float>(static_cast<int16_t>(word)) / 16384.0F);
             }
-            WriteWord(picture, layout.Sample(code, y, i), bytes, word);
+            WriteWord(picture, target + places.Of(i), bytes, word);
         }
     }
 }
