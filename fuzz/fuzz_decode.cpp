@@ -25,7 +25,7 @@ UncompressedParams TakeRequest(FuzzInput& input, const Bytes& payload) {
 // Leaves `stain` as the alpha of a frame wherever the object may keep some of it.
 void Stain(const Way& way, uint8_t stain) {
     static const UncompressedParams kParams = MakeParams(PLENAR_ORDER_RGBA, PLENAR_TYPE_UINT16, 64, 4);
-    static const auto stained = [](uint8_t byte) {
+    const auto stained = [](uint8_t byte) {
         return Encode({}, kParams, MakeCompressed(1), Bytes(PictureSize(kParams), byte), kUsualBytes).bytes;
     };
     static const std::map<uint8_t, Bytes> kFrames = {{0x5A, stained(0x5A)}, {0xA5, stained(0xA5)}};

@@ -4,7 +4,8 @@
 #
 #   scripts/fuzz.sh MINUTES [TARGET...]   each target for so long, half of it each build, on all processors; keeps what
 #                                         it learns under build/
-#   scripts/fuzz.sh --smoke               a bit more than a minute in all, always the same start, from the committed inputs alone
+#   scripts/fuzz.sh --smoke               a bit more than a minute in all, always the same start, from the committed
+#                                         inputs alone
 #
 # Executions and their rates are told as rows of a table, which build/fuzz-work/rates.md keeps.
 set -euo pipefail
