@@ -1,7 +1,6 @@
 // What encoders and decoders are: both kinds are alike.
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <utility>
 
@@ -30,31 +29,18 @@ public:
             DropState();
             state_ = std::move(withoutWorkers);
         }
-        const CallMark mark(state_->isInCall);
         body(*state_);
     }
 
 private:
-    class CallMark {
-    public:
-        explicit CallMark(std::atomic<bool>& isInCall) : isInCall_(isInCall) { isInCall_ = true; }
-        ~CallMark() { isInCall_.store(false, std::memory_order_release); }
-
-        CallMark(const CallMark&) = delete;
-        CallMark& operator=(const CallMark&) = delete;
-
-    private:
-        std::atomic<bool>& isInCall_;
-    };
+    bool IsChanging() const { return state_->isGrowing || state_->pool.IsInBatch(); }
 
     // Asks the system only where it matters: a state without workers that nobody is changing is good in any process.
-    bool IsInherited() const {
-        return (state_->pool.WorkerCount() != 0 || state_->isInCall) && state_->pool.IsInherited();
-    }
+    bool IsInherited() const { return (state_->pool.WorkerCount() != 0 || IsChanging()) && state_->pool.IsInherited(); }
 
     // What a fork found being changed stays as it is, memory and all: nobody here will finish the change.
     void DropState() {
-        if (state_->isInCall && state_->pool.IsInherited()) {
+        if (IsChanging() && state_->pool.IsInherited()) {
             static_cast<void>(state_.release());
         }
         state_.reset();

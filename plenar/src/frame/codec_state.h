@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/change_mark.h"
 #include "pool/work_pool.h"
 
 namespace plenar {
@@ -16,12 +17,13 @@ struct CodecState {
     WorkPool pool;
     std::unique_ptr<uint8_t[]> scratch = nullptr;
     size_t scratchSize = 0;
-    std::atomic<bool> isInCall = false;  // whether a frame call is changing the rest
+    std::atomic<bool> isGrowing = false;
 };
 
 // At least `size` bytes, uninitialised, valid until the next call. The buffer grows and never shrinks.
 inline uint8_t* Scratch(CodecState& state, size_t size) {
     if (size > state.scratchSize) {
+        const ChangeMark mark(state.isGrowing);
         // The old block goes first: its contents are of no use, and both at once may not fit.
         state.scratch.reset();
         state.scratchSize = 0;

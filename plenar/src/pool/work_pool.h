@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/change_mark.h"
 #include "pool/worker_thread.h"
 
 namespace plenar {
@@ -39,6 +40,7 @@ public:
     // Whether a fork has copied the pool into this process, where its workers don't exist. Such a pool may be destroyed
     // if no batch was being filled or run when it was copied, and can do nothing else.
     bool IsInherited() const;
+    bool IsInBatch() const { return isInBatch_; }
 
     // Adds a job to the batch; job i goes to the queue of worker i modulo the worker count. What the job refers to must
     // outlive the batch. When this throws (memory), the batch is dropped: no job of it will run.
@@ -50,6 +52,9 @@ public:
     void Wait();
 
 private:
+    template <class Callable>
+    friend void RunBatch(WorkPool& pool, uint32_t count, const Callable& job);
+
     WorkPool();
 
     // How a worker's queue stands: being filled or empty; released; being run; or the worker is to end.
@@ -72,6 +77,7 @@ private:
     void DropBatch();
 
     pid_t process_;
+    std::atomic<bool> isInBatch_{false};
     std::deque<Worker> workers_;
     size_t nextQueue_ = 0;
     size_t enqueued_ = 0;
@@ -106,6 +112,7 @@ void RunBatch(WorkPool& pool, uint32_t count, const Callable& job) {
         }
         return;
     }
+    const ChangeMark mark(pool.isInBatch_);
     for (uint32_t i = 0; i < count; ++i) {
         pool.Enqueue([&job, i] { job(i); });
     }
