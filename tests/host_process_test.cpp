@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -47,10 +48,6 @@ TEST(Workers, HaveTheirNameAndTakeNoSignalsOfTheHost) {
     const uint64_t before = BlockedHere();
     const TestEncoder encoder(4);
     EXPECT_EQ(BlockedHere(), before);
-    threadStarts.Arm(3);
-    EXPECT_NE(MessageOf([] { const TestDecoder decoder(4); }), "");
-    threadStarts.Disarm();
-    EXPECT_EQ(BlockedHere(), before);
 
     constexpr uint64_t kNeverBlocked = Mask({SIGKILL, SIGSTOP, 32, 33});  // 32 and 33 are the C library's own
     constexpr uint64_t kOwn = Mask({SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF});
@@ -60,10 +57,22 @@ TEST(Workers, HaveTheirNameAndTakeNoSignalsOfTheHost) {
         std::getline(std::ifstream(task.path() / "comm"), name);
         if (name == "plenar-worker") {
             ++workers;
-            EXPECT_EQ(StatusOf(task, "SigBlk", 16) | kNeverBlocked, ~kOwn);
+            // The C library blocks all until the thread runs.
+            uint64_t blocked = ~uint64_t{0};
+            for (int tries = 0; tries < 1000 && blocked == ~uint64_t{0}; ++tries) {
+                blocked = StatusOf(task, "SigBlk", 16) | kNeverBlocked;
+                std::this_thread::sleep_for(std::chrono::milliseconds(blocked == ~uint64_t{0} ? 1 : 0));
+            }
+            EXPECT_EQ(blocked, ~kOwn);
         }
     }
     EXPECT_EQ(workers, 4U);
+
+    // Last, as the entries of the threads that are joined again may outlive them by a moment.
+    threadStarts.Arm(3);
+    EXPECT_NE(MessageOf([] { const TestDecoder decoder(4); }), "");
+    threadStarts.Disarm();
+    EXPECT_EQ(BlockedHere(), before);
 }
 
 // The mask that workers start with is the one of before the host blocked what it waits for.
