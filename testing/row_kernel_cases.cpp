@@ -17,6 +17,7 @@ using plenar::Order;
 using plenar::RowKernels;
 
 constexpr size_t kSampleSizes[] = {1, 2, 4};
+constexpr const char* kSizeTexts[] = {"", ", 1 byte a sample", ", 2 bytes a sample", "", ", 4 bytes a sample"};
 
 // What a kernel is called with, handed out in the order of its parameters.
 class Arguments {
@@ -139,9 +140,10 @@ std::string RowKernelFailure(const RowKernelCase& kernelCase, size_t units, cons
     Bytes expected;
     for (const plenar::Target target : plenar::RunnableTargets()) {
         static char what[160];
-        std::snprintf(what, sizeof what, "%s%s of %s, order %s, %zu bytes a sample, %zu units, places %u and %u: ",
-                      kernelCase.kernel.c_str(), kernelCase.variant.c_str(), NameOf(target),
-                      kernelCase.orderName.c_str(), kernelCase.sampleBytes, units, places.source, places.target);
+        std::snprintf(what, sizeof what, "%s%s of %s%s%s%s, %zu units, places %u and %u: ", kernelCase.kernel.c_str(),
+                      kernelCase.variant.c_str(), NameOf(target), kernelCase.orderName.empty() ? "" : ", order ",
+                      kernelCase.orderName.c_str(), kSizeTexts[kernelCase.sampleBytes], units, places.source,
+                      places.target);
         NoteForFaults(what);
         const Result result = Run(kernelCase, plenar::RowKernelsFor(target), units, places, content);
         expected = target == plenar::Target::Plain ? result.bytes : expected;

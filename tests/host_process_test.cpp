@@ -11,7 +11,7 @@
 #include <fstream>
 #include <thread>
 
-#include "testing/fault_site.h"
+#include "testing/allocations.h"
 #include "testing/message_of.h"
 #include "worker_counts.h"
 
@@ -124,7 +124,10 @@ protected:
         if (child == 0) {
             alarm(60);
             Bytes(room_.size()).swap(room_);
-            const bool right = !encodes || (EncodesRight() && EncodesRight());
+            // The first allocation is the state that takes the place of the one with workers.
+            allocations.Arm(encodes && GetParam() > 1 ? 1 : 0);
+            const bool lacksMemory = encodes && !EncodesRight();
+            const bool right = lacksMemory == allocations.Disarm() && (!encodes || (EncodesRight() && EncodesRight()));
             encoder_.reset();
             _exit(right ? 0 : 1);
         }

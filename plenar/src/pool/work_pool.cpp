@@ -63,6 +63,7 @@ void WorkPool::DropBatch() {
     }
     nextQueue_ = 0;
     enqueued_ = 0;
+    isInBatch_ = false;
 }
 
 void WorkPool::Wait() {
@@ -81,6 +82,7 @@ void WorkPool::Wait() {
         RunIfReady(workers_[i]);
     }
     AwaitFinish();
+    isInBatch_ = false;
     if (!errors_.empty()) {
         std::rethrow_exception(errors_.front());
     }

@@ -10,14 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "base/change_mark.h"
 #include "pool/worker_thread.h"
 
 namespace plenar {
 
 // The worker threads of one encoder or decoder. The owner's thread fills a batch with Enqueue and runs it with Wait;
-// between batches the workers sleep, after they have spun for a short time. Enqueue and Wait belong to
-// one thread at a time.
+// between batches the workers sleep, after they have spun for a short time. Enqueue and Wait belong to one thread at a
+// time.
 //
 // Each worker has a queue of its own. In Wait the owner doesn't stand idle: it takes the first queue itself, and then
 // whichever other one its worker hasn't taken yet. A queue is taken as a whole and its jobs run in order, so that a
@@ -40,6 +39,7 @@ public:
     // Whether a fork has copied the pool into this process, where its workers don't exist. Such a pool may be destroyed
     // if no batch was being filled or run when it was copied, and can do nothing else.
     bool IsInherited() const;
+    // From the first Enqueue of a batch to the end of its Wait.
     bool IsInBatch() const { return isInBatch_; }
 
     // Adds a job to the batch; job i goes to the queue of worker i modulo the worker count. What the job refers to must
@@ -52,9 +52,6 @@ public:
     void Wait();
 
 private:
-    template <class Callable>
-    friend void RunBatch(WorkPool& pool, uint32_t count, const Callable& job);
-
     WorkPool();
 
     // How a worker's queue stands: being filled or empty; released; being run; or the worker is to end.
@@ -90,6 +87,7 @@ private:
 
 template <class Callable>
 void WorkPool::Enqueue(Callable&& job) {
+    isInBatch_ = true;
     try {
         // Room for every job's failure is made here, so that a worker never has to allocate to report one.
         errors_.reserve(enqueued_ + 1);
@@ -112,7 +110,6 @@ void RunBatch(WorkPool& pool, uint32_t count, const Callable& job) {
         }
         return;
     }
-    const ChangeMark mark(pool.isInBatch_);
     for (uint32_t i = 0; i < count; ++i) {
         pool.Enqueue([&job, i] { job(i); });
     }
