@@ -5,6 +5,7 @@
 #include "testing/coded_planes.h"
 #include "testing/message_of.h"
 #include "testing/plane_bits.h"
+#include "testing/targets.h"
 
 namespace plenar_test {
 namespace {
@@ -86,10 +87,12 @@ TEST(DamagedPlane, EachKindHasItsMessageInEveryForm) {
         {"many rows too many", kRowSum, PlaneOf({3, 3}, {5, 16000000}, {half, half})},
         {"no rows", kRowSum, PlaneOf({3}, {0}, {half})}};
     for (const auto& [name, message, plane] : cases) {
-        for (const uint32_t workers : {0U, 2U}) {
-            EXPECT_EQ(MessageOf([&, &coded = plane] { DecodePlane(params, coded, Bytes(200), workers); }), message)
-                << name;
-        }
+        OnEachTarget([&, &name = name, &message = message, &plane = plane](const char* target) {
+            for (const uint32_t workers : {0U, 2U}) {
+                EXPECT_EQ(MessageOf([&] { DecodePlane(params, plane, Bytes(200), workers); }), message)
+                    << name << " on " << target;
+            }
+        });
     }
 }
 
