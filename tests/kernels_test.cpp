@@ -80,8 +80,8 @@ Band MakeBand(uint32_t depth, uint32_t width, uint32_t height, uint32_t seed) {
     return band;
 }
 
-// A run that ends with its band, alone or behind a token for one sample. There are bytes behind the stream, as the fast
-// decoders read whole words.
+// A run that ends with its band, alone or behind a token for one sample. Behind the stream is a whole window, as the
+// fast decoders leave what is nearer to the end than that.
 Band MakeBandOfRun(uint32_t depth, uint32_t run, uint32_t mode, uint32_t value, bool hasTokenBefore) {
     PlaneBits bits;
     if (hasTokenBefore) {
@@ -89,7 +89,8 @@ Band MakeBandOfRun(uint32_t depth, uint32_t run, uint32_t mode, uint32_t value, 
     }
     bits.Token(mode, run, value, depth, false);
     const uint32_t samples = run + (hasTokenBefore ? 1 : 0);
-    return {Join({bits.Get(), Bytes(16)}), Bytes(size_t{samples} * depth / 8, 0x5A), samples, 1, 0};
+    return {Join({bits.Get(), Bytes(plenar::kRleDecodeWindow)}), Bytes(size_t{samples} * depth / 8, 0x5A), samples, 1,
+            0};
 }
 
 TEST_P(BandKernel, DoesWhatItsPlainTwinDoes) {
