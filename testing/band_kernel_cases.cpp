@@ -1,5 +1,6 @@
 #include "testing/band_kernel_cases.h"
 
+#include <array>
 #include <cstdio>
 
 #include "testing/coded_planes.h"
@@ -109,17 +110,22 @@ const std::vector<BandKernelCase>& BandKernelCases() {
 std::string BandKernelFailure(const BandKernelCase& kernelCase, const Band& band, const Band& other, uint32_t place) {
     const auto run = kernelCase.depth == 8 ? Run<uint8_t> : Run<uint16_t>;
     Bytes expected;
-    for (const plenar::Target target : plenar::RunnableTargets()) {
-        static char what[128];
-        std::snprintf(what, sizeof what, "%s of %s, %u x %u samples, place %u: ", kernelCase.kernel, NameOf(target),
-                      band.width, band.height, place);
-        NoteForFaults(what);
+    plenar::Target target = {};
+    const std::function<std::string()> what = [&] {
+        std::array<char, 128> text;
+        std::snprintf(text.data(), text.size(), "%s of %s, %u x %u samples, place %u: ", kernelCase.kernel,
+                      NameOf(target), band.width, band.height, place);
+        return std::string(text.data());
+    };
+    const FaultNote note(what);
+    for (const plenar::Target each : plenar::RunnableTargets()) {
+        target = each;
         RleBandKernels kernels = BandKernelsFor(plenar::Target::Plain, kernelCase.depth);
         kernelCase.take(kernels, BandKernelsFor(target, kernelCase.depth));
         const Bytes result = run(kernels, band, other, place);
         expected = target == plenar::Target::Plain ? result : expected;
         if (result != expected) {
-            return what + Difference(result, expected);
+            return what() + Difference(result, expected);
         }
     }
     return "";

@@ -34,13 +34,30 @@ uint8_t* TakePages() {
     return pages;
 }
 
-std::atomic<const char*> faultNote = nullptr;
+std::atomic<const std::function<std::string()>*> faultNote = nullptr;
 struct sigaction formerAction;
 
+// In the middle of a kernel, and so with no lock of the C library held.
 void PrintNote(int) {
-    const char* note = faultNote;
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, note, std::strlen(note));
+    if (const auto* text = faultNote.load()) {
+        const std::string note = (*text)();
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, note.data(), note.size());
+    }
     sigaction(SIGSEGV, &formerAction, nullptr);  // and the instruction is tried again
+}
+
+void PrintNotesAtFaults() {
+    struct sigaction action = {};
+    action.sa_handler = PrintNote;
+    sigaction(SIGSEGV, &action, &formerAction);
+}
+
+bool AreMarks(const uint8_t* first, const uint8_t* end) {
+    uint8_t others = 0;  // no early end: the loop is done in vectors
+    for (; first != end; ++first) {
+        others |= *first ^ kMark;
+    }
+    return others == 0;
 }
 
 }  // namespace
@@ -76,16 +93,16 @@ ExactBuffer::~ExactBuffer() {
 
 bool ExactBuffer::IsIntact() const {
     ASAN_UNPOISON_MEMORY_REGION(marks_, static_cast<size_t>(marksEnd_ - marks_));
-    const auto isMark = [](uint8_t byte) { return byte == kMark; };
-    return std::all_of(marks_, first_, isMark) && std::all_of(first_ + size_, marksEnd_, isMark);
+    return AreMarks(marks_, first_) && AreMarks(first_ + size_, marksEnd_);
 }
 
-void NoteForFaults(const char* note) {
-    if (faultNote.exchange(note) == nullptr) {
-        struct sigaction action = {};
-        action.sa_handler = PrintNote;
-        sigaction(SIGSEGV, &action, &formerAction);
-    }
+FaultNote::FaultNote(const std::function<std::string()>& text) {
+    [[maybe_unused]] static const bool once = (PrintNotesAtFaults(), true);
+    faultNote = &text;
+}
+
+FaultNote::~FaultNote() {
+    faultNote = nullptr;
 }
 
 }  // namespace plenar_test

@@ -2,7 +2,9 @@
 // takes longer to get than to use; the address sanitizer is told which bytes of them are nobody's.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "testing/bytes.h"
 
@@ -38,7 +40,14 @@ private:
     std::unique_ptr<uint8_t[]> block_;  // for what is too large for the pages
 };
 
-// Has what is told last printed when the process steps on an inaccessible page, as no check lives to say where.
-void NoteForFaults(const char* note);
+// Tells what is going on when the process steps on an inaccessible page, as no check lives to say it. The text is made
+// only then: most texts are never read.
+class FaultNote {
+public:
+    explicit FaultNote(const std::function<std::string()>& text);
+    ~FaultNote();
+    FaultNote(const FaultNote&) = delete;
+    FaultNote& operator=(const FaultNote&) = delete;
+};
 
 }  // namespace plenar_test

@@ -108,17 +108,27 @@ struct Result {
     bool staysInside;
 };
 
-Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t units, const RowPlaces& places,
-           const Bytes& content) {
+// What the parts of a row hold before a call.
+struct RowContent {
+    std::array<Bytes, 2> src;
+    std::array<Bytes, 2> dst;
+};
+
+RowContent ContentOf(const RowKernelCase& kernelCase, size_t units, const Bytes& content) {
     const auto bytesOf = [units](size_t bits) { return (bits * units + 7) / 8; };
-    const auto source = [&](size_t bits) { return Repeated(content, bytesOf(bits)); };
     const auto [srcBits, dstBits] = std::pair(kernelCase.sourceBits, kernelCase.targetBits);
-    const ExactBuffer buffers[] = {{source(srcBits[0]), places.source, places.sourceShift},
-                                   {source(srcBits[1]), places.source, places.sourceShift},
-                                   {Bytes(bytesOf(dstBits[0]), 0xCD), places.target, places.targetShift},
-                                   {Bytes(bytesOf(dstBits[1]), 0xCD), places.target, places.targetShift}};
-    uint8_t* const first = buffers[dstBits[0] == 0 ? 0 : 2].data();
-    uint8_t* const second = dstBits[1] == 0 ? nullptr : buffers[3].data();
+    return {{Repeated(content, bytesOf(srcBits[0])), Repeated(content, bytesOf(srcBits[1]))},
+            {Bytes(bytesOf(dstBits[0]), 0xCD), Bytes(bytesOf(dstBits[1]), 0xCD)}};
+}
+
+Result Run(const RowKernelCase& kernelCase, const RowKernels& kernels, size_t units, const RowPlaces& places,
+           const RowContent& row) {
+    const ExactBuffer buffers[] = {{row.src[0], places.source, places.sourceShift},
+                                   {row.src[1], places.source, places.sourceShift},
+                                   {row.dst[0], places.target, places.targetShift},
+                                   {row.dst[1], places.target, places.targetShift}};
+    uint8_t* const first = buffers[kernelCase.targetBits[0] == 0 ? 0 : 2].data();
+    uint8_t* const second = kernelCase.targetBits[1] == 0 ? nullptr : buffers[3].data();
     kernelCase.run(kernels, kernelCase, {{buffers[0].data(), buffers[1].data()}, {first, second}}, units);
     Result result = {{}, true};
     for (const ExactBuffer& buffer : buffers) {
@@ -137,21 +147,27 @@ const std::vector<RowKernelCase>& RowKernelCases() {
 
 std::string RowKernelFailure(const RowKernelCase& kernelCase, size_t units, const RowPlaces& places,
                              const Bytes& content) {
+    const RowContent row = ContentOf(kernelCase, units, content);
     Bytes expected;
-    for (const plenar::Target target : plenar::RunnableTargets()) {
-        static char what[160];
-        std::snprintf(what, sizeof what, "%s%s of %s%s%s%s, %zu units, places %u and %u: ", kernelCase.kernel.c_str(),
-                      kernelCase.variant.c_str(), NameOf(target), kernelCase.orderName.empty() ? "" : ", order ",
-                      kernelCase.orderName.c_str(), kSizeTexts[kernelCase.sampleBytes], units, places.source,
-                      places.target);
-        NoteForFaults(what);
-        const Result result = Run(kernelCase, plenar::RowKernelsFor(target), units, places, content);
+    plenar::Target target = {};
+    const std::function<std::string()> what = [&] {
+        std::array<char, 160> text;
+        std::snprintf(
+            text.data(), text.size(), "%s%s of %s%s%s%s, %zu units, places %u and %u: ", kernelCase.kernel.c_str(),
+            kernelCase.variant.c_str(), NameOf(target), kernelCase.orderName.empty() ? "" : ", order ",
+            kernelCase.orderName.c_str(), kSizeTexts[kernelCase.sampleBytes], units, places.source, places.target);
+        return std::string(text.data());
+    };
+    const FaultNote note(what);
+    for (const plenar::Target each : plenar::RunnableTargets()) {
+        target = each;
+        const Result result = Run(kernelCase, plenar::RowKernelsFor(target), units, places, row);
         expected = target == plenar::Target::Plain ? result.bytes : expected;
         if (!result.staysInside) {
-            return std::string(what) + "writes outside its target";
+            return what() + "writes outside its target";
         }
         if (result.bytes != expected) {
-            return what + Difference(result.bytes, expected);
+            return what() + Difference(result.bytes, expected);
         }
     }
     return "";
