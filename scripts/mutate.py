@@ -29,6 +29,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -63,6 +64,7 @@ NUMBER = re.compile(r"(?<![\w.\"'])(0x[0-9A-Fa-f]+|\d+)(?![\w.]*[.\"'])")
 STATEMENT = re.compile(r"^\s+(?!return\b|using\b)([\w.:>\[\]*()-]+(\(.*\)| [-+*/%&|^<>]*= .*)|\+\+\w+|--\w+);$")
 ARGUMENTS = re.compile(r"\w\(([^(),]+), ([^(),]+)(?=[,)])")
 CHOICE = re.compile(r"\? ([^?:]+) : ([^?:;,)]+)(?=[;,)])")
+FAILED_TEST = re.compile(rb"\[  FAILED  \] (\S+)")
 NO_CODE = re.compile(r"^\s*(//|#|using |static_assert|template)")
 
 
@@ -223,20 +225,23 @@ class Tests:
             command, part, parts = self.waiting.popleft()
             environment = dict(os.environ, GTEST_FAIL_FAST="1", GTEST_SHARD_INDEX=str(part),
                                GTEST_TOTAL_SHARDS=str(parts), TMPDIR=str(WORK / "tmp"))  # fmt: skip
+            output = tempfile.TemporaryFile()
             process = subprocess.Popen(command, cwd=WORK / "tmp", env=environment, start_new_session=True,
-                                       preexec_fn=prepare_process, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL)  # fmt: skip
-            self.running[process] = os.path.basename(command[0])
+                                       preexec_fn=prepare_process, stdin=subprocess.DEVNULL, stdout=output,
+                                       stderr=subprocess.STDOUT)  # fmt: skip
+            self.running[process] = (os.path.basename(command[0]), output)
 
     def _ended(self, end):
-        for process, name in list(self.running.items()):
+        for process, (name, output) in list(self.running.items()):
             code = process.poll()
             if code is None and time.monotonic() > end:
                 return name + " doesn't end"
             if code is not None:
                 del self.running[process]
                 if code != 0:
-                    return name
+                    output.seek(0)
+                    failed = FAILED_TEST.search(output.read())
+                    return f"{name} {failed[1].decode() if failed else ''}"
         return None
 
 

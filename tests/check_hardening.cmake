@@ -1,8 +1,10 @@
 # Looks in the shared library for the hardening that it is built with; see cmake/PlenarHardening.cmake.
-# cmake -DLIBRARY=... -DNM=... -DREADELF=... -DFORTIFIED=... -P
+# cmake -DLIBRARY=... -DNM=... -DREADELF=... -DOBJDUMP=... -DFORTIFIED=... -DCF_PROTECTED=... -P
 execute_process(COMMAND ${READELF} -lW ${LIBRARY} OUTPUT_VARIABLE segments COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${READELF} -dW ${LIBRARY} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${NM} -D --undefined-only ${LIBRARY} OUTPUT_VARIABLE undefined COMMAND_ERROR_IS_FATAL ANY)
+
+execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${LIBRARY} OUTPUT_VARIABLE code COMMAND_ERROR_IS_FATAL ANY)
 
 set(faults)
 macro(expect text pattern what)
@@ -25,6 +27,10 @@ refuse(dynamic "RPATH|RUNPATH" "the library brings a search path of its own")
 expect(undefined "__stack_chk_fail" "no function has a guarded frame")
 if(FORTIFIED)
     expect(undefined "__mem[a-z]+_chk" "no copy into an object of known size is checked")
+endif()
+expect(undefined "__glibcxx_assert_fail" "no container checks an index")
+if(CF_PROTECTED)
+    expect(code "<Plenar_EncodeFrame[^>]*>:[^\n]*\n[^\n]*endbr64" "functions aren't marked as targets of calls")
 endif()
 
 if(faults)
