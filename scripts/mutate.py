@@ -189,10 +189,7 @@ def test_commands():
     return {side: [(quick, JOBS), (others, 1)] for side, (quick, others) in sides.items()}
 
 
-def prepare_process():
-    """A background job of a shell ignores these signals, and so would the programs that the tests send them to."""
-    for number in (signal.SIGINT, signal.SIGQUIT):
-        signal.signal(number, signal.SIG_DFL)
+def limit_process():
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -227,7 +224,7 @@ class Tests:
                                GTEST_TOTAL_SHARDS=str(parts), TMPDIR=str(WORK / "tmp"))  # fmt: skip
             output = tempfile.TemporaryFile()
             process = subprocess.Popen(command, cwd=WORK / "tmp", env=environment, start_new_session=True,
-                                       preexec_fn=prepare_process, stdin=subprocess.DEVNULL, stdout=output,
+                                       preexec_fn=limit_process, stdin=subprocess.DEVNULL, stdout=output,
                                        stderr=subprocess.STDOUT)  # fmt: skip
             self.running[process] = (os.path.basename(command[0]), output)
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -35,6 +36,10 @@ protected:
         const std::string script = "exec >.out 2>.err; PLENAR='" PLENAR_TOOL "'; " + command;
         const pid_t process = fork();
         if (process == 0) {
+            // Some of them are ignored by what runs in the background.
+            for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+                std::signal(number, SIG_DFL);
+            }
             execl("/bin/bash", "bash", "-c", script.c_str(), nullptr);
             _exit(127);
         }
