@@ -39,10 +39,11 @@ BUILD = WORK / "build"
 JOBS = 2
 MEMORY_LIMIT = 16 << 30
 
-# By the directory of a fault: where its objects lie, and the test programs to begin with.
+# By the directory of a fault: where its objects lie, and the tests to begin with: programs of GoogleTest's, and those of
+# their tests that are left for later as they take long.
 SIDES = {
-    "plenar": (["plenar"], ["tests/plenar_core_tests", "tests/plenar_tests"]),
-    "tools": (["tools", "tests/tool"], ["tests/tool/plenar_tool_tests"]),
+    "plenar": (["plenar"], {"tests/plenar_core_tests": "", "tests/plenar_tests": "", "tests/plenar_way_tests": ""}),
+    "tools": (["tools", "tests/tool"], {"tests/tool/plenar_tool_tests": "Files.*"}),
 }
 
 # What stands for what. The sources' format puts blanks around the operators that take two numbers.
@@ -185,8 +186,13 @@ def test_commands():
     for command in commands:
         program = os.path.relpath(command[0], BUILD)
         side = "tools" if program.startswith("tests/tool/") else "plenar"
-        sides[side][program not in SIDES[side][1]].append(command)
-    return {side: [(quick, JOBS), (others, 1)] for side, (quick, others) in sides.items()}
+        later = SIDES[side][1].get(program)
+        if later:
+            sides[side][0].append((*command, "--gtest_filter=-" + later))
+            sides[side][1].append((*command, "--gtest_filter=" + later))
+        else:
+            sides[side][later is None].append(command)
+    return sides
 
 
 def limit_process():
@@ -195,10 +201,14 @@ def limit_process():
 
 
 class Tests:
-    """A few test programs that run side by side, each of GoogleTest's in as many parts."""
+    """A few test programs that run side by side, the large ones in as many parts."""
 
-    def __init__(self, commands, parts):
-        self.waiting = collections.deque((command, part, parts) for command in commands for part in range(parts))
+    def __init__(self, commands):
+        self.waiting = collections.deque()
+        for command in commands:
+            program = os.path.relpath(command[0], BUILD)
+            parts = JOBS if any(program in large for _, large in SIDES.values()) else 1
+            self.waiting += [(command, part, parts) for part in range(parts)]
         self.running = {}
 
     def failed(self, limit):
@@ -253,12 +263,12 @@ class Bench:
             sys.exit("mutate.py: the tree doesn't build")
         self.digests = {side: objects_digest(SIDES[side][0]) for side in sides}
         self.tests = test_commands()
-        self.limits = {side: [self._limit(*stage) for stage in self.tests[side]] for side in sides}
+        self.limits = {side: [self._limit(stage) for stage in self.tests[side]] for side in sides}
 
     @staticmethod
-    def _limit(tests, parts):
+    def _limit(commands):
         start = time.monotonic()
-        failure = Tests(tests, parts).failed(1800)
+        failure = Tests(commands).failed(1800)
         if failure:
             sys.exit(f"mutate.py: {failure} fails without any fault")
         return 30 + 5 * (time.monotonic() - start)
@@ -279,12 +289,12 @@ class Bench:
             return "invalid", ""
         if side == "plenar" and objects_digest(SIDES[side][0]) == self.digests[side]:
             return "equal", ""
-        for (tests, parts), limit in zip(self.tests[side], self.limits[side]):
-            if not build([os.path.relpath(command[0], BUILD) for command in tests] + programs):
+        for commands, limit in zip(self.tests[side], self.limits[side]):
+            if not build([os.path.relpath(command[0], BUILD) for command in commands] + programs):
                 return "invalid", ""
             if objects_digest(SIDES[side][0]) == self.digests[side]:
                 return "equal", ""
-            failure = Tests(tests, parts).failed(limit)
+            failure = Tests(commands).failed(limit)
             if failure:
                 return "noticed", failure
         return "SURVIVED", ""

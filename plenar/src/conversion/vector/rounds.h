@@ -11,6 +11,7 @@
 
 #include "conversion/row_kernels.h"
 #include "simd/vector.h"
+#include "simd/ways.h"
 
 namespace plenar {
 namespace {
@@ -52,6 +53,7 @@ size_t CoverInRounds(size_t total, size_t size, size_t step, bool mayOverlap, bo
     for (size_t done = 0; done < covered; done += size) {
         const size_t start = done < last ? done : last;
         round(downward ? last - start : start);
+        TakeWay(Way::Round);
     }
     return covered;
 }

@@ -12,6 +12,7 @@
 #include "rle/vector/run_queue.h"
 #include "rle/vector/token_writer.h"
 #include "simd/vector.h"
+#include "simd/ways.h"
 
 namespace plenar {
 namespace {
@@ -87,6 +88,7 @@ private:
             if (!AllSet(equal)) {
                 break;
             }
+            TakeWay(Way::FlatBlock);
         }
         return same;
     }

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "simd/vector.h"
+#include "simd/ways.h"
 
 namespace plenar {
 namespace {
@@ -61,6 +62,7 @@ public:
         const auto count = static_cast<uint32_t>(__builtin_popcountll(block.starts));
         if (TargetVector::kPermutesDwords && count >= kMany) {
             AddMany(block, position);
+            TakeWay(Way::RunsTogether);
         } else {
             AddFew(block, position);
         }

@@ -5,6 +5,7 @@
 #include "rle/rle_codes.h"
 #include "rle/vector/run_queue.h"
 #include "simd/vector.h"
+#include "simd/ways.h"
 
 namespace plenar {
 namespace {
@@ -150,6 +151,7 @@ inline bool PutInPairs(TokenWriter& writer, const uint32_t* starts, const uint32
             writer.Put<false>(pair[i + 1], bothLengths - firstLength);
         }
     }
+    TakeWay(Way::TokenPairs);
     return true;
 }
 
