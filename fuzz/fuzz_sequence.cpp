@@ -13,7 +13,9 @@ uint64_t calls = 0;  // told at the end, as an input is one execution whatever t
 
 class Sequence {
 public:
-    explicit Sequence(uint32_t threads) : encoder_(threads), decoder_(threads), payload_(Good()) {}
+    explicit Sequence(uint32_t threads) : encoder_(threads), decoder_(threads), payload_(Good()) {
+        plenar::WakeWorkersFrom(0);
+    }
 
     void Step(FuzzInput& input) {
         const uint32_t kind = input.Byte() % 3;

@@ -4,6 +4,7 @@
 #include <array>
 #include <tuple>
 
+#include "pool/work_pool.h"
 #include "testing/frame_calls.h"
 #include "testing/fuzz_input.h"
 #include "testing/targets.h"
@@ -71,9 +72,11 @@ inline Way TakeOtherWay(FuzzInput& input) {
     return {codec < 0xFC ? 1 : 2 + codec % 2, 1 + choice % 2, choice / 2, 0xFF};
 }
 
-// One of a few objects that live on. Those with threads come up seldom, as waking threads costs more than all else.
+// One of a few objects that live on. Those with threads come up seldom, as waking threads costs more than all else;
+// they wake for the smallest frame.
 template <class Codec>
 Codec& CodecFor(const Way& way) {
+    plenar::WakeWorkersFrom(0);
     static std::array<Codec, 4> codecs = {Codec(1), Codec(1), Codec(2), Codec(0)};
     return codecs[way.codec];
 }

@@ -21,8 +21,9 @@ inline Bytes Padded(const plenar::RleParams& params, const Bytes& plain, uint64_
     return rows;
 }
 
-// Lives on, as to start threads takes longer than to use them.
+// Lives on, as to start threads takes longer than to use them. Its workers wake for the smallest plane.
 inline plenar::WorkPool& PoolOf(uint32_t workers) {
+    plenar::WakeWorkersFrom(0);
     static std::map<uint32_t, plenar::WorkPool> pools;
     return pools.try_emplace(workers, workers).first->second;
 }

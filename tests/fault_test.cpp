@@ -21,7 +21,7 @@ enum class Call { Encode, Decode, ReadMetadata };
 class Host {
 public:
     Host(uint32_t order, uint32_t type, uint8_t alphaRle, uint32_t threads)
-        : params_(MakeParams(order, type, 64, 40)), compressed_(MakeCompressed(alphaRle)), threads_(threads) {
+        : params_(MakeParams(order, type, 128, 80)), compressed_(MakeCompressed(alphaRle)), threads_(threads) {
         // The last plane's end is missing.
         damaged_.resize(std::max<size_t>(damaged_.size(), 13) - 9);
         StateSize(damaged_, 0, damaged_.size());

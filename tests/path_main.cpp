@@ -1,10 +1,11 @@
-// Runs the tests that it is linked with on the kernels of one target, whatever the processor would choose:
-// --target=NAME.
+// Runs the tests that it is linked with on the kernels of one target, whatever the processor would choose, and on all
+// threads, however small a frame is: --target=NAME.
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>
 
+#include "pool/work_pool.h"
 #include "simd/target.h"
 
 int main(int argc, char** argv) {
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
     for (const plenar::Target target : plenar::RunnableTargets()) {
         if (argc == 2 && argv[1] == std::string("--target=") + plenar::NameOf(target)) {
             plenar::ForceTarget(target);
+            plenar::WakeWorkersFrom(0);
             return RUN_ALL_TESTS();
         }
     }

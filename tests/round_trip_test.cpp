@@ -78,6 +78,7 @@ TEST_P(EveryPair, EncodesAndDecodesAsTheModelDoes) {
         ASSERT_NO_FATAL_FAILURE(CheckRoundTrip(Shaped(order, type, width, height, 0), seed));
         ASSERT_NO_FATAL_FAILURE(CheckRoundTrip(Shaped(order, type, width, paddedHeight, 1 + seed % 18), seed + 1));
     }
+    CheckRoundTrip(MakeParams(order, type, 260, 132), seed);  // enough for several threads
     // Without rows there are no samples, however wide they would be and however many workers wait for some.
     CheckRoundTrip(MakeParams(order, type, kWidest, 0), 8 * seed);
 }

@@ -35,7 +35,7 @@ TEST_P(WorkPoolTest, RunsEveryJobOfManyBatches) {
     const std::thread::id owner = std::this_thread::get_id();
     for (uint32_t batch = 0; batch < 100000; ++batch) {
         const uint32_t jobs = batch % 70;
-        RunBatch(pool, jobs, [&](uint32_t i) {
+        RunBatch(pool, UINT64_MAX, jobs, [&](uint32_t i) {
             ran[i] = batch;
             ranOnWorkers += std::this_thread::get_id() != owner ? 1 : 0;
             // Jobs as short as these are done before a worker wakes up, unless one gives way.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "conversion/row_conversion.h"
 #include "conversion/row_kernels.h"
 #include "format/sample_type.h"
 #include "pool/bands.h"
@@ -12,32 +11,14 @@ namespace plenar {
 
 namespace {
 
-// Calls run(band) for bands that make up `height` rows of `rowBytes` bytes: one for each worker, or one if there are
-// none.
-template <class Run>
-void RunInBands(WorkPool& pool, uint32_t height, size_t rowBytes, const Run& run) {
-    if (height == 0 || rowBytes == 0) {
-        return;
-    }
-    const RowBands bands = SplitRows(height, std::max(pool.WorkerCount(), 1U));
-    RunBatch(pool, bands.Count(), [&](uint32_t i) { run(bands[i]); });
-}
-
 // Whether rows are the same on both sides.
 bool IsCopied(const UncompressedParams& params) {
     return !NeedsReorder(params.colorComponentOrder) && !NeedsPacking(params.componentType);
 }
 
-// The kernel for rows that are copied as part of so many bytes read and written. What outgrows the last cache is
-// written past it; a smaller result is kept for whoever reads it next.
-auto CopyKernelFor(uint64_t bytesMoved) {
-    const RowKernels& kernels = ActiveRowKernels();
-    return bytesMoved > LastLevelCacheBytes() ? kernels.streamCopy : kernels.copy;
-}
-
 RowShape ShapeOf(const UncompressedParams& params, size_t callerBytes, size_t planeBytes, const uint8_t* planeEnd) {
-    return {.kernels = ActiveRowKernels(),
-            .order = FindOrder(params.colorComponentOrder),
+    return {.kernels = &ActiveRowKernels(),
+            .order = &FindOrder(params.colorComponentOrder),
             .sampleBytes = SampleBytes(params.componentType),
             .width = params.width,
             .callerBytes = callerBytes,
@@ -45,57 +26,99 @@ RowShape ShapeOf(const UncompressedParams& params, size_t callerBytes, size_t pl
             .planeEnd = planeEnd};
 }
 
+uint64_t BytesOf(const PlaneRows& plane) {
+    return plane.rows * uint64_t{plane.rowBytes};
+}
+
+// The first of the plane's rows that begin at `place` or behind it, where its first row begins at `start`.
+uint32_t RowFrom(const PlaneRows& plane, uint64_t start, uint64_t place) {
+    if (place <= start) {
+        return 0;
+    }
+    return static_cast<uint32_t>(std::min<uint64_t>(plane.rows, (place - start + plane.rowBytes - 1) / plane.rowBytes));
+}
+
+// The rows that begin between two places in the planes' bytes, read and written, as they come one behind the other.
+void ConvertBetween(const PlaneRowsList& planes, uint64_t begin, uint64_t end, bool stream) {
+    uint64_t start = 0;
+    for (const PlaneRows& plane : planes) {
+        const uint32_t first = RowFrom(plane, start, begin);
+        const Band band = {first, RowFrom(plane, start, end) - first};
+        if (band.rows != 0) {
+            const auto run = stream ? plane.conversion.stream : plane.conversion.run;
+            run(plane.shape, band, plane.joinsRows ? band.rows : 1, plane.sides);
+        }
+        start += BytesOf(plane);
+    }
+}
+
 }  // namespace
 
-void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args) {
+PlaneRows RowsToEncode(const EncodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
     if (IsCopied(params)) {
-        return CopyRows(pool, {.src = args.src,
-                               .srcStride = args.srcStride,
-                               .dst = args.dst,
-                               .dstStride = args.dstStride,
-                               .rowLength = args.dstStride,
-                               .rows = params.height});
+        return RowsToCopy({.src = args.src,
+                           .srcStride = args.srcStride,
+                           .dst = args.dst,
+                           .dstStride = args.dstStride,
+                           .rowLength = args.dstStride,
+                           .rows = params.height});
     }
     const RowShape shape = ShapeOf(params, args.rowLength, args.dstStride, nullptr);
-    const EncodeConversion conversion = EncodeConversionFor(shape, params.componentType);
-    const bool joinsRows = conversion.joinsRows && args.srcStride == args.rowLength;
-    RunInBands(pool, params.height, args.rowLength, [&](const Band& band) {
-        conversion.run(shape, band, joinsRows ? band.rows : 1, {args.src, args.srcStride}, {args.dst, args.dstStride},
-                       {args.alphaDst, args.alphaStride});
-    });
+    const RowConversion conversion = EncodeConversionFor(shape, params.componentType);
+    return {
+        .shape = shape,
+        .conversion = conversion,
+        .sides = {{{args.src, args.srcStride}, {}}, {{args.dst, args.dstStride}, {args.alphaDst, args.alphaStride}}},
+        .rows = params.height,
+        .rowBytes = args.rowLength + args.dstStride + args.alphaStride,
+        .joinsRows = conversion.joinsRows && args.srcStride == args.rowLength};
 }
 
-void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args) {
+PlaneRows RowsToDecode(const DecodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
     if (IsCopied(params) && !args.fixedToFloat) {
-        return CopyRows(pool, {.src = args.plane,
-                               .srcStride = args.planeStride,
-                               .dst = args.dst,
-                               .dstStride = args.dstStride,
-                               .rowLength = args.planeStride,
-                               .rows = params.height});
+        return RowsToCopy({.src = args.plane,
+                           .srcStride = args.planeStride,
+                           .dst = args.dst,
+                           .dstStride = args.dstStride,
+                           .rowLength = args.planeStride,
+                           .rows = params.height});
     }
     const RowShape shape = ShapeOf(params, args.rowLength, args.planeStride, args.planeEnd);
-    const DecodeConversion conversion =
+    const RowConversion conversion =
         args.fixedToFloat ? FixedToFloatConversionFor(shape) : DecodeConversionFor(shape, params.componentType);
-    const bool joinsRows = conversion.joinsRows && args.dstStride == args.rowLength;
-    RunInBands(pool, params.height, args.rowLength, [&](const Band& band) {
-        conversion.run(shape, band, joinsRows ? band.rows : 1, {args.plane, args.planeStride},
-                       {args.alpha, args.alphaStride}, {args.dst, args.dstStride});
-    });
+    return {
+        .shape = shape,
+        .conversion = conversion,
+        .sides = {{{args.plane, args.planeStride}, {args.alpha, args.alphaStride}}, {{args.dst, args.dstStride}, {}}},
+        .rows = params.height,
+        .rowBytes = args.planeStride + args.alphaStride + args.rowLength,
+        .joinsRows = conversion.joinsRows && args.dstStride == args.rowLength};
 }
 
-void CopyRows(WorkPool& pool, const CopyRowsArgs& args) {
-    const auto copy = CopyKernelFor(args.rows * uint64_t{2} * args.rowLength);
-    const bool joinsRows = args.srcStride == args.rowLength && args.dstStride == args.rowLength;
-    RunInBands(pool, args.rows, args.rowLength, [&](const Band& band) {
-        const uint8_t* src = args.src + band.firstRow * args.srcStride;
-        uint8_t* dst = args.dst + band.firstRow * args.dstStride;
-        const size_t together = joinsRows ? band.rows : 1;
-        for (size_t row = 0; row < band.rows; row += together) {
-            copy(src + row * args.srcStride, dst + row * args.dstStride, together * args.rowLength);
-        }
+PlaneRows RowsToCopy(const CopyRowsArgs& args) {
+    RowShape shape = {};
+    shape.kernels = &ActiveRowKernels();
+    shape.planeBytes = args.rowLength;
+    return {.shape = shape,
+            .conversion = kCopyConversion,
+            .sides = {{{args.src, args.srcStride}, {}}, {{args.dst, args.dstStride}, {}}},
+            .rows = args.rows,
+            .rowBytes = 2 * args.rowLength,
+            .joinsRows = args.srcStride == args.rowLength && args.dstStride == args.rowLength};
+}
+
+void ConvertPlanes(WorkPool& pool, const PlaneRowsList& planes) {
+    uint64_t bytes = 0;
+    for (const PlaneRows& plane : planes) {
+        bytes += BytesOf(plane);
+    }
+    // What outgrows the last cache is written past it; a smaller result is kept for whoever reads it next.
+    const bool stream = bytes > LastLevelCacheBytes();
+    const uint32_t shares = ThreadsFor(pool, bytes);
+    RunBatch(pool, bytes, shares, [&planes, bytes, shares, stream](uint32_t i) {
+        ConvertBetween(planes, bytes * i / shares, bytes * (i + 1) / shares, stream);
     });
 }
 

@@ -1,16 +1,29 @@
-// Moves the samples of a whole plane between the caller's rows and the plane's, in bands of rows on the pool's
+// Moves the samples of a frame's planes between the caller's rows and the planes', in bands of rows on the pool's
 // threads.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "base/fixed_list.h"
+#include "conversion/row_conversion.h"
 #include "plenar_sdk.h"
 #include "pool/work_pool.h"
 
 namespace plenar {
 
-// Strides and lengths are in bytes. Rows run from top to bottom on both sides, and no row looks at another.
+// All rows of a plane with what is done to them. Rows run from top to bottom on both sides, and no row looks at
+// another.
+struct PlaneRows {
+    RowShape shape;
+    RowConversion conversion;
+    RowSides sides;
+    uint32_t rows;
+    size_t rowBytes;  // read and written of each
+    bool joinsRows;   // whether they can be taken as one long row
+};
+
+// Strides and lengths are in bytes.
 struct EncodeRowsArgs {
     UncompressedParams params;  // order, type and the size of this plane
     const uint8_t* src;         // the caller's first row
@@ -22,7 +35,7 @@ struct EncodeRowsArgs {
     size_t alphaStride;  // what these samples take of a row, also where they are dropped
 };
 
-void EncodeRows(WorkPool& pool, const EncodeRowsArgs& args);
+PlaneRows RowsToEncode(const EncodeRowsArgs& args);
 
 struct DecodeRowsArgs {
     UncompressedParams params;  // order, type and the size of this plane
@@ -37,9 +50,9 @@ struct DecodeRowsArgs {
     size_t dstStride;
 };
 
-void DecodeRows(WorkPool& pool, const DecodeRowsArgs& args);
+PlaneRows RowsToDecode(const DecodeRowsArgs& args);
 
-// Copies `rows` rows of `rowLength` bytes. Padding is neither read nor written, unless both sides are alike.
+// `rows` rows of `rowLength` bytes as they are. Padding is neither read nor written, unless both sides are alike.
 struct CopyRowsArgs {
     const uint8_t* src;
     size_t srcStride;
@@ -49,6 +62,10 @@ struct CopyRowsArgs {
     uint32_t rows;
 };
 
-void CopyRows(WorkPool& pool, const CopyRowsArgs& args);
+PlaneRows RowsToCopy(const CopyRowsArgs& args);
+
+// As one batch, in which each worker has as many bytes to move, of whichever planes.
+using PlaneRowsList = FixedList<PlaneRows, 4>;
+void ConvertPlanes(WorkPool& pool, const PlaneRowsList& planes);
 
 }  // namespace plenar

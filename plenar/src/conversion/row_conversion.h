@@ -13,8 +13,8 @@ namespace plenar {
 
 // What the rows of a plane have in common. Sizes are those of a row without padding.
 struct RowShape {
-    const RowKernels& kernels;
-    const Order& order;
+    const RowKernels* kernels;
+    const Order* order;
     size_t sampleBytes;  // of the caller's samples
     size_t width;        // pixels
     size_t callerBytes;
@@ -25,33 +25,37 @@ struct RowShape {
 // The rows of one side of a conversion; a side that isn't there has no first row.
 template <class Byte>
 struct RowsOf {
-    Byte* first;
-    size_t stride;
+    Byte* first = nullptr;
+    size_t stride = 0;
 
     Byte* At(size_t row) const { return first != nullptr ? first + row * stride : nullptr; }
 };
-using SourceRows = RowsOf<const uint8_t>;
-using TargetRows = RowsOf<uint8_t>;
+
+// Where rows come from and go to: the caller's and the plane's, or the other way round. Alpha samples that stand among
+// the caller's have a place of their own, the second one.
+struct RowSides {
+    RowsOf<const uint8_t> src[2];
+    RowsOf<uint8_t> dst[2];
+};
 
 // What is done to the rows of a band, `together` at a time: 1, or, where no side has padding, all of them as one long
 // row.
-struct EncodeConversion {
-    void (*run)(const RowShape& shape, const Band& band, size_t together, const SourceRows& caller,
-                const TargetRows& plane, const TargetRows& alpha);
+struct RowConversion {
+    using Run = void (*)(const RowShape& shape, const Band& band, size_t together, const RowSides& sides);
+
+    Run run;
+    Run stream;      // the same with a target that is written past the caches, where that is to be had
     bool joinsRows;  // whether rows may be taken together
 };
 
-struct DecodeConversion {
-    void (*run)(const RowShape& shape, const Band& band, size_t together, const SourceRows& plane,
-                const SourceRows& alpha, const TargetRows& caller);
-    bool joinsRows;
-};
+// For rows that are the same on both sides.
+extern const RowConversion kCopyConversion;
 
 // For rows that aren't copied. Throw invalid_argument for an order or a type that no conversion is made for.
-EncodeConversion EncodeConversionFor(const RowShape& shape, uint32_t componentType);
-DecodeConversion DecodeConversionFor(const RowShape& shape, uint32_t componentType);
+RowConversion EncodeConversionFor(const RowShape& shape, uint32_t componentType);
+RowConversion DecodeConversionFor(const RowShape& shape, uint32_t componentType);
 
 // From a plane of Fixed2p14 samples into Float32.
-DecodeConversion FixedToFloatConversionFor(const RowShape& shape);
+RowConversion FixedToFloatConversionFor(const RowShape& shape);
 
 }  // namespace plenar

@@ -58,36 +58,46 @@ const uint8_t* InterleavedAlpha(const DecodedFrame& frame) {
     return samples;
 }
 
-void DecodePicture(const DecodedFrame& frame) {
+PlaneRowsList PictureRows(const DecodedFrame& frame) {
     const bool interleavedAlpha = HasInterleavedAlpha(frame.params.colorComponentOrder);
+    PlaneRowsList rows;
     for (const PicturePlane& plane : PicturePlanes(frame.params, frame.layout, frame.roles)) {
         const PlaneRecord& record = *plane.record;
-        DecodeRows(frame.state.pool, {.params = plane.params,
-                                      .fixedToFloat = IsFixedToFloat(*record.kind, plane.params.componentType),
-                                      .plane = DataOf(frame, record),
-                                      .planeStride = PlaneRowBytes(*record.kind, record.width),
-                                      .planeEnd = frame.src + frame.srcSize,
-                                      .alpha = interleavedAlpha ? InterleavedAlpha(frame) : nullptr,
-                                      .alphaStride = interleavedAlpha ? AlphaRowBytes(frame.params) : 0,
-                                      .dst = frame.dst + plane.offset,
-                                      .rowLength = plane.rowLength,
-                                      .dstStride = plane.stride});
+        rows.push_back(RowsToDecode({.params = plane.params,
+                                     .fixedToFloat = IsFixedToFloat(*record.kind, plane.params.componentType),
+                                     .plane = DataOf(frame, record),
+                                     .planeStride = PlaneRowBytes(*record.kind, record.width),
+                                     .planeEnd = frame.src + frame.srcSize,
+                                     .alpha = interleavedAlpha ? InterleavedAlpha(frame) : nullptr,
+                                     .alphaStride = interleavedAlpha ? AlphaRowBytes(frame.params) : 0,
+                                     .dst = frame.dst + plane.offset,
+                                     .rowLength = plane.rowLength,
+                                     .dstStride = plane.stride}));
     }
+    return rows;
 }
 
-// Alpha that has a plane of its own in the caller's picture.
-void DecodeAlphaPlane(const DecodedFrame& frame) {
-    const PlaneRecord& alpha = *frame.roles.alpha;
-    uint8_t* dst = frame.dst + frame.layout.alpha;
-    if (alpha.kind->isCoded) {
-        return DecodeAlpha(frame, dst, frame.dstSize - frame.layout.alpha);
+// Of alpha that has a plane of its own in the caller's picture.
+PlaneRows AlphaRows(const DecodedFrame& frame) {
+    return RowsToCopy({.src = DataOf(frame, *frame.roles.alpha),
+                       .srcStride = AlphaRowBytes(frame.params),
+                       .dst = frame.dst + frame.layout.alpha,
+                       .dstStride = frame.layout.alphaStride,
+                       .rowLength = AlphaRowBytes(frame.params),
+                       .rows = frame.params.height});
+}
+
+void DecodePlanes(const DecodedFrame& frame) {
+    PlaneRowsList rows = PictureRows(frame);
+    const bool hasAlphaPlane = FindOrder(frame.params.colorComponentOrder).alpha == AlphaPlace::Apart;
+    const bool codesAlpha = hasAlphaPlane && frame.roles.alpha->kind->isCoded;
+    if (hasAlphaPlane && !codesAlpha) {
+        rows.push_back(AlphaRows(frame));
     }
-    CopyRows(frame.state.pool, {.src = DataOf(frame, alpha),
-                                .srcStride = AlphaRowBytes(frame.params),
-                                .dst = dst,
-                                .dstStride = frame.layout.alphaStride,
-                                .rowLength = AlphaRowBytes(frame.params),
-                                .rows = frame.params.height});
+    ConvertPlanes(frame.state.pool, rows);
+    if (codesAlpha) {
+        DecodeAlpha(frame, frame.dst + frame.layout.alpha, frame.dstSize - frame.layout.alpha);
+    }
 }
 
 }  // namespace
@@ -111,10 +121,7 @@ uint64_t DecodeFrameBody(CodecState& state, const UncompressedParams& params, co
                                 .srcSize = srcSize,
                                 .dst = dst,
                                 .dstSize = dstSize};
-    DecodePicture(frame);
-    if (FindOrder(params.colorComponentOrder).alpha == AlphaPlace::Apart) {
-        DecodeAlphaPlane(frame);
-    }
+    DecodePlanes(frame);
     return layout.size;
 }
 

@@ -29,19 +29,21 @@ uint8_t* DataOf(const EncodedFrame& frame, const PlaneRecord& plane) {
 }
 
 // Alpha samples among the others go to `alpha`, or are dropped if it is null.
-void EncodePicture(const EncodedFrame& frame, uint8_t* alpha) {
+PlaneRowsList PictureRows(const EncodedFrame& frame, uint8_t* alpha) {
     const bool interleavedAlpha = HasInterleavedAlpha(frame.params.colorComponentOrder);
+    PlaneRowsList rows;
     for (const PicturePlane& plane : PicturePlanes(frame.params, frame.layout, FindPlaneRoles(frame.plan.planes))) {
         const PlaneRecord& record = *plane.record;
-        EncodeRows(frame.state.pool, {.params = plane.params,
-                                      .src = frame.src + plane.offset,
-                                      .rowLength = plane.rowLength,
-                                      .srcStride = plane.stride,
-                                      .dst = DataOf(frame, record),
-                                      .dstStride = PlaneRowBytes(*record.kind, record.width),
-                                      .alphaDst = alpha,
-                                      .alphaStride = interleavedAlpha ? AlphaRowBytes(frame.params) : 0});
+        rows.push_back(RowsToEncode({.params = plane.params,
+                                     .src = frame.src + plane.offset,
+                                     .rowLength = plane.rowLength,
+                                     .srcStride = plane.stride,
+                                     .dst = DataOf(frame, record),
+                                     .dstStride = PlaneRowBytes(*record.kind, record.width),
+                                     .alphaDst = alpha,
+                                     .alphaStride = interleavedAlpha ? AlphaRowBytes(frame.params) : 0}));
     }
+    return rows;
 }
 
 // The alpha plane is the last one, so that its true size moves nothing else.
@@ -58,27 +60,22 @@ void CodeAlpha(EncodedFrame& frame, const uint8_t* samples, uint64_t size) {
 void EncodeWithInterleavedAlpha(EncodedFrame& frame) {
     const PlaneRecord& plane = frame.plan.planes.back();
     if (!plane.kind->isCoded) {
-        return EncodePicture(frame, DataOf(frame, plane));
+        return ConvertPlanes(frame.state.pool, PictureRows(frame, DataOf(frame, plane)));
     }
     const size_t size = AlphaRowBytes(frame.params) * frame.params.height;
     uint8_t* samples = Scratch(frame.state, size);
-    EncodePicture(frame, samples);
+    ConvertPlanes(frame.state.pool, PictureRows(frame, samples));
     CodeAlpha(frame, samples, size);
 }
 
-// Alpha that has a plane of its own in the caller's picture.
-void EncodeAlphaPlane(EncodedFrame& frame) {
-    const PlaneRecord& plane = frame.plan.planes.back();
-    const uint8_t* samples = frame.src + frame.layout.alpha;
-    if (plane.kind->isCoded) {
-        return CodeAlpha(frame, samples, frame.srcSize - frame.layout.alpha);
-    }
-    CopyRows(frame.state.pool, {.src = samples,
-                                .srcStride = frame.layout.alphaStride,
-                                .dst = DataOf(frame, plane),
-                                .dstStride = AlphaRowBytes(frame.params),
-                                .rowLength = AlphaRowBytes(frame.params),
-                                .rows = frame.params.height});
+// Of alpha that has a plane of its own in the caller's picture.
+PlaneRows AlphaRows(const EncodedFrame& frame) {
+    return RowsToCopy({.src = frame.src + frame.layout.alpha,
+                       .srcStride = frame.layout.alphaStride,
+                       .dst = DataOf(frame, frame.plan.planes.back()),
+                       .dstStride = AlphaRowBytes(frame.params),
+                       .rowLength = AlphaRowBytes(frame.params),
+                       .rows = frame.params.height});
 }
 
 void EncodePlanes(EncodedFrame& frame) {
@@ -86,9 +83,14 @@ void EncodePlanes(EncodedFrame& frame) {
     if (hasAlphaPlane && HasInterleavedAlpha(frame.params.colorComponentOrder)) {
         return EncodeWithInterleavedAlpha(frame);
     }
-    EncodePicture(frame, nullptr);
-    if (hasAlphaPlane) {
-        EncodeAlphaPlane(frame);
+    PlaneRowsList rows = PictureRows(frame, nullptr);
+    const bool codesAlpha = hasAlphaPlane && frame.plan.planes.back().kind->isCoded;
+    if (hasAlphaPlane && !codesAlpha) {
+        rows.push_back(AlphaRows(frame));
+    }
+    ConvertPlanes(frame.state.pool, rows);
+    if (codesAlpha) {
+        CodeAlpha(frame, frame.src + frame.layout.alpha, frame.srcSize - frame.layout.alpha);
     }
 }
 

@@ -14,6 +14,8 @@ namespace {
 // workers awake; a host that pauses for longer gets its processors back.
 constexpr std::chrono::microseconds kSpinTime{50};
 
+std::atomic<uint64_t> bytesOfOneThread{uint64_t{64} << 10};
+
 // Waits for the condition for that time, yielding the processor to whoever else can use it.
 template <class Condition>
 void SpinFor(const Condition& condition) {
@@ -142,6 +144,14 @@ void WorkPool::RunJobs(Worker& worker) {
         }
     }
     worker.jobs.clear();
+}
+
+uint32_t ThreadsFor(const WorkPool& pool, uint64_t bytes) {
+    return bytes > bytesOfOneThread.load(std::memory_order_relaxed) ? std::max(pool.WorkerCount(), 1U) : 1;
+}
+
+void WakeWorkersFrom(uint64_t bytes) {
+    bytesOfOneThread.store(bytes, std::memory_order_relaxed);
 }
 
 uint32_t WorkerCountFor(uint32_t numThreads) {

@@ -101,10 +101,17 @@ void WorkPool::Enqueue(Callable&& job) {
     ++enqueued_;
 }
 
-// Runs job(0) to job(count - 1): as one batch, or in order on the calling thread if there are no workers.
+// How many threads work on so many bytes, read and written. Few bytes are moved in less time than a worker takes to
+// wake up.
+uint32_t ThreadsFor(const WorkPool& pool, uint64_t bytes);
+
+// Makes all work on more bytes than these wake workers; for tests, while no frame is converted.
+void WakeWorkersFrom(uint64_t bytes);
+
+// Runs job(0) to job(count - 1), which read and write so many bytes: as one batch, or in order on the calling thread.
 template <class Callable>
-void RunBatch(WorkPool& pool, uint32_t count, const Callable& job) {
-    if (pool.WorkerCount() == 0) {
+void RunBatch(WorkPool& pool, uint64_t bytes, uint32_t count, const Callable& job) {
+    if (ThreadsFor(pool, bytes) == 1) {
         for (uint32_t i = 0; i < count; ++i) {
             job(i);
         }

@@ -86,9 +86,9 @@ bool DecodesInPairs(const RleParams& params, uint64_t codedSize, uint32_t bands,
            samples / kMostSamplesPerByte < codedSize;
 }
 
-void DecodeBands(WorkPool& pool, RleBandJobs& jobs, uint32_t count, bool inPairs) {
+void DecodeBands(WorkPool& pool, uint64_t bytes, RleBandJobs& jobs, uint32_t count, bool inPairs) {
     const uint32_t step = inPairs ? 2 : 1;
-    RunBatch(pool, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
+    RunBatch(pool, bytes, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
         const uint32_t band = index * step;
         if (step == 2 && band + 1 < count) {
             RleDecodeTwoBands(jobs[band], jobs[band + 1]);
@@ -108,7 +108,8 @@ uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
     ThrowDefect(CheckRows(table, params.height));
     RleBandJobs jobs;
     ThrowDefect(PlaceJobs(params, table, src, srcSize, dst, jobs));
-    DecodeBands(pool, jobs, table.count, DecodesInPairs(params, srcSize, table.count, pool.WorkerCount()));
+    DecodeBands(pool, RleWorkBytes(params), jobs, table.count,
+                DecodesInPairs(params, srcSize, table.count, pool.WorkerCount()));
     // The first band's defect, not the first one found, so that the message doesn't depend on the workers.
     for (uint32_t band = 0; band < table.count; ++band) {
         ThrowDefect(jobs[band].defect);

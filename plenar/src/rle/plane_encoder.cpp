@@ -47,7 +47,7 @@ uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* 
     PlaceJobs(params, bands, src, dst, jobs);
     RleBandTable table;
     table.count = bands.Count();
-    RunBatch(pool, table.count, [&jobs](uint32_t band) {
+    RunBatch(pool, RleWorkBytes(params), table.count, [&jobs](uint32_t band) {
         RleBandJob& job = jobs[band];
         job.coded_size = static_cast<uint32_t>(RleEncodeBand(job.params, job.src, job.dst));
     });

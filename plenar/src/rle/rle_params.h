@@ -35,6 +35,12 @@ static inline uint64_t RleTightRowBytes(const RleParams& params) {
     return params.bitdepth == 8 ? params.width : uint64_t{params.width} * 2;
 }
 
+// As work on a plane compares with the moving of bytes: coding takes longer.
+static inline uint64_t RleWorkBytes(const RleParams& params) {
+    constexpr uint64_t kMovesOfCoding = 4;
+    return RleTightRowBytes(params) * params.height * kMovesOfCoding;
+}
+
 // Bytes from the start of one row of the plain buffer to the start of the next.
 static inline uint64_t RleRowStride(const RleParams& params) {
     return params.row_bytes != 0 ? params.row_bytes : RleTightRowBytes(params);
