@@ -26,7 +26,7 @@ public:
     constexpr const T* end() const { return items_.data() + count_; }
 
 private:
-    std::array<T, N> items_{};
+    std::array<T, N> items_;  // only those that are counted are initialised
     size_t count_ = 0;
 };
 

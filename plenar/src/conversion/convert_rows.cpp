@@ -35,7 +35,8 @@ uint32_t RowFrom(const PlaneRows& plane, uint64_t start, uint64_t place) {
     if (place <= start) {
         return 0;
     }
-    return static_cast<uint32_t>(std::min<uint64_t>(plane.rows, (place - start + plane.rowBytes - 1) / plane.rowBytes));
+    const uint64_t bytes = place - start;
+    return bytes >= BytesOf(plane) ? plane.rows : static_cast<uint32_t>((bytes + plane.rowBytes - 1) / plane.rowBytes);
 }
 
 // The rows that begin between two places in the planes' bytes, read and written, as they come one behind the other.

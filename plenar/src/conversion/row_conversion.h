@@ -25,8 +25,8 @@ struct RowShape {
 // The rows of one side of a conversion; a side that isn't there has no first row.
 template <class Byte>
 struct RowsOf {
-    Byte* first = nullptr;
-    size_t stride = 0;
+    Byte* first;
+    size_t stride;
 
     Byte* At(size_t row) const { return first != nullptr ? first + row * stride : nullptr; }
 };
