@@ -109,10 +109,11 @@ TEST(PlaneCodec, LongRunsStandAmongShortOnes) {
     }
 }
 
-// The longest tokens that can be read at once, and longer ones, behind any number of bits of a byte.
+// Tokens of all lengths, up to the longest that can be read at once and beyond, behind any number of bits of a byte and
+// behind others in the same window. Their last bit counts.
 TEST(PlaneCodec, LongTokensBeginAtAnyBit) {
-    for (const uint32_t run : {1U << 19, 1U << 20}) {
-        for (uint32_t shift = 0; shift < 8; ++shift) {
+    for (uint32_t run = 1; run <= 1U << 20; run *= 2) {
+        for (uint32_t shift = 0; shift < (run < 1U << 16 ? 16 : 8); ++shift) {
             PlaneBits bits;
             for (uint32_t i = 0; i < shift; ++i) {
                 bits.Token(0, 1, 2, 16, false);
