@@ -64,13 +64,24 @@ struct Way {
     uint32_t target = 0;  // see TargetOf
     uint32_t places = 0;  // of the source and of the target
     uint8_t fill = 0;     // of an encode's target, and of a decode's by choice
+    bool streams = false;
 };
 
 inline Way TakeOtherWay(FuzzInput& input) {
     const uint32_t choice = input.Byte();
     const uint32_t codec = input.Byte();
-    return {codec < 0xFC ? 1 : 2 + codec % 2, 1 + choice % 2, choice / 2, 0xFF};
+    return {codec < 0xFC ? 1 : 2 + codec % 2, 1 + choice % 2, choice / 2, 0xFF, true};
 }
+
+class ForcedWay {
+public:
+    explicit ForcedWay(const Way& way) : target_(TargetOf(way.target)) {
+        plenar::ForceLastLevelCacheBytes(way.streams ? 0 : SIZE_MAX);
+    }
+
+private:
+    ForcedTarget target_;
+};
 
 // One of a few objects that live on. Those with threads come up seldom, as waking threads costs more than all else;
 // they wake for the smallest frame.
@@ -83,12 +94,12 @@ Codec& CodecFor(const Way& way) {
 
 inline Frame Encode(const Way& way, const UncompressedParams& params, const CompressedParams& options,
                     const Bytes& picture, size_t room) {
-    const ForcedTarget forced(TargetOf(way.target));
+    const ForcedWay forced(way);
     return Encode(CodecFor<TestEncoder>(way), params, picture, options, Bytes(room, way.fill), way.places);
 }
 
 inline Frame Decode(const Way& way, const UncompressedParams& params, const Bytes& payload, const Bytes& before) {
-    const ForcedTarget forced(TargetOf(way.target));
+    const ForcedWay forced(way);
     return Decode(CodecFor<TestDecoder>(way), params, payload, before, way.places);
 }
 

@@ -84,11 +84,12 @@ void AddCasesOf(const std::string& name, const Order& order, std::vector<RowKern
 std::vector<RowKernelCase> MakeCases() {
     std::vector<RowKernelCase> cases;
     const auto add = [&](const char* kernel, auto member, size_t bytes, Bits source, Bits target,
-                         const char* variant = "") {
-        cases.push_back({kernel, "", nullptr, bytes, source, target, 1, CallOf(member), variant});
+                         const char* variant = "", size_t unit = 1) {
+        cases.push_back({kernel, "", nullptr, bytes, source, target, unit, CallOf(member), variant});
     };
     add("copy", &RowKernels::copy, 0, {8}, {8});
     add("streamCopy", &RowKernels::streamCopy, 0, {8}, {8});
+    add("streamLines", &RowKernels::streamLines, 0, {512}, {512}, "", 64);
     add("packedGroupsToPlane", &RowKernels::packedGroupsToPlane, 0, {128}, {96, 24});
     add("planeToPackedGroups", &RowKernels::planeToPackedGroups, 0, {96, 24}, {128});
     for (const size_t bytes : kSampleSizes) {

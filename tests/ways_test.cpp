@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/band_kernel_cases.h"
+#include "testing/exact_buffer.h"
 #include "testing/row_kernel_cases.h"
 #include "testing/sample_model.h"
 
@@ -39,7 +40,11 @@ Taken WidestTaken(Way way, const Call& call) {
 
 TEST(Ways, RowsAreMovedInRoundsOfTheTargetsOwn) {
     constexpr size_t kUnits = 2000;
-    std::vector<Bytes> parts(4, Noise(64 * kUnits, 1));
+    const Bytes content = Noise(64 * kUnits, 1);
+    const ExactBuffer parts[] = {{content, kBehindGuard},
+                                 {content, kBehindGuard},
+                                 {content, kBehindGuard},
+                                 {content, kBehindGuard}};  // at whole lines
     for (const RowKernelCase& kernelCase : RowKernelCases()) {
         size_t narrower = 0;
         for (const plenar::Target target : plenar::RunnableTargets()) {

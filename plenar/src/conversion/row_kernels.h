@@ -18,6 +18,10 @@ struct RowKernels {
     // Bytes as they are. streamCopy writes past the caches: for results that wouldn't stay there until they are read.
     void (*copy)(const uint8_t* src, uint8_t* dst, size_t bytes);
     void (*streamCopy)(const uint8_t* src, uint8_t* dst, size_t bytes);
+    // The same for whole lines of 64 bytes, which are streamed where the target is one. They may come in any order with
+    // what is written later, up to finishStream.
+    void (*streamLines)(const uint8_t* src, uint8_t* dst, size_t bytes);
+    void (*finishStream)();
 
     // Caller's pixels with alpha to plane pixels and alpha samples. alpha may be null: then alpha is dropped.
     void (*splitRow)(const Order& order, size_t sampleBytes, const uint8_t* src, uint8_t* colour, uint8_t* alpha,

@@ -157,6 +157,8 @@ void FixedRowToFloat(const Order& order, const uint8_t* fixed, size_t samples, u
 constinit const RowKernels kPlainRowKernels = {
     .copy = Copy,
     .streamCopy = Copy,
+    .streamLines = Copy,
+    .finishStream = [] {},
     .splitRow = SplitRow,
     .mergeRow = MergeRow,
     .swapPairs = ExchangeEnds<2>,

@@ -25,9 +25,12 @@ Target BestTarget() {
     return kBest;
 }
 
-const size_t kDetectedCacheBytes = DetectLastLevelCacheBytes();
-
 std::atomic<Target> activeTarget{BestTarget()};
+
+std::atomic<size_t> lastLevelCacheBytes{[] {
+    const size_t detected = DetectLastLevelCacheBytes();
+    return detected != 0 ? detected : kUsualLastLevelCacheBytes;
+}()};
 
 }  // namespace
 
@@ -44,7 +47,11 @@ void ForceTarget(Target target) {
 }
 
 size_t LastLevelCacheBytes() {
-    return kDetectedCacheBytes != 0 ? kDetectedCacheBytes : kUsualLastLevelCacheBytes;
+    return lastLevelCacheBytes.load(std::memory_order_relaxed);
+}
+
+void ForceLastLevelCacheBytes(size_t bytes) {
+    lastLevelCacheBytes.store(bytes, std::memory_order_relaxed);
 }
 
 }  // namespace plenar

@@ -28,4 +28,7 @@ void ForceTarget(Target target);
 // Of the cache that this processor shares with its neighbours.
 size_t LastLevelCacheBytes();
 
+// Has it taken for so many bytes; for tests and benchmarks, while no frame is converted.
+void ForceLastLevelCacheBytes(size_t bytes);
+
 }  // namespace plenar

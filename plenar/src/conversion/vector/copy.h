@@ -37,5 +37,12 @@ void CopyLines(const uint8_t* src, uint8_t* dst, size_t bytes) {
     }
 }
 
+void StreamLines(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    if (reinterpret_cast<uintptr_t>(dst) % kLineBytes != 0) {
+        return narrower.copy(src, dst, bytes);
+    }
+    CoverInRounds(bytes, kLineBytes, kLineBytes, false, false, [&](size_t at) { CopyLine<true>(src + at, dst + at); });
+}
+
 }  // namespace
 }  // namespace plenar

@@ -17,6 +17,8 @@ void OverrideWithVectors(RowKernels& kernels) {
     kernels = {
         .copy = CopyLines<false>,
         .streamCopy = CopyLines<true>,
+        .streamLines = StreamLines,
+        .finishStream = TargetVector::FinishStream,
         .splitRow = SplitRow,
         .mergeRow = MergeRow,
         .swapPairs = SwapPairs,
