@@ -277,7 +277,8 @@ TEST_F(Files, SignalsLeaveNoPartialFile) {
     for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
         for (const std::string extension : {"png", "tif", "jp2"}) {
             const std::string folder = extension + std::to_string(signalNumber);
-            const pid_t process = Start("exec $PLENAR decode f*.plenar last --out-dir " + folder + " --ext " + extension);
+            const pid_t process =
+                Start("exec $PLENAR decode f*.plenar last --out-dir " + folder + " --ext " + extension);
             while (!fs::exists(folder) || fs::is_empty(folder)) {
                 std::this_thread::yield();
             }
