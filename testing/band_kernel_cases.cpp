@@ -72,7 +72,7 @@ Bytes Encoded(const RleBandKernels& kernels, const Band& band, uint32_t depth, u
     const RleParams params = {band.width, band.height, depth, 1, band.width * depth / 8 + band.padding};
     const ExactBuffer src(Padded(params, band.plain, plenar::RlePlainExtent(params)), place);
     const ExactBuffer dst(Bytes(plenar::RleMaxStreamSize(params, band.Samples())), place);
-    const uint64_t size = kernels.encode_band(params, src.data(), dst.data());
+    const uint64_t size = kernels.encode_band({params, src.data(), dst.data()});
     return dst.IsIntact() && size <= dst.size() ? Bytes(dst.data(), dst.data() + size) : Bytes();
 }
 

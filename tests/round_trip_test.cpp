@@ -112,6 +112,37 @@ TEST_P(EveryPair, IsRefusedByEveryOtherRequestWithTheRightMessage) {
     }
 }
 
+// Among the other samples alpha is coded a few rows at a time, and runs go on from some to the next.
+TEST(CodedAlpha, IsTheSameAmongOtherSamplesAndAlone) {
+    constexpr size_t kFirstPlane = 37;
+    uint32_t seed = 0;
+    for (const uint32_t type : {plenar::Uint8, plenar::Uint16}) {
+        const uint32_t bytes = type == plenar::Uint8 ? 1 : 2;
+        for (const uint32_t values : {1U, 2U, 7U, 256U}) {  // from one run to noise
+            const UncompressedParams with = MakeParams(plenar::RGBA, type, 701, 131);
+            const UncompressedParams alone = MakeParams(plenar::AlphaOnly, type, 701, 131);
+            Bytes picture = Noise(PictureSize(with), ++seed);
+            Bytes alpha;
+            for (size_t i = 3 * bytes; i < picture.size(); i += 4 * bytes) {
+                for (size_t byte = 0; byte < bytes; ++byte) {
+                    picture[i + byte] = static_cast<uint8_t>(picture[i + byte] % values + i / 90000);
+                    alpha.push_back(picture[i + byte]);
+                }
+            }
+            const CompressedParams compressed = MakeCompressed(1, static_cast<uint8_t>(values % 5));
+            const Bytes coded = Encode(WithWorkers<TestEncoder>(0), alone, alpha, compressed).bytes;
+            for (size_t workers = 0; workers < kWorkerCounts.size(); ++workers) {
+                const Bytes payload = Encode(WithWorkers<TestEncoder>(workers), with, picture, compressed).bytes;
+                ASSERT_GT(payload.size(), coded.size());
+                EXPECT_TRUE(std::equal(coded.rbegin(), coded.rend() - kFirstPlane, payload.rbegin())) << seed;
+                const Frame decoded =
+                    Decode(WithWorkers<TestDecoder>(workers), with, payload, Bytes(picture.size()), seed);
+                EXPECT_EQ(Difference(decoded.bytes, picture), "") << decoded.message;
+            }
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Formats, EveryPair, ::testing::ValuesIn(AllPairs()),
                          [](const auto& test) { return PairName(test.param.first, test.param.second); });
 

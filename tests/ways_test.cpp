@@ -82,7 +82,7 @@ TEST(Ways, BandsAreCodedInBlocksAndBatches) {
                                          plenar::RowKernelsFor(target).copy(plain.data(), coded.data(), plain.size());
                                      }).width;
                 const auto taken = WidestTaken(
-                    way, [&] { BandKernelsFor(target, depth).encode_band(band, plain.data(), coded.data()); });
+                    way, [&] { BandKernelsFor(target, depth).encode_band({band, plain.data(), coded.data()}); });
                 const bool hasWay = width >= narrowest;
                 EXPECT_EQ(taken.width, hasWay ? width : 0) << NameOf(target);
                 EXPECT_GE(taken.times, hasWay ? kSamples / samples * 9 / 10 : 0) << NameOf(target);

@@ -6,8 +6,9 @@
  *
  * Memory. Every buffer belongs to the caller and is used only while the call that names it runs. Encoder and Decoder
  * objects belong to the library: a create call makes them, the destroy call of the same kind releases them. An object
- * keeps for life the alpha samples' room of the largest frame so far that has coded alpha among its other samples
- * (orders 3, 4, 7, 8, 11, 12): width x height bytes at Uint8, twice that at Uint16. Nothing else grows with a frame.
+ * keeps for life what the largest frame so far that has coded alpha among its other samples (orders 3, 4, 7, 8, 11, 12)
+ * needed for it: up to 64 KB for each thread, or two rows of alpha samples where a row has more than 32 KB. Nothing
+ * else grows with a frame.
  *
  * Threads. An object serves one call at a time; which thread makes the call doesn't matter. Calls on different objects
  * may overlap freely. The two size functions and Plenar_GetVersion may be called at any time from any thread. Worker
@@ -236,7 +237,7 @@ PLENAR_API uint32_t Plenar_EncodeFrame(Encoder* encoder, const UncompressedParam
  *
  * src, srcSize
  *     the payload. Safe for untrusted bytes: what is damaged is refused, or decodes to some picture. Whatever numbers
- *     it holds, the time goes with srcSize and dstSize, and the memory with the picture's alpha plane
+ *     it holds, the time goes with srcSize and dstSize, and the memory with the picture's alpha rows
  * dst, dstSize
  *     takes the picture; at least Plenar_GetUncompressedBufSize(params) bytes. Bytes between the rows of a picture with
  *     padding stay as they were; only those between the rows of a coded alpha plane that is decoded into a plane of its

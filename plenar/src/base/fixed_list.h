@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <type_traits>
 
 namespace plenar {
 
@@ -9,6 +10,13 @@ namespace plenar {
 template <class T, size_t N>
 class FixedList {
 public:
+    // A constant has to be whole; otherwise only items that are counted are initialised.
+    constexpr FixedList() {
+        if (std::is_constant_evaluated()) {
+            items_ = {};
+        }
+    }
+
     constexpr bool Full() const { return count_ == N; }
     constexpr size_t size() const { return count_; }
     constexpr bool empty() const { return count_ == 0; }
@@ -26,7 +34,7 @@ public:
     constexpr const T* end() const { return items_.data() + count_; }
 
 private:
-    std::array<T, N> items_;  // only those that are counted are initialised
+    std::array<T, N> items_;
     size_t count_ = 0;
 };
 

@@ -26,10 +26,6 @@ RowShape ShapeOf(const UncompressedParams& params, size_t callerBytes, size_t pl
             .planeEnd = planeEnd};
 }
 
-uint64_t BytesOf(const PlaneRows& plane) {
-    return plane.rows * uint64_t{plane.rowBytes};
-}
-
 // The first of the plane's rows that begin at `place` or behind it, where its first row begins at `start`.
 uint32_t RowFrom(const PlaneRows& plane, uint64_t start, uint64_t place) {
     if (place <= start) {
@@ -54,6 +50,10 @@ void ConvertBetween(const PlaneRowsList& planes, uint64_t begin, uint64_t end, b
 }
 
 }  // namespace
+
+uint64_t BytesOf(const PlaneRows& plane) {
+    return plane.rows * uint64_t{plane.rowBytes};
+}
 
 PlaneRows RowsToEncode(const EncodeRowsArgs& args) {
     const UncompressedParams& params = args.params;
@@ -110,13 +110,31 @@ PlaneRows RowsToCopy(const CopyRowsArgs& args) {
             .joinsRows = args.srcStride == args.rowLength && args.dstStride == args.rowLength};
 }
 
+bool OutgrowsCache(uint64_t bytes) {
+    return bytes > LastLevelCacheBytes();
+}
+
+void ConvertRows(const PlaneRows& plane, const Band& band, uint8_t* alpha, bool stream) {
+    RowSides sides = plane.sides;
+    sides.src[0].first = sides.src[0].At(band.firstRow);
+    sides.dst[0].first = sides.dst[0].At(band.firstRow);
+    // One side has alpha apart from the others, and says by its stride how far its rows lie from one another.
+    if (sides.dst[1].stride != 0) {
+        sides.dst[1].first = alpha;
+    } else {
+        sides.src[1].first = alpha;
+    }
+    sides.alphaStays = true;
+    const auto run = stream ? plane.conversion.stream : plane.conversion.run;
+    run(plane.shape, {0, band.rows}, plane.joinsRows ? band.rows : 1, sides);
+}
+
 void ConvertPlanes(WorkPool& pool, const PlaneRowsList& planes) {
     uint64_t bytes = 0;
     for (const PlaneRows& plane : planes) {
         bytes += BytesOf(plane);
     }
-    // What outgrows the last cache is written past it; a smaller result is kept for whoever reads it next.
-    const bool stream = bytes > LastLevelCacheBytes();
+    const bool stream = OutgrowsCache(bytes);
     const uint32_t shares = ThreadsFor(pool, bytes);
     RunBatch(pool, bytes, shares, [&planes, bytes, shares, stream](uint32_t i) {
         ConvertBetween(planes, bytes * i / shares, bytes * (i + 1) / shares, stream);

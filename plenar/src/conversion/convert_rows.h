@@ -64,6 +64,17 @@ struct CopyRowsArgs {
 
 PlaneRows RowsToCopy(const CopyRowsArgs& args);
 
+// What these rows read and write.
+uint64_t BytesOf(const PlaneRows& plane);
+
+// Some rows of the plane, with their alpha samples from or to `alpha`, where they stand without padding and stay in the
+// cache. `stream`: the others are written past it.
+void ConvertRows(const PlaneRows& plane, const Band& band, uint8_t* alpha, bool stream);
+
+// Whether so many bytes are more than the last cache keeps. They are written past it then; a smaller result is kept for
+// whoever reads it next.
+bool OutgrowsCache(uint64_t bytes);
+
 // As one batch, in which each worker has as many bytes to move, of whichever planes.
 using PlaneRowsList = FixedList<PlaneRows, 4>;
 void ConvertPlanes(WorkPool& pool, const PlaneRowsList& planes);

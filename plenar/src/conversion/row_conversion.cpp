@@ -27,16 +27,19 @@ constexpr size_t kPieceStep = 96;
 
 // A row in pieces that stay in the first cache.
 template <class Conversion>
-void StreamRow(const RowShape& shape, const Stretch& row, size_t units, LineStager (&stagers)[2]) {
+void StreamRow(const RowShape& shape, const Stretch& row, size_t units, bool alphaStays, LineStager (&stagers)[2]) {
     const UnitBits bits = Conversion::Bits(shape);
     const size_t most = LineStager::kPieceBytes * 8 / std::max(bits.dst[0], bits.dst[1]) / kPieceStep * kPieceStep;
-    const size_t targets = row.dst[1] != nullptr ? 2 : 1;
+    const size_t targets = row.dst[1] != nullptr && !alphaStays ? 2 : 1;
     for (size_t i = 0; i < targets; ++i) {
         stagers[i].Start(row.dst[i]);
     }
     for (size_t done = 0; done < units; done += most) {
         const size_t count = std::min(most, units - done);
         Stretch piece = {{row.src[0] + done * bits.src[0] / 8, row.src[1] + done * bits.src[1] / 8}, {}};
+        if (row.dst[1] != nullptr) {
+            piece.dst[1] = row.dst[1] + done * bits.dst[1] / 8;
+        }
         for (size_t i = 0; i < targets; ++i) {
             piece.dst[i] = stagers[i].Room();
         }
@@ -55,7 +58,7 @@ void StreamBand(const RowShape& shape, const Band& band, size_t together, const 
     LineStager stagers[2] = {LineStager(*shape.kernels), LineStager(*shape.kernels)};
     for (size_t i = 0; i < band.rows; i += together) {
         const Stretch row = Conversion::PartsOf(shape, RowOf(sides, band.firstRow + i));
-        StreamRow<Conversion>(shape, row, together * Conversion::Units(shape), stagers);
+        StreamRow<Conversion>(shape, row, together * Conversion::Units(shape), sides.alphaStays, stagers);
     }
     shape.kernels->finishStream();
 }

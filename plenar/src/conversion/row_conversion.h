@@ -36,6 +36,7 @@ struct RowsOf {
 struct RowSides {
     RowsOf<const uint8_t> src[2];
     RowsOf<uint8_t> dst[2];
+    bool alphaStays = false;  // the target's alpha in the cache, for who reads it next, also where the rest is streamed
 };
 
 // What is done to the rows of a band, `together` at a time: 1, or, where no side has padding, all of them as one long

@@ -7,6 +7,7 @@
 #include "container/metadata_checks.h"
 #include "conversion/convert_rows.h"
 #include "format/picture_layout.h"
+#include "frame/alpha_pieces.h"
 #include "frame/picture_planes.h"
 #include "rle/plane_decoder.h"
 
@@ -36,26 +37,10 @@ uint64_t CodedSize(const DecodedFrame& frame, const PlaneRecord& alpha) {
     return std::min(alpha.size, frame.srcSize - alpha.offset);
 }
 
-void DecodeAlpha(const DecodedFrame& frame, uint8_t* target, uint64_t targetSize) {
-    const PlaneRecord& alpha = *frame.roles.alpha;
-    RleDecodePlane(frame.state.pool, AlphaRleParams(frame.params, 0), DataOf(frame, alpha), CodedSize(frame, alpha),
-                   target, targetSize);
-}
-
-// The rows of alpha samples that go among the others, without padding.
+// The rows of alpha samples that go among the others, without padding; none yet if they are coded.
 const uint8_t* InterleavedAlpha(const DecodedFrame& frame) {
     const PlaneRecord& alpha = *frame.roles.alpha;
-    if (!alpha.kind->isCoded) {
-        return DataOf(frame, alpha);
-    }
-    const uint64_t size = AlphaRowBytes(frame.params) * frame.params.height;
-    uint8_t* samples = Scratch(frame.state, size);
-    // A plane without bands decodes to nothing, and what an earlier frame left must not come out as its alpha.
-    if (RleStatedBands(DataOf(frame, alpha), CodedSize(frame, alpha)) == 0) {
-        std::fill_n(samples, size, uint8_t{0});
-    }
-    DecodeAlpha(frame, samples, size);
-    return samples;
+    return alpha.kind->isCoded ? nullptr : DataOf(frame, alpha);
 }
 
 PlaneRowsList PictureRows(const DecodedFrame& frame) {
@@ -87,16 +72,34 @@ PlaneRows AlphaRows(const DecodedFrame& frame) {
                        .rows = frame.params.height});
 }
 
+// Coded alpha that goes among the other samples does so a few rows after another.
+void DecodeWithCodedAlpha(const DecodedFrame& frame, const PlaneRows& rows) {
+    const PlaneRecord& plane = *frame.roles.alpha;
+    const RleParams params = AlphaRleParams(frame.params, 0);
+    const AlphaPieces alpha(frame.state, rows, params);
+    RleDecodePieces(frame.state.pool, alpha.Bytes(), params, DataOf(frame, plane), CodedSize(frame, plane),
+                    alpha.Get());
+    // A plane without bands decodes to nothing, and what an earlier frame left must not come out as its alpha.
+    if (RleStatedBands(DataOf(frame, plane), CodedSize(frame, plane)) == 0) {
+        alpha.MoveNothing(params.height, RleTightRowBytes(params));
+    }
+}
+
 void DecodePlanes(const DecodedFrame& frame) {
     PlaneRowsList rows = PictureRows(frame);
-    const bool hasAlphaPlane = FindOrder(frame.params.colorComponentOrder).alpha == AlphaPlace::Apart;
-    const bool codesAlpha = hasAlphaPlane && frame.roles.alpha->kind->isCoded;
-    if (hasAlphaPlane && !codesAlpha) {
+    const AlphaPlace place = FindOrder(frame.params.colorComponentOrder).alpha;
+    const bool codesAlpha = place != AlphaPlace::None && frame.roles.alpha->kind->isCoded;
+    if (codesAlpha && place == AlphaPlace::Interleaved) {
+        return DecodeWithCodedAlpha(frame, rows[0]);
+    }
+    if (place == AlphaPlace::Apart && !codesAlpha) {
         rows.push_back(AlphaRows(frame));
     }
     ConvertPlanes(frame.state.pool, rows);
     if (codesAlpha) {
-        DecodeAlpha(frame, frame.dst + frame.layout.alpha, frame.dstSize - frame.layout.alpha);
+        const PlaneRecord& plane = *frame.roles.alpha;
+        RleDecodePlane(frame.state.pool, AlphaRleParams(frame.params, 0), DataOf(frame, plane), CodedSize(frame, plane),
+                       frame.dst + frame.layout.alpha, frame.dstSize - frame.layout.alpha);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "container/box_writer.h"
 #include "conversion/convert_rows.h"
 #include "format/picture_layout.h"
+#include "frame/alpha_pieces.h"
 #include "frame/picture_planes.h"
 #include "frame/plan_frame.h"
 #include "rle/plane_encoder.h"
@@ -47,25 +48,31 @@ PlaneRowsList PictureRows(const EncodedFrame& frame, uint8_t* alpha) {
 }
 
 // The alpha plane is the last one, so that its true size moves nothing else.
-void CodeAlpha(EncodedFrame& frame, const uint8_t* samples, uint64_t size) {
+void TakeCodedSize(EncodedFrame& frame, uint64_t size) {
     PlaneRecord& plane = frame.plan.planes.back();
-    const RleParams params = AlphaRleParams(frame.params, frame.compressedParams.alphaBandLimit);
-    const auto coded = static_cast<uint32_t>(
-        RleEncodePlane(frame.state.pool, params, samples, size, DataOf(frame, plane), plane.size));
+    const auto coded = static_cast<uint32_t>(size);
     frame.plan.total_size -= plane.size - coded;
     plane.size = coded;
 }
 
-// Alpha among the other samples goes to its plane right away, or to a buffer where the coder finds it.
+// Alpha among the other samples goes to its plane right away, or is coded a few rows after another.
 void EncodeWithInterleavedAlpha(EncodedFrame& frame) {
     const PlaneRecord& plane = frame.plan.planes.back();
     if (!plane.kind->isCoded) {
         return ConvertPlanes(frame.state.pool, PictureRows(frame, DataOf(frame, plane)));
     }
-    const size_t size = AlphaRowBytes(frame.params) * frame.params.height;
-    uint8_t* samples = Scratch(frame.state, size);
-    ConvertPlanes(frame.state.pool, PictureRows(frame, samples));
-    CodeAlpha(frame, samples, size);
+    const PlaneRowsList rows = PictureRows(frame, nullptr);
+    const RleParams params = AlphaRleParams(frame.params, frame.compressedParams.alphaBandLimit);
+    const AlphaPieces alpha(frame.state, rows[0], params);
+    TakeCodedSize(
+        frame, RleEncodePieces(frame.state.pool, alpha.Bytes(), params, alpha.Get(), DataOf(frame, plane), plane.size));
+}
+
+void CodeAlphaPlane(EncodedFrame& frame) {
+    const PlaneRecord& plane = frame.plan.planes.back();
+    const RleParams params = AlphaRleParams(frame.params, frame.compressedParams.alphaBandLimit);
+    TakeCodedSize(frame, RleEncodePlane(frame.state.pool, params, frame.src + frame.layout.alpha,
+                                        frame.srcSize - frame.layout.alpha, DataOf(frame, plane), plane.size));
 }
 
 // Of alpha that has a plane of its own in the caller's picture.
@@ -90,7 +97,7 @@ void EncodePlanes(EncodedFrame& frame) {
     }
     ConvertPlanes(frame.state.pool, rows);
     if (codesAlpha) {
-        CodeAlpha(frame, frame.src + frame.layout.alpha, frame.srcSize - frame.layout.alpha);
+        CodeAlphaPlane(frame);
     }
 }
 

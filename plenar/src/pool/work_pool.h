@@ -109,6 +109,7 @@ uint32_t ThreadsFor(const WorkPool& pool, uint64_t bytes);
 void WakeWorkersFrom(uint64_t bytes);
 
 // Runs job(0) to job(count - 1), which read and write so many bytes: as one batch, or in order on the calling thread.
+// Jobs whose numbers are the same modulo ThreadsFor never run at the same time.
 template <class Callable>
 void RunBatch(WorkPool& pool, uint64_t bytes, uint32_t count, const Callable& job) {
     if (ThreadsFor(pool, bytes) == 1) {

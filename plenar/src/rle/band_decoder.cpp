@@ -1,5 +1,6 @@
 #include "rle/band_decoder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -26,37 +27,102 @@ void MoveToTail(RleDecodeState& state, Tail& tail) {
     state.position %= 8;
 }
 
-// One token that decode_tokens has left.
-RleDefect DecodeLeftToken(RleDecodeState& state, const RleBandKernels& kernels) {
-    RleRun run = {};
-    const RleDefect defect = kernels.read_token(state, run);
-    if (defect == RleDefect::None) {
-        kernels.write_run(state, run);
+// A band on its way into one piece of memory after the other, or into one. A run may begin in one and end in another.
+class BandProgress {
+public:
+    BandProgress(RleBandJob& job, const RleBandKernels& kernels)
+        : job_(job), kernels_(kernels), behind_(RleSampleCount(job.params)) {
+        const auto start = job.params.bitdepth == 8 ? RleStartBand<uint8_t> : RleStartBand<uint16_t>;
+        state_ = start(job.src, job.src_size, nullptr, behind_);
     }
-    return defect;
-}
+
+    // What is decoded of the piece; `remaining` counts up to its end.
+    RleDecodeState& State() { return state_; }
+
+    // Sees to it that there are samples to come in the piece. False at the band's end.
+    bool HasRoom() {
+        while (state_.remaining == 0 || rows_ == 0) {
+            EndPiece();
+            if (row_ == job_.params.height) {
+                return false;
+            }
+            StartPiece();
+        }
+        return true;
+    }
+
+    // One token that decode_tokens has left.
+    RleDefect DecodeLeftToken() {
+        const uint64_t room = state_.remaining;
+        state_.remaining += behind_;
+        RleRun run = {};
+        const RleDefect defect = kernels_.read_token(state_, run);
+        state_.remaining = room;
+        if (defect == RleDefect::None) {
+            rest_ = run;
+            WriteRest();
+        }
+        return defect;
+    }
+
+private:
+    void StartPiece() {
+        rows_ = std::min(RleRowsAtATime(job_), job_.params.height - row_);
+        const uint64_t samples = uint64_t{job_.params.width} * rows_;
+        state_.dst = job_.pieces != nullptr ? job_.buffer : job_.dst;
+        state_.remaining = samples;
+        behind_ -= samples;
+        WriteRest();
+    }
+
+    void EndPiece() {
+        if (job_.pieces != nullptr && rows_ != 0) {
+            job_.pieces->move(job_.pieces->context, job_.first_row + row_, rows_, job_.buffer);
+        }
+        row_ += rows_;
+        rows_ = 0;
+    }
+
+    // As much of a run as goes into the piece.
+    void WriteRest() {
+        RleRun part = rest_;
+        part.length = std::min(rest_.length, state_.remaining);
+        kernels_.write_run(state_, part);
+        state_.remaining -= part.length;
+        rest_.length -= part.length;
+    }
+
+    RleBandJob& job_;
+    const RleBandKernels& kernels_;
+    RleDecodeState state_;
+    uint64_t behind_;    // samples of the band behind the piece
+    uint32_t row_ = 0;   // the piece's first
+    uint32_t rows_ = 0;  // its rows; 0 before the first piece and behind the last
+    RleRun rest_ = {};   // of a run that goes on behind the piece
+};
 
 template <class GoOn>
-RleDefect DecodeWhile(RleDecodeState& state, const RleBandKernels& kernels, const GoOn& goOn) {
+RleDefect DecodeWhile(BandProgress& band, const RleBandKernels& kernels, const GoOn& goOn) {
     RleDefect defect = RleDefect::None;
-    while (defect == RleDefect::None && state.remaining != 0 && goOn(state)) {
+    RleDecodeState& state = band.State();
+    while (defect == RleDefect::None && band.HasRoom() && goOn(state)) {
         kernels.decode_tokens(state);
         if (state.position > state.stream_size * 8) {
             return RleDefect::StreamPastEnd;
         }
         if (state.remaining != 0 && goOn(state)) {
-            defect = DecodeLeftToken(state, kernels);
+            defect = band.DecodeLeftToken();
         }
     }
     return defect;
 }
 
-RleDefect DecodeRest(RleDecodeState& state, const RleBandKernels& kernels) {
-    RleDefect defect = DecodeWhile(state, kernels, [](const RleDecodeState& s) { return !NearEnd(s); });
-    if (defect == RleDefect::None && state.remaining != 0) {
+RleDefect DecodeRest(BandProgress& band, const RleBandKernels& kernels) {
+    RleDefect defect = DecodeWhile(band, kernels, [](const RleDecodeState& s) { return !NearEnd(s); });
+    if (defect == RleDefect::None && band.HasRoom()) {
         Tail tail = {};
-        MoveToTail(state, tail);
-        defect = DecodeWhile(state, kernels, [](const RleDecodeState&) { return true; });
+        MoveToTail(band.State(), tail);
+        defect = DecodeWhile(band, kernels, [](const RleDecodeState&) { return true; });
     }
     return defect;
 }
@@ -73,16 +139,11 @@ void SpreadRows(const RleParams& band, uint8_t* dst) {
     }
 }
 
-RleDecodeState StartBand(const RleBandJob& job) {
-    const auto start = job.params.bitdepth == 8 ? RleStartBand<uint8_t> : RleStartBand<uint16_t>;
-    return start(job.src, job.src_size, job.dst, RleSampleCount(job.params));
-}
-
-void FinishBand(RleBandJob& job, RleDecodeState& state, const RleBandKernels& kernels) {
+void FinishBand(RleBandJob& job, BandProgress& band, const RleBandKernels& kernels) {
     if (job.defect == RleDefect::None) {
-        job.defect = DecodeRest(state, kernels);
+        job.defect = DecodeRest(band, kernels);
     }
-    if (job.defect == RleDefect::None) {
+    if (job.defect == RleDefect::None && job.pieces == nullptr) {
         SpreadRows(job.params, job.dst);
     }
 }
@@ -90,22 +151,27 @@ void FinishBand(RleBandJob& job, RleDecodeState& state, const RleBandKernels& ke
 }  // namespace
 
 void RleDecodeBand(RleBandJob& job) {
-    RleDecodeState state = StartBand(job);
-    FinishBand(job, state, RleActiveKernels(job.params.bitdepth));
+    const RleBandKernels& kernels = RleActiveKernels(job.params.bitdepth);
+    BandProgress band(job, kernels);
+    FinishBand(job, band, kernels);
 }
 
 void RleDecodeTwoBands(RleBandJob& first, RleBandJob& second) {
     const RleBandKernels& kernels = RleActiveKernels(first.params.bitdepth);
-    RleDecodeState a = StartBand(first);
-    RleDecodeState b = StartBand(second);
+    BandProgress a(first, kernels);
+    BandProgress b(second, kernels);
     RleDefect defect = RleDefect::None;
-    while (defect == RleDefect::None) {
-        RleDecodeState& left = kernels.decode_tokens_of_two(a, b);
-        if (left.remaining == 0 || NearEnd(left)) {
+    while (defect == RleDefect::None && a.HasRoom() && b.HasRoom()) {
+        const RleDecodeState& left = kernels.decode_tokens_of_two(a.State(), b.State());
+        if (left.remaining == 0) {
+            continue;
+        }
+        if (NearEnd(left)) {
             break;
         }
-        defect = DecodeLeftToken(left, kernels);
-        (&left == &a ? first : second).defect = defect;
+        const bool isFirst = &left == &a.State();
+        defect = (isFirst ? a : b).DecodeLeftToken();
+        (isFirst ? first : second).defect = defect;
     }
     FinishBand(first, a, kernels);
     FinishBand(second, b, kernels);

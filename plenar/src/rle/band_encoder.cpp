@@ -1,5 +1,7 @@
 #include "rle/band_encoder.h"
 
+#include <algorithm>
+
 #include "base/bytes.h"
 #include "rle/bit_writer.h"
 #include "rle/rle_codes.h"
@@ -33,20 +35,23 @@ void PutRun(RleBitWriter& writer, SampleClass runClass, uint32_t run) {
 
 }  // namespace
 
-uint64_t RleEncodeBand(const RleParams& band, const uint8_t* src, uint8_t* dst) {
-    return RleActiveKernels(band.bitdepth).encode_band(band, src, dst);
+uint64_t RleEncodeBand(const RleBandJob& job) {
+    return RleActiveKernels(job.params.bitdepth).encode_band(job);
 }
 
 template <class Sample>
-uint64_t RleEncodeBandPlain(const RleParams& band, const uint8_t* src, uint8_t* dst) {
-    RleBitWriter writer(dst);
+uint64_t RleEncodeBandPlain(const RleBandJob& job) {
+    RleBitWriter writer(job.dst);
     Sample prev1 = RleSample<Sample>::kMiddle;
     Sample prev2 = prev1;
     SampleClass runClass{};
     uint32_t run = 0;
-    for (uint32_t row = 0; row < band.height; ++row) {
-        const uint8_t* samples = src + row * RleRowStride(band);
-        for (uint32_t i = 0; i < band.width; ++i) {
+    const uint8_t* samples = nullptr;
+    for (uint32_t row = 0; row < job.params.height; ++row) {
+        const uint32_t most = RleRowsAtATime(job);
+        samples = row % most == 0 ? RleRowsToCode(job, row, std::min(most, job.params.height - row))
+                                  : samples + RleRowStride(job.params);
+        for (uint32_t i = 0; i < job.params.width; ++i) {
             const auto x = LoadAs<Sample>(samples + i * sizeof(Sample));
             const SampleClass xClass = Classify(x, prev1, prev2);
             if (xClass != runClass) {
@@ -60,10 +65,10 @@ uint64_t RleEncodeBandPlain(const RleParams& band, const uint8_t* src, uint8_t* 
         }
     }
     PutRun<Sample>(writer, runClass, run);
-    return static_cast<uint64_t>(writer.Flush() - dst);
+    return static_cast<uint64_t>(writer.Flush() - job.dst);
 }
 
-template uint64_t RleEncodeBandPlain<uint8_t>(const RleParams& band, const uint8_t* src, uint8_t* dst);
-template uint64_t RleEncodeBandPlain<uint16_t>(const RleParams& band, const uint8_t* src, uint8_t* dst);
+template uint64_t RleEncodeBandPlain<uint8_t>(const RleBandJob& job);
+template uint64_t RleEncodeBandPlain<uint16_t>(const RleBandJob& job);
 
 }  // namespace plenar

@@ -10,7 +10,7 @@
 namespace plenar {
 namespace {
 
-void CheckBuffers(const RleParams& params, const uint8_t* src, const uint8_t* dst, uint64_t dstSize) {
+void CheckTarget(const RleParams& params, const uint8_t* src, const uint8_t* dst, uint64_t dstSize) {
     RleCheckParams(params);
     if (src == nullptr || dst == nullptr) {
         throw invalid_argument("src and buffers required to be non-null");
@@ -57,19 +57,23 @@ uint64_t StreamLimit(const RleBandTable& table, uint32_t band, uint64_t srcSize,
     return isLast ? rest : std::min(rest, table.sizes[band] + srcSize / table.count);
 }
 
-// Call after CheckRows, which keeps the bands' places inside `dst`.
 RleDefect PlaceJobs(const RleParams& params, const RleBandTable& table, const uint8_t* src, uint64_t srcSize,
-                    uint8_t* dst, RleBandJobs& jobs) {
+                    RleBandJobs& jobs) {
     uint64_t start = table.bytes;
+    uint32_t row = 0;
     for (uint32_t band = 0; band < table.count; ++band) {
         if (start > srcSize) {
             return RleDefect::BandStartPastEnd;
         }
         RleBandJob& job = jobs[band];
-        job = {params, src + start, dst, 0, StreamLimit(table, band, srcSize, srcSize - start), RleDefect::None};
+        job = {.params = params,
+               .src = src + start,
+               .dst = nullptr,
+               .src_size = StreamLimit(table, band, srcSize, srcSize - start),
+               .first_row = row};
         job.params.height = table.rows[band];
         start += table.sizes[band];
-        dst += RleRowStride(params) * table.rows[band];
+        row += table.rows[band];
     }
     return RleDefect::None;
 }
@@ -86,11 +90,18 @@ bool DecodesInPairs(const RleParams& params, uint64_t codedSize, uint32_t bands,
            samples / kMostSamplesPerByte < codedSize;
 }
 
-void DecodeBands(WorkPool& pool, uint64_t bytes, RleBandJobs& jobs, uint32_t count, bool inPairs) {
+// `target` tells a job where its samples go. Jobs that run at the same time have other places.
+template <class Target>
+void DecodeBands(WorkPool& pool, uint64_t bytes, RleBandJobs& jobs, uint32_t count, bool inPairs,
+                 const Target& target) {
     const uint32_t step = inPairs ? 2 : 1;
-    RunBatch(pool, bytes, (count + step - 1) / step, [&jobs, count, step](uint32_t index) {
+    const uint32_t threads = ThreadsFor(pool, bytes);
+    RunBatch(pool, bytes, (count + step - 1) / step, [&jobs, count, step, threads, &target](uint32_t index) {
         const uint32_t band = index * step;
+        const uint32_t place = index % threads * step;
+        target(jobs[band], place);
         if (step == 2 && band + 1 < count) {
+            target(jobs[band + 1], place + 1);
             RleDecodeTwoBands(jobs[band], jobs[band + 1]);
         } else {
             RleDecodeBand(jobs[band]);
@@ -98,23 +109,39 @@ void DecodeBands(WorkPool& pool, uint64_t bytes, RleBandJobs& jobs, uint32_t cou
     });
 }
 
-}  // namespace
-
-uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
-                        uint64_t dstSize) {
-    CheckBuffers(params, src, dst, dstSize);
+template <class Target>
+void Decode(WorkPool& pool, uint64_t bytes, const RleParams& params, const uint8_t* src, uint64_t srcSize,
+            const Target& target) {
     RleBandTable table;
     ThrowDefect(RleReadBandTable(src, srcSize, table));
-    ThrowDefect(CheckRows(table, params.height));
+    ThrowDefect(CheckRows(table, params.height));  // so that bands stay inside the plane
     RleBandJobs jobs;
-    ThrowDefect(PlaceJobs(params, table, src, srcSize, dst, jobs));
-    DecodeBands(pool, RleWorkBytes(params), jobs, table.count,
-                DecodesInPairs(params, srcSize, table.count, pool.WorkerCount()));
+    ThrowDefect(PlaceJobs(params, table, src, srcSize, jobs));
+    const bool inPairs = DecodesInPairs(params, srcSize, table.count, pool.WorkerCount());
+    DecodeBands(pool, bytes, jobs, table.count, inPairs, target);
     // The first band's defect, not the first one found, so that the message doesn't depend on the workers.
     for (uint32_t band = 0; band < table.count; ++band) {
         ThrowDefect(jobs[band].defect);
     }
+}
+
+}  // namespace
+
+uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
+                        uint64_t dstSize) {
+    CheckTarget(params, src, dst, dstSize);
+    Decode(pool, RleWorkBytes(params), params, src, srcSize,
+           [&](RleBandJob& job, uint32_t /*place*/) { job.dst = dst + RleRowStride(params) * job.first_row; });
     return RlePlainSize(params);
+}
+
+void RleDecodePieces(WorkPool& pool, uint64_t bytes, const RleParams& params, const uint8_t* src, uint64_t srcSize,
+                     const RleRowPieces& pieces) {
+    RleCheckParams(params);
+    Decode(pool, bytes, params, src, srcSize, [&](RleBandJob& job, uint32_t place) {
+        job.pieces = &pieces;
+        job.buffer = RlePieceBuffer(params, pieces, place);
+    });
 }
 
 uint32_t RleStatedBands(const uint8_t* src, uint64_t srcSize) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "rle/rle_params.h"
+#include "rle/row_pieces.h"
 
 namespace plenar {
 
@@ -18,6 +19,10 @@ class WorkPool;
 // as it was; see RleStatedBands.
 uint64_t RleDecodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
                         uint64_t dstSize);
+
+// The same with rows that are taken by pieces; see RleEncodePieces. A plane that states no bands gives no rows.
+void RleDecodePieces(WorkPool& pool, uint64_t bytes, const RleParams& params, const uint8_t* src, uint64_t srcSize,
+                     const RleRowPieces& pieces);
 
 // The number of bands that a coded plane states, 0 to 255; also 0 if it is empty. A caller that hands out `dst` must
 // know of a 0, as nothing is written then.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "rle/rle_params.h"
+#include "rle/row_pieces.h"
 
 namespace plenar {
 
@@ -16,5 +17,10 @@ class WorkPool;
 // out_of_range for streams whose sizes the table can't hold.
 uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
                         uint64_t dstSize);
+
+// The same of rows that are made by pieces; the bands' rows take `bytes`, read and written, with all that is made of
+// them on the way.
+uint64_t RleEncodePieces(WorkPool& pool, uint64_t bytes, const RleParams& params, const RleRowPieces& pieces,
+                         uint8_t* dst, uint64_t dstSize);
 
 }  // namespace plenar

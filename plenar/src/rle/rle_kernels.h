@@ -5,14 +5,14 @@
 #include <cstdint>
 
 #include "rle/band_decoder_plain.h"
-#include "rle/rle_params.h"
+#include "rle/band_job.h"
 #include "simd/target.h"
 
 namespace plenar {
 
 struct RleBandKernels {
     // Codes one band and returns the bytes of its stream; writes no more than RleMaxStreamSize.
-    uint64_t (*encode_band)(const RleParams& band, const uint8_t* src, uint8_t* dst);
+    uint64_t (*encode_band)(const RleBandJob& job);
     // Decodes tokens as long as they are sound and kRleDecodeWindow bytes from the next one on are `readable`; any that
     // it stops at is for read_token. It doesn't look for the end of the stream itself.
     void (*decode_tokens)(RleDecodeState& state);

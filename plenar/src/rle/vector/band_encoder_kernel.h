@@ -7,8 +7,8 @@
 #pragma once
 
 #include "base/bytes.h"
+#include "rle/band_job.h"
 #include "rle/rle_codes.h"
-#include "rle/rle_params.h"
 #include "rle/vector/run_queue.h"
 #include "rle/vector/token_writer.h"
 #include "simd/vector.h"
@@ -165,18 +165,20 @@ private:
 };
 
 template <class Sample>
-uint64_t EncodeBand(const RleParams& band, const uint8_t* src, uint8_t* dst) {
-    const uint64_t samples = RleSampleCount(band);
+uint64_t EncodeBand(const RleBandJob& job) {
+    const RleParams& band = job.params;
     const uint64_t stride = RleRowStride(band);
-    BandEncoder<Sample> encoder(dst, dst + RleMaxStreamSize(band, samples));
-    if (stride == RleTightRowBytes(band)) {
-        encoder.EncodeSpan(src, samples);
-    } else {
-        for (uint32_t row = 0; row < band.height; ++row) {
-            encoder.EncodeSpan(src + row * stride, band.width);
+    const bool isTight = stride == RleTightRowBytes(band);
+    BandEncoder<Sample> encoder(job.dst, job.dst + RleMaxStreamSize(band, RleSampleCount(band)));
+    const uint32_t most = RleRowsAtATime(job);
+    for (uint32_t row = 0, rows = 0; row < band.height; row += rows) {
+        rows = most < band.height - row ? most : band.height - row;
+        const uint8_t* src = RleRowsToCode(job, row, rows);
+        for (uint32_t i = 0; i < rows; i += isTight ? rows : 1) {
+            encoder.EncodeSpan(src + i * stride, isTight ? uint64_t{band.width} * rows : band.width);
         }
     }
-    return static_cast<uint64_t>(encoder.Finish() - dst);
+    return static_cast<uint64_t>(encoder.Finish() - job.dst);
 }
 
 }  // namespace
