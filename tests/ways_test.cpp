@@ -81,8 +81,9 @@ TEST(Ways, BandsAreCodedInBlocksAndBatches) {
                 const size_t width = WidestTaken(Way::Round, [&] {
                                          plenar::RowKernelsFor(target).copy(plain.data(), coded.data(), plain.size());
                                      }).width;
-                const auto taken = WidestTaken(
-                    way, [&] { BandKernelsFor(target, depth).encode_band({band, plain.data(), coded.data()}); });
+                const auto taken = WidestTaken(way, [&] {
+                    BandKernelsFor(target, depth).encode_band({band, plain.data(), coded.data()});
+                });
                 const bool hasWay = width >= narrowest;
                 EXPECT_EQ(taken.width, hasWay ? width : 0) << NameOf(target);
                 EXPECT_GE(taken.times, hasWay ? kSamples / samples * 9 / 10 : 0) << NameOf(target);
