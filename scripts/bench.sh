@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them in several rounds, and prints one table of ratios; docs/performance.md explains it.
 #
-#   scripts/bench.sh [--quick] [--rounds N] [--filter REGEX] [--shift BYTES] [--details]
+#   scripts/bench.sh [--quick] [--rounds N] [--filter REGEX] [--shift BYTES] [--cache BYTES] [--details]
 #
 #   --quick          3 rounds of short measurements: for a first look, not for a verdict
 #   --rounds N       so many rounds; default 5
 #   --filter REGEX   only benchmarks whose names match, as in ^copies/HD
 #   --shift BYTES    moves the payload buffer within its page; default 0, as large allocations lie
+#   --cache BYTES    has the last cache taken for so large: with 0 all frames are written past it
 #   --details        all cases before the table
 #
 # Results: build/bench/rounds/*.json (as measured) and build/bench/results.json (medians and ratios).
@@ -24,6 +25,7 @@ while (($# > 0)); do
         --rounds) rounds=${2:?--rounds needs a number}; shift ;;
         --filter) filter=${2:?--filter needs a regular expression}; shift ;;
         --shift) export PLENAR_BENCH_PAYLOAD_SHIFT=${2:?--shift needs a number of bytes}; shift ;;
+        --cache) export PLENAR_BENCH_CACHE_BYTES=${2:?--cache needs a number of bytes}; shift ;;
         --details) details=(--details) ;;
         *) sed -n '2,/^set/s/^# \{0,1\}//p' "${BASH_SOURCE[0]}" >&2; exit 2 ;;
     esac
