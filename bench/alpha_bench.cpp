@@ -92,9 +92,47 @@ void AddPlane(const char* sizeName, const Plane& plane, Direction direction) {
     }
 }
 
+// RGBA pixels whose alpha is the matte.
+std::vector<uint8_t> WithColour(const std::vector<uint8_t>& alpha, size_t sampleBytes) {
+    std::vector<uint8_t> pixels(4 * alpha.size());
+    for (size_t i = 0; i < pixels.size(); i += 4 * sampleBytes) {
+        for (size_t byte = 0; byte < 3 * sampleBytes; ++byte) {
+            pixels[i + byte] = static_cast<uint8_t>((i + byte) * 37);
+        }
+        std::memcpy(&pixels[i + 3 * sampleBytes], &alpha[i / 4], sampleBytes);
+    }
+    return pixels;
+}
+
+// A picture whose alpha is split off and coded, or decoded and merged.
+void AddPicture(const char* sizeName, const Plane& plane, Direction direction, uint32_t threads) {
+    const uint32_t type = plane.bits == 8 ? PLENAR_TYPE_UINT8 : PLENAR_TYPE_UINT16;
+    const Frame frame = {{PLENAR_ORDER_RGBA, type}, plane.size, true};
+    const std::string prefix = std::string("picture/") + sizeName + "/t" + std::to_string(threads) + "/" +
+                               NameOf(plane.matte) + "-" + std::to_string(plane.bits) + "-" + NameOf(direction) + "/";
+    const Clock clock = threads == 1 ? Clock::Processor : Clock::Wall;
+    const size_t moved = size_t{2} * frame.PictureBytes(direction);
+    const auto copy = threads == 1 ? MemcpyWork : TwoThreadMemcpyWork;
+    Measure(
+        prefix + "memcpy", [=] { return copy(moved, direction); }, clock);
+    Measure(
+        prefix + "plenar",
+        [=] { return FrameWork(frame, direction, threads, WithColour(plane.Samples(), plane.bits / 8)); }, clock);
+}
+
 }  // namespace
 
 void AddAlphaBenchmarks() {
+    for (const auto& [name, size] : {std::pair{"HD", kHd}, std::pair{"UHD", kUhd}}) {
+        for (const uint32_t bits : {8U, 16U}) {
+            for (const Matte matte : {Matte::SoftEdges, Matte::Hair, Matte::Shapes}) {
+                for (const uint32_t threads : {1U, 2U}) {
+                    AddPicture(name, {matte, size, bits}, Direction::Encode, threads);
+                    AddPicture(name, {matte, size, bits}, Direction::Decode, threads);
+                }
+            }
+        }
+    }
     for (const auto& [name, size] :
          {std::pair{"HD", kHd}, std::pair{"UHD", kUhd}, std::pair{"L2", PictureSize{480, 270}}}) {
         for (const uint32_t bits : {8U, 16U}) {
