@@ -97,7 +97,7 @@ bool ExactBuffer::IsIntact() const {
 }
 
 FaultNote::FaultNote(const std::function<std::string()>& text) {
-    [[maybe_unused]] static const bool once = (PrintNotesAtFaults(), true);
+    [[maybe_unused]] static const bool kOnce = (PrintNotesAtFaults(), true);
     faultNote = &text;
 }
 

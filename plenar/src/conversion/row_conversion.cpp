@@ -12,7 +12,7 @@ namespace plenar {
 namespace {
 
 Stretch RowOf(const RowSides& sides, size_t row) {
-    return {{sides.src[0].At(row), sides.src[1].At(row)}, {sides.dst[0].At(row), sides.dst[1].At(row)}};
+    return {{sides.src[0].At(row), sides.src[1].IfAnyAt(row)}, {sides.dst[0].At(row), sides.dst[1].IfAnyAt(row)}};
 }
 
 template <class Conversion>

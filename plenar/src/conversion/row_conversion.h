@@ -28,7 +28,8 @@ struct RowsOf {
     Byte* first;
     size_t stride;
 
-    Byte* At(size_t row) const { return first != nullptr ? first + row * stride : nullptr; }
+    Byte* At(size_t row) const { return first + row * stride; }
+    Byte* IfAnyAt(size_t row) const { return first != nullptr ? At(row) : nullptr; }
 };
 
 // Where rows come from and go to: the caller's and the plane's, or the other way round. Alpha samples that stand among

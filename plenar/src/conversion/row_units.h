@@ -181,7 +181,7 @@ struct Unpacking : InUnits<Unpacking<Kernel, LowBits>> {
 struct PackingGroups : InUnits<PackingGroups> {
     static size_t Units(const RowShape& shape) { return shape.width / kPackedGroupPixels; }
     static UnitBits Bits(const RowShape& /*shape*/) {
-        return {{8 * kPackedGroupBytes}, {8 * kPackedGroupSamples, 8 * kPackedGroupLowBytes}};
+        return {{size_t{8} * kPackedGroupBytes}, {8 * kPackedGroupSamples, 8 * kPackedGroupLowBytes}};
     }
     static bool CanBeCut(const RowShape& shape) { return shape.width % kPackedGroupPixels == 0; }
     static Stretch PartsOf(const RowShape& shape, const Stretch& row) {

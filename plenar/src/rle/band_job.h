@@ -40,7 +40,7 @@ static inline const uint8_t* RleRowsToCode(const RleBandJob& job, uint32_t row, 
 }
 
 inline uint8_t* RlePieceBuffer(const RleParams& params, const RleRowPieces& pieces, uint32_t index) {
-    return pieces.buffers + index * pieces.rows * RleTightRowBytes(params);
+    return pieces.buffers + uint64_t{index} * pieces.rows * RleTightRowBytes(params);
 }
 
 using RleBandJobs = std::array<RleBandJob, kRleMaxBands>;
