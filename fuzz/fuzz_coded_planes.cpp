@@ -83,9 +83,9 @@ Bytes Damage(FuzzInput& input, CodedPlane plane) {
 }
 
 // The plane, or the message of a failure.
-Bytes Decode(const RleParams& params, const Bytes& coded, uint32_t workers) {
+Bytes Decode(const RleParams& params, const Bytes& coded, uint32_t workers, uint32_t rows = 0) {
     Bytes plane(plenar::RlePlainSize(params), 0xCD);
-    const std::string message = MessageOf([&] { plane = DecodePlane(params, coded, plane, workers); });
+    const std::string message = MessageOf([&] { plane = DecodePlane(params, coded, plane, workers, rows); });
     return message.empty() ? plane : Bytes(message.begin(), message.end());
 }
 
@@ -112,6 +112,9 @@ void RequireSameCodes(const CodedPlane& plane, uint32_t workers) {
     const Bytes coded = SameOnEachTarget("all encoders write the same bytes",
                                          [&] { return EncodePlane(plane.params, padded, workers); });
     RequireSamples(plane.params, coded, plane.plain);
+    if (plane.params.row_bytes == 0) {
+        Require(EncodePlane(plane.params, padded, workers, 1 + workers) == coded, "pieces are coded as the whole is");
+    }
 }
 
 }  // namespace
@@ -125,7 +128,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool isDamaged = damage.Flag();
     const CodedPlane plane = TakePlane(input, SamplesFor(Rarity(data, size)), isDamaged ? damage.Byte() % 4 - 1 : 0);
     const Bytes coded = isDamaged ? Damage(damage, plane) : plane.Join();
-    SameOnEachTarget("all decoders agree", [&] { return Decode(plane.params, coded, workers); });
+    const Bytes decoded = SameOnEachTarget("all decoders agree", [&] { return Decode(plane.params, coded, workers); });
+    const Bytes inPieces = plane.params.row_bytes == 0 ? Decode(plane.params, coded, workers, 1 + size % 4) : decoded;
+    Require(inPieces == decoded, "pieces are decoded as the whole is");
     if (!isDamaged) {
         RequireSamples(plane.params, coded, plane.plain);
         RequireSameCodes(plane, workers);

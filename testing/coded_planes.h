@@ -28,19 +28,58 @@ inline plenar::WorkPool& PoolOf(uint32_t workers) {
     return pools.try_emplace(workers, workers).first->second;
 }
 
-inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0) {
+// A plane without padding, of which coders see only a few rows at a time: in buffers of exact size.
+class PlaneInPieces {
+public:
+    PlaneInPieces(const plenar::RleParams& params, uint32_t rows, uint32_t workers, uint8_t* plane, bool isDecoded)
+        : rowBytes_(plenar::RleTightRowBytes(params)),
+          plane_(plane),
+          isDecoded_(isDecoded),
+          buffers_(Bytes(2 * std::max(workers, 1U) * rows * rowBytes_)),
+          pieces_{Move, this, rows, buffers_.data()} {}
+
+    const plenar::RleRowPieces& Get() const { return pieces_; }
+
+private:
+    static void Move(const void* plane, uint32_t row, uint32_t rows, uint8_t* samples) {
+        const auto& self = *static_cast<const PlaneInPieces*>(plane);
+        uint8_t* const place = self.plane_ + row * self.rowBytes_;
+        std::memcpy(self.isDecoded_ ? place : samples, self.isDecoded_ ? samples : place, rows * self.rowBytes_);
+    }
+
+    uint64_t rowBytes_;
+    uint8_t* plane_;
+    bool isDecoded_;
+    ExactBuffer buffers_;
+    plenar::RleRowPieces pieces_;
+};
+
+// At once, or by pieces of so many rows.
+inline Bytes EncodePlane(const plenar::RleParams& params, const Bytes& plain, uint32_t workers = 0, uint32_t rows = 0) {
+    plenar::WorkPool& pool = PoolOf(workers);
     const ExactBuffer src(plain);
     Bytes coded(plenar::RleMaxCodedSize(params));
-    coded.resize(plenar::RleEncodePlane(PoolOf(workers), params, src.data(), plain.size(), coded.data(), coded.size()));
+    if (rows == 0) {
+        coded.resize(plenar::RleEncodePlane(pool, params, src.data(), plain.size(), coded.data(), coded.size()));
+    } else {
+        const PlaneInPieces pieces(params, rows, workers, src.data(), false);
+        coded.resize(plenar::RleEncodePieces(pool, 1, params, pieces.Get(), coded.data(), coded.size()));
+    }
     return coded;
 }
 
-// Decodes over `before`, whose size is the target's.
-inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, const Bytes& before,
-                         uint32_t workers = 0) {
+// Over `before`, whose size is the target's.
+inline Bytes DecodePlane(const plenar::RleParams& params, const Bytes& coded, const Bytes& before, uint32_t workers = 0,
+                         uint32_t rows = 0) {
+    plenar::WorkPool& pool = PoolOf(workers);
     const ExactBuffer src(coded);
     const ExactBuffer dst(before);
-    plenar::RleDecodePlane(PoolOf(workers), params, src.data(), coded.size(), dst.data(), before.size());
+    if (rows == 0) {
+        plenar::RleDecodePlane(pool, params, src.data(), coded.size(), dst.data(), before.size());
+    } else {
+        const PlaneInPieces pieces(params, rows, workers, dst.data(), true);
+        plenar::RleDecodePieces(pool, 1, params, src.data(), coded.size(), pieces.Get());
+    }
     return dst.Content();
 }
 

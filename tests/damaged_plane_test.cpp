@@ -88,9 +88,11 @@ TEST(DamagedPlane, EachKindHasItsMessageInEveryForm) {
         {"no rows", kRowSum, PlaneOf({3}, {0}, {half})}};
     for (const auto& [name, message, plane] : cases) {
         OnEachTarget([&, &name = name, &message = message, &plane = plane](const char* target) {
-            for (const uint32_t workers : {0U, 2U}) {
-                EXPECT_EQ(MessageOf([&] { DecodePlane(params, plane, Bytes(200), workers); }), message)
-                    << name << " on " << target;
+            for (const uint32_t rows : {0U, 1U, 3U}) {
+                for (const uint32_t workers : {0U, 2U}) {
+                    EXPECT_EQ(MessageOf([&] { DecodePlane(params, plane, Bytes(200), workers, rows); }), message)
+                        << name << " on " << target << ", by " << rows << " rows";
+                }
             }
         });
     }

@@ -35,6 +35,11 @@ uint32_t RowFrom(const PlaneRows& plane, uint64_t start, uint64_t place) {
     return bytes >= BytesOf(plane) ? plane.rows : static_cast<uint32_t>((bytes + plane.rowBytes - 1) / plane.rowBytes);
 }
 
+void Run(const PlaneRows& plane, const RowSides& sides, const Band& band, bool stream) {
+    const auto run = stream ? plane.conversion.stream : plane.conversion.run;
+    run(plane.shape, band, plane.joinsRows ? band.rows : 1, sides);
+}
+
 // The rows that begin between two places in the planes' bytes, read and written, as they come one behind the other.
 void ConvertBetween(const PlaneRowsList& planes, uint64_t begin, uint64_t end, bool stream) {
     uint64_t start = 0;
@@ -42,8 +47,7 @@ void ConvertBetween(const PlaneRowsList& planes, uint64_t begin, uint64_t end, b
         const uint32_t first = RowFrom(plane, start, begin);
         const Band band = {first, RowFrom(plane, start, end) - first};
         if (band.rows != 0) {
-            const auto run = stream ? plane.conversion.stream : plane.conversion.run;
-            run(plane.shape, band, plane.joinsRows ? band.rows : 1, plane.sides);
+            Run(plane, plane.sides, band, stream);
         }
         start += BytesOf(plane);
     }
@@ -125,8 +129,7 @@ void ConvertRows(const PlaneRows& plane, const Band& band, uint8_t* alpha, bool 
         sides.src[1].first = alpha;
     }
     sides.alphaStays = true;
-    const auto run = stream ? plane.conversion.stream : plane.conversion.run;
-    run(plane.shape, {0, band.rows}, plane.joinsRows ? band.rows : 1, sides);
+    Run(plane, sides, {0, band.rows}, stream);
 }
 
 void ConvertPlanes(WorkPool& pool, const PlaneRowsList& planes) {

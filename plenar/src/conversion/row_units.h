@@ -36,6 +36,11 @@ struct UnitBits {
     size_t dst[2];
 };
 
+// Of the way back.
+inline UnitBits Back(const UnitBits& bits) {
+    return {{bits.dst[0], bits.dst[1]}, {bits.src[0], bits.src[1]}};
+}
+
 // A conversion has
 //     Units     of a row
 //     Bits      of a unit
@@ -146,13 +151,8 @@ struct Packing : InUnits<Packing<Kernel, LowBits>> {
 // of what is readable that byte counts as 0; it is the last one of the low part.
 template <UnpackKernel RowKernels::*Kernel, size_t LowBits>
 struct Unpacking : InUnits<Unpacking<Kernel, LowBits>> {
-    static size_t Units(const RowShape& shape) {
-        return shape.callerBytes / kWordBytes / PlaneSamplesOfUnit(*shape.order);
-    }
-    static UnitBits Bits(const RowShape& shape) {
-        const size_t samples = PlaneSamplesOfUnit(*shape.order);
-        return {{8 * samples, LowBits * samples}, {8 * kWordBytes * samples}};
-    }
+    static size_t Units(const RowShape& shape) { return Packing<&RowKernels::packRow10, LowBits>::Units(shape); }
+    static UnitBits Bits(const RowShape& shape) { return Back(Packing<&RowKernels::packRow10, LowBits>::Bits(shape)); }
     static bool CanBeCut(const RowShape& shape) { return !EndsInChroma(shape); }
     static Stretch PartsOf(const RowShape& shape, const Stretch& row) {
         return {{row.src[0], row.src[0] + shape.callerBytes / kWordBytes}, {row.dst[0]}};
@@ -197,10 +197,7 @@ struct PackingGroups : InUnits<PackingGroups> {
 
 struct UnpackingGroups : InUnits<UnpackingGroups> {
     static size_t Units(const RowShape& shape) { return PackingGroups::Units(shape); }
-    static UnitBits Bits(const RowShape& shape) {
-        const UnitBits back = PackingGroups::Bits(shape);
-        return {{back.dst[0], back.dst[1]}, {back.src[0]}};
-    }
+    static UnitBits Bits(const RowShape& shape) { return Back(PackingGroups::Bits(shape)); }
     static bool CanBeCut(const RowShape& shape) { return PackingGroups::CanBeCut(shape); }
     static Stretch PartsOf(const RowShape& shape, const Stretch& row) {
         return {{row.src[0], row.src[0] + 2 * shape.width}, {row.dst[0]}};

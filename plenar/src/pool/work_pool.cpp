@@ -14,6 +14,7 @@ namespace {
 // workers awake; a host that pauses for longer gets its processors back.
 constexpr std::chrono::microseconds kSpinTime{50};
 
+// Work on no more bytes than these wakes no worker.
 std::atomic<uint64_t> bytesOfOneThread{uint64_t{64} << 10};
 
 // Waits for the condition for that time, yielding the processor to whoever else can use it.

@@ -18,8 +18,7 @@ class WorkPool;
 uint64_t RleEncodePlane(WorkPool& pool, const RleParams& params, const uint8_t* src, uint64_t srcSize, uint8_t* dst,
                         uint64_t dstSize);
 
-// The same of rows that are made by pieces; the bands' rows take `bytes`, read and written, with all that is made of
-// them on the way.
+// The same of rows that are made by pieces. `bytes` is what making and coding all of them reads and writes.
 uint64_t RleEncodePieces(WorkPool& pool, uint64_t bytes, const RleParams& params, const RleRowPieces& pieces,
                          uint8_t* dst, uint64_t dstSize);
 
