@@ -129,15 +129,20 @@ inline size_t CallerSamplesOfUnit(const Order& order) {
     return order.movement == Movement::SplitAlpha ? order.samples : PlaneSamplesOfUnit(order);
 }
 
+inline size_t UnitsOfWords(const RowShape& shape) {
+    return shape.callerBytes / kWordBytes / CallerSamplesOfUnit(*shape.order);
+}
+
+template <size_t LowBits>
+UnitBits BitsOfWords(const RowShape& shape) {
+    const size_t samples = PlaneSamplesOfUnit(*shape.order);
+    return {{8 * kWordBytes * CallerSamplesOfUnit(*shape.order)}, {8 * samples, LowBits * samples}};
+}
+
 template <PackKernel RowKernels::*Kernel, size_t LowBits>
 struct Packing : InUnits<Packing<Kernel, LowBits>> {
-    static size_t Units(const RowShape& shape) {
-        return shape.callerBytes / kWordBytes / CallerSamplesOfUnit(*shape.order);
-    }
-    static UnitBits Bits(const RowShape& shape) {
-        const size_t samples = PlaneSamplesOfUnit(*shape.order);
-        return {{8 * kWordBytes * CallerSamplesOfUnit(*shape.order)}, {8 * samples, LowBits * samples}};
-    }
+    static size_t Units(const RowShape& shape) { return UnitsOfWords(shape); }
+    static UnitBits Bits(const RowShape& shape) { return BitsOfWords<LowBits>(shape); }
     static Stretch PartsOf(const RowShape& shape, const Stretch& row) {
         return {{row.src[0]}, {row.dst[0], row.dst[0] + Units(shape) * PlaneSamplesOfUnit(*shape.order)}};
     }
@@ -151,8 +156,8 @@ struct Packing : InUnits<Packing<Kernel, LowBits>> {
 // of what is readable that byte counts as 0; it is the last one of the low part.
 template <UnpackKernel RowKernels::*Kernel, size_t LowBits>
 struct Unpacking : InUnits<Unpacking<Kernel, LowBits>> {
-    static size_t Units(const RowShape& shape) { return Packing<&RowKernels::packRow10, LowBits>::Units(shape); }
-    static UnitBits Bits(const RowShape& shape) { return Back(Packing<&RowKernels::packRow10, LowBits>::Bits(shape)); }
+    static size_t Units(const RowShape& shape) { return UnitsOfWords(shape); }
+    static UnitBits Bits(const RowShape& shape) { return Back(BitsOfWords<LowBits>(shape)); }
     static bool CanBeCut(const RowShape& shape) { return !EndsInChroma(shape); }
     static Stretch PartsOf(const RowShape& shape, const Stretch& row) {
         return {{row.src[0], row.src[0] + shape.callerBytes / kWordBytes}, {row.dst[0]}};
